@@ -1,0 +1,118 @@
+// survhost, the reference host: plays scripts of calls on the library and shows what came of them.
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "demo.h"
+#include "pretty.h"
+#include "replay.h"
+#include "script_error.h"
+#include "summary.h"
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;   ///< the fault isn't the caller's
+constexpr int kMisused = 2;  ///< the command line or the script is at fault
+
+struct ReplayOptions {
+    std::vector<std::string> files;
+    bool pretty = false;
+    bool summary = false;
+};
+
+/// Bytes of all scripts; 0 when that can't be known ahead.
+std::size_t TotalBytes(const std::vector<std::string>& files) {
+    std::size_t total = 0;
+    for (const std::string& file : files) {
+        std::error_code failed;
+        const auto size = std::filesystem::file_size(file, failed);
+        if (failed) return 0;
+        total += size;
+    }
+    return total;
+}
+
+/// A bar only where it doesn't run into the answers.
+std::unique_ptr<survhost::ProgressBar> MakeProgressBar(const std::vector<std::string>& files) {
+    const std::size_t total = TotalBytes(files);
+    const bool wanted = survhost::IsTerminal(STDERR_FILENO) && !survhost::IsTerminal(STDOUT_FILENO) && total > 0;
+    return wanted ? std::make_unique<survhost::ProgressBar>(std::cerr, total) : nullptr;
+}
+
+void RunReplay(const ReplayOptions& options) {
+    const survhost::Painter painter(options.pretty && survhost::WantsColour(STDOUT_FILENO));
+    survhost::AnswerWriter answers(std::cout);
+    survhost::PrettyPrinter pretty(std::cout, painter);
+    survhost::Summary summary;
+    std::vector<survhost::Observer*> observers{options.pretty ? static_cast<survhost::Observer*>(&pretty) : &answers};
+    if (options.summary) observers.push_back(&summary);
+    auto progress = MakeProgressBar(options.files);
+    if (progress) observers.push_back(progress.get());
+
+    survhost::Replay replay(observers);
+    replay.PlayFiles(options.files);
+    progress.reset();
+    if (!options.summary) return;
+    // Answers are JSON to the last line; the summary then goes where people look.
+    std::ostream& out = options.pretty ? std::cout : std::cerr;
+    summary.Print(out, replay.GetSession(), options.pretty ? painter : survhost::Painter(false));
+}
+
+void RunDemo(const survhost::DemoOptions& options) {
+    survhost::PlayDemo(options, std::cout, survhost::Painter(survhost::WantsColour(STDOUT_FILENO)));
+}
+
+/// What is wrong, and the usage of the command meant.
+int Misuse(const CLI::App& app, const CLI::ParseError& error) {
+    std::cerr << "survhost: " << error.what() << "\n\n" << app.help();
+    return kMisused;
+}
+
+int Run(int argc, char** argv) {
+    CLI::App app("The reference host of the surveillance library.", "survhost");
+    app.require_subcommand(1);
+
+    ReplayOptions replay;
+    CLI::App* replayCommand = app.add_subcommand("replay", "Play scripts, one JSON call a line; write the answers.");
+    replayCommand->add_option("FILE", replay.files, "Scripts, played in turn; - is standard input")->required();
+    replayCommand->add_flag("--pretty", replay.pretty, "Write lines for people instead of JSON");
+    replayCommand->add_flag("--summary", replay.summary, "Tell at the end what was refused and which limits are used");
+
+    survhost::DemoOptions demo{.examples = SURVEILLANCE_EXAMPLES_DIR};
+    CLI::App* demoCommand = app.add_subcommand("demo", "Play the example day and show it.");
+    demoCommand->add_option("--examples", demo.examples, "Folder that holds day.jsonl")->capture_default_str();
+    demoCommand->add_flag("--all", demo.all, "Show every order");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        return Misuse(app, error);
+    }
+    if (replayCommand->parsed()) RunReplay(replay);
+    if (demoCommand->parsed()) RunDemo(demo);
+    return std::cout.flush() ? kDone : kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const survhost::RunError& error) {
+        std::cerr << error.what() << '\n';
+        return kMisused;
+    } catch (const std::exception& error) {
+        std::cerr << "survhost: " << error.what() << '\n';
+        return kFailed;
+    }
+}

@@ -1,0 +1,271 @@
+#include "record_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace survhost {
+namespace {
+
+template <std::size_t... Counts>
+constexpr auto Join(const std::array<Field, Counts>&... parts) {
+    std::array<Field, (Counts + ...)> all{};
+    auto end = all.begin();
+    ((end = std::copy(parts.begin(), parts.end(), end)), ...);
+    return all;
+}
+
+/// The fields of a block as fields of the record that holds it at `offset`.
+template <std::size_t Count>
+constexpr std::array<Field, Count> At(std::size_t offset, std::array<Field, Count> block) {
+    for (Field& field : block) field = field.ShiftedBy(offset);
+    return block;
+}
+
+// A table is a constant expression of its own, in which R is the record.
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage)
+#define FIELD(member) MakeField<decltype(R::member)>(#member, offsetof(R, member))
+
+// ---------------------------------------------------------------------------------------------------------------
+// Blocks; they appear flat in the records that hold them
+
+constexpr auto kContract = [] {
+    using R = tagContractDescriptor;
+    return std::array{FIELD(instrumentName), FIELD(symbol),     FIELD(series), FIELD(expiryDate),
+                      FIELD(strikePrice),    FIELD(optionType), FIELD(caLevel)};
+}();
+
+constexpr auto kMarginRates = [] {
+    using R = tagMarginRateBlock;
+    return std::array{FIELD(priceNumerator), FIELD(priceDenominator), FIELD(generalNumerator),
+                      FIELD(generalDenominator), FIELD(lotMultiplier)};
+}();
+
+constexpr auto kScripRates = [] {
+    using R = tagScripRateBlock;
+    return std::array{FIELD(scripRate), FIELD(marginBasis), FIELD(marginRate)};
+}();
+
+// ---------------------------------------------------------------------------------------------------------------
+// Requests
+
+constexpr auto kSurveillanceInfo = [] {
+    using R = tagSurveillanceInfo;
+    return Join(std::array{FIELD(exchangeMask), FIELD(groupCode), FIELD(dealerCode), FIELD(familyCode),
+                           FIELD(clientCode), FIELD(subClientCode), FIELD(userId), FIELD(groupType), FIELD(dealerType),
+                           FIELD(clientType), FIELD(subClientType), FIELD(levelCheckFlags), FIELD(levelMarginFlags),
+                           FIELD(requestFlags), FIELD(token), FIELD(underlyingToken)},
+                At(offsetof(R, scripRates), kScripRates),
+                std::array{FIELD(failedLevelCode), FIELD(failedLevelType), FIELD(messageCode), FIELD(scripGroupNumber),
+                           FIELD(priceMultiplier)},
+                At(offsetof(R, marginRates), kMarginRates));
+}();
+
+constexpr auto kOrderRequest = [] {
+    using R = tagOrderRequest;
+    return Join(
+        std::array{FIELD(messageCode), FIELD(exchangeMask), FIELD(clientCategory).Unterminated()},
+        At(offsetof(R, contract), kContract),
+        std::array{FIELD(clientAccount).Unterminated(), FIELD(buySell), FIELD(quantityRemaining), FIELD(quantity),
+                   FIELD(quantityFilled), FIELD(price), FIELD(triggerPrice), FIELD(cancelledQuantity),
+                   FIELD(orderFlags), FIELD(accountText).Unterminated(), FIELD(proClient), FIELD(rejectionText),
+                   FIELD(productType), FIELD(marginPlusLeg), FIELD(firstLegPrice), FIELD(secondLegPrice)});
+}();
+
+constexpr auto kOrderInfo = [] {
+    using R = tagOrderInfo;
+    return Join(std::array{FIELD(messageCode), FIELD(exchangeMask), FIELD(clientCategory).Unterminated()},
+                At(offsetof(R, contract), kContract),
+                std::array{FIELD(clientAccount).Unterminated(), FIELD(buySell), FIELD(quantityRemaining),
+                           FIELD(quantity), FIELD(quantityFilled), FIELD(price), FIELD(triggerPrice),
+                           FIELD(cancelledQuantity), FIELD(orderFlags), FIELD(accountText).Unterminated(),
+                           FIELD(proClient), FIELD(rejectionText), FIELD(productType), FIELD(marginPlusLeg),
+                           FIELD(firstLegPrice), FIELD(secondLegPrice), FIELD(orderStatus)});
+}();
+
+constexpr auto kTradeCorrection = [] {
+    using R = tagTradeCorrectionRequest;
+    return Join(std::array{FIELD(exchangeMask)}, At(offsetof(R, contract), kContract),
+                std::array{FIELD(tradedQuantity), FIELD(tradePrice), FIELD(newQuantity),
+                           FIELD(buySellCharacter).Unterminated(), FIELD(sellClientAccount).Unterminated(),
+                           FIELD(buyClientAccount).Unterminated(), FIELD(accountText).Unterminated()});
+}();
+
+constexpr auto kTradeInfo = [] {
+    using R = tagTradeInfo;
+    return Join(std::array{FIELD(exchangeMask), FIELD(clientAccount).Unterminated(), FIELD(buySell),
+                           FIELD(tradedQuantity), FIELD(tradePrice)},
+                At(offsetof(R, contract), kContract),
+                std::array{FIELD(productType), FIELD(marginPlusLeg), FIELD(firstLegPrice), FIELD(secondLegPrice)});
+}();
+
+// ---------------------------------------------------------------------------------------------------------------
+// Answers
+
+template <class R>
+constexpr auto kErrorRecord =
+    std::array{FIELD(timeStamp).NeverWritten(), FIELD(headCode), FIELD(errorCode), FIELD(errorText)};
+
+constexpr auto kBreachRow = [] {
+    using R = tagBreachRow;
+    return std::array{FIELD(token), FIELD(entityCode), FIELD(limitMask), FIELD(breachBitsA), FIELD(breachBitsB)};
+}();
+
+// ---------------------------------------------------------------------------------------------------------------
+// Rows and preferences
+
+/// A limit or multiplier that a script leaves out is no limit, not a limit of 0.
+constexpr auto kLimitRow = [] {
+    using R = BKSurveillanceLimitDefTag;
+    constexpr int kNone = -1;
+    return std::array{
+        FIELD(messageKind),
+        FIELD(rowStamp),
+        FIELD(entityCode),
+        FIELD(entityLevel),
+        FIELD(subLevel),
+        FIELD(token),
+        FIELD(limitMask),
+        FIELD(grossExposureLimit).Default(kNone),
+        FIELD(netExposureLimit).Default(kNone),
+        FIELD(netSaleExposureLimit).Default(kNone),
+        FIELD(netPositionLimit).Default(kNone),
+        FIELD(turnoverLimit).Default(kNone),
+        FIELD(pendingOrderLimit).Default(kNone),
+        FIELD(mtmLossLimit).Default(kNone),
+        FIELD(maxSingleOrderValue).Default(kNone),
+        FIELD(maxSingleOrderQty).Default(kNone),
+        FIELD(marginLimit).Default(kNone),
+        FIELD(baseFund),
+        FIELD(netQuantityLimit).Default(kNone),
+        FIELD(grossExposureMultiplier).Default(kNone),
+        FIELD(netExposureMultiplier).Default(kNone),
+        FIELD(netSaleExposureMultiplier).Default(kNone),
+        FIELD(netPositionMultiplier).Default(kNone),
+        FIELD(turnoverMultiplier).Default(kNone),
+        FIELD(pendingOrderMultiplier).Default(kNone),
+        FIELD(mtmLossMultiplier).Default(kNone),
+        FIELD(marginMultiplier).Default(kNone),
+        FIELD(rowOption),
+        FIELD(limitOptions),
+        FIELD(usedGrossOrder),
+        FIELD(usedNetOrder),
+        FIELD(usedNetSaleOrder),
+        FIELD(usedNetPositionOrder),
+        FIELD(usedTurnoverOrder),
+        FIELD(usedGrossTraded),
+        FIELD(usedNetTraded),
+        FIELD(usedNetSaleTraded),
+        FIELD(usedNetPositionTraded),
+        FIELD(usedTurnoverTraded),
+        FIELD(usedPendingOrder),
+        FIELD(usedMtm),
+        FIELD(usedMaxGross),
+        FIELD(usedMaxNet),
+        FIELD(usedMaxNetSale),
+        FIELD(usedMaxNetPosition),
+        FIELD(usedMaxTurnover),
+        FIELD(usedMarginOrder),
+        FIELD(usedMarginTraded),
+        FIELD(usedMarginMax),
+        FIELD(grossUsedGrossOrder),
+        FIELD(grossUsedNetOrder),
+        FIELD(grossUsedNetSaleOrder),
+        FIELD(grossUsedGrossTraded),
+        FIELD(grossUsedNetTraded),
+        FIELD(grossUsedNetSaleTraded),
+        FIELD(grossUsedMaxGross),
+        FIELD(grossUsedMaxNet),
+        FIELD(grossUsedMaxNetSale),
+        FIELD(usedMtmFull),
+        FIELD(usedBookedPnl),
+        FIELD(collateralFund),
+        FIELD(saleCreditFund),
+        FIELD(definedFund),
+        FIELD(usedExposureMargin),
+        FIELD(minSingleOrderValue).Default(kNone),
+        FIELD(minSingleOrderQty).Default(kNone),
+    };
+}();
+
+constexpr auto kPositionRow = [] {
+    using R = BKExposureTag;
+    return Join(std::array{FIELD(messageKind), FIELD(rowStamp), FIELD(levelCode), FIELD(groupCode), FIELD(accountCode),
+                           FIELD(familyCode), FIELD(userId), FIELD(marketSegment), FIELD(limitMask), FIELD(token),
+                           FIELD(underlyingToken)},
+                At(offsetof(R, contract), kContract),
+                std::array{FIELD(lastPrice), FIELD(orderBuyQty), FIELD(orderBuyValue), FIELD(orderSellQty),
+                           FIELD(orderSellValue), FIELD(tradedBuyQty), FIELD(tradedBuyValue), FIELD(tradedSellQty),
+                           FIELD(tradedSellValue), FIELD(openPositionValue), FIELD(mtmValue), FIELD(clientLevelType),
+                           FIELD(subClientLevelType), FIELD(groupLevelType), FIELD(priceMultiplier)},
+                At(offsetof(R, marginRates), kMarginRates), At(offsetof(R, scripRates), kScripRates));
+}();
+
+constexpr auto kPreference = [] {
+    using R = tagClientRiskPreferenceInfoForSurv;
+    return std::array{FIELD(preferenceCode),
+                      FIELD(familyCode),
+                      FIELD(parentCode),
+                      FIELD(accountCode),
+                      FIELD(exchange),
+                      FIELD(token),
+                      FIELD(prefMarginRate),
+                      FIELD(marginAddOnFactor),
+                      FIELD(prefExtraMarginRate),
+                      FIELD(carried),
+                      FIELD(preAutoSquareOffPart),
+                      FIELD(autoSquareOffPart),
+                      FIELD(prefMarginMode),
+                      FIELD(allowedProducts),
+                      FIELD(marginFlags),
+                      FIELD(fundFlags)};
+}();
+
+#undef FIELD
+
+}  // namespace
+
+const Field* RecordTable::Find(std::string_view field) const {
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& f) { return f.name == field; });
+    return found == fields.end() ? nullptr : &*found;
+}
+
+// Each record's table under its type.
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage)
+#define RECORD(Record, table)                                                \
+    template <>                                                              \
+    const RecordTable& TableOf<Record>() {                                   \
+        static constexpr RecordTable kTable{#Record, sizeof(Record), table}; \
+        return kTable;                                                       \
+    }
+
+RECORD(tagSurveillanceInfo, kSurveillanceInfo)
+RECORD(tagOrderRequest, kOrderRequest)
+RECORD(tagOrderInfo, kOrderInfo)
+RECORD(tagTradeCorrectionRequest, kTradeCorrection)
+RECORD(tagTradeInfo, kTradeInfo)
+RECORD(tagAdminErrMessage, kErrorRecord<tagAdminErrMessage>)
+RECORD(tagOrdErrMessage, kErrorRecord<tagOrdErrMessage>)
+RECORD(tagBreachRow, kBreachRow)
+RECORD(BKSurveillanceLimitDefTag, kLimitRow)
+RECORD(BKExposureTag, kPositionRow)
+RECORD(tagClientRiskPreferenceInfoForSurv, kPreference)
+
+#undef RECORD
+
+std::span<const RecordTable* const> AllTables() {
+    static const std::array kAll{&TableOf<tagSurveillanceInfo>(),
+                                 &TableOf<tagOrderRequest>(),
+                                 &TableOf<tagOrderInfo>(),
+                                 &TableOf<tagTradeCorrectionRequest>(),
+                                 &TableOf<tagTradeInfo>(),
+                                 &TableOf<tagAdminErrMessage>(),
+                                 &TableOf<tagOrdErrMessage>(),
+                                 &TableOf<tagBreachRow>(),
+                                 &TableOf<BKSurveillanceLimitDefTag>(),
+                                 &TableOf<BKExposureTag>(),
+                                 &TableOf<tagClientRiskPreferenceInfoForSurv>()};
+    return kAll;
+}
+
+}  // namespace survhost

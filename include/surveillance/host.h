@@ -1,0 +1,44 @@
+#pragma once
+
+// What a host gives the library besides calls: a window for its texts and, for replay and tests, a clock. And what
+// a host does with the rows it gets.
+
+#include <cstdint>
+
+#include "surveillance/containers.h"
+#include "surveillance/records.h"
+#include "surveillance/surveillance.h"
+
+/// Receives a text: message 1131, wParam 5. It is called on the host's own thread, inside the call that has
+/// something to say, and the text is good only until it returns.
+using HostWindowFunction = void (*)(void* context, unsigned message, unsigned wParam, const char* text);
+
+/// A null function drops every text from then on.
+SURVEILLANCE_API void SetHostWindow(HostWindowFunction window, void* context) noexcept;
+
+/// Gives calendar seconds (UTC epoch). A null function puts the real clock back.
+using HostClockFunction = std::int64_t (*)(void* context);
+SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexcept;
+
+// Rows in lists. Each was made with new of its record type; the host frees them, as here, once it has read them:
+//
+//   CheckSurveillance     limitRows     BKSurveillanceLimitDefTag, unless live (below); with probe tagBreachRow
+//                         rollbackRows  tagBreachRow
+//   UpdateSurveillance    limitRows     BKSurveillanceLimitDefTag, unless live
+//   GetAllSurveillancePositions, CaptureAllSurveillancePositions, DownloadSurvInfo, GetMarketExposure
+//                         limit rows    BKSurveillanceLimitDefTag, unless live
+//                         position rows BKExposureTag
+//   GetNetPositionInfoFromDll           BKExposureTag
+//   GetClientPreferencesInfo            the library's live records: never freed by the host
+//
+// Live: in positionMode 2 and 3 limit rows in a list are the library's own. Read them before the next call and free
+// none; ForgetRows only empties the list.
+
+/// Empties a list and frees its rows.
+template <class Row>
+void FreeRows(CPtrList& list) {
+    while (!list.IsEmpty()) delete static_cast<Row*>(list.RemoveHead());
+}
+
+/// Empties a list of live rows.
+inline void ForgetRows(CPtrList& list) { list.RemoveAll(); }

@@ -1,0 +1,627 @@
+#pragma once
+
+// The packed records that cross the boundary. Little-endian, no gaps; offsets in bytes stand behind each field.
+//
+// Money is a double in paise, prices are 32-bit paise, quantities plain counts; fields in rupees say so. A text
+// field of width n holds n-1 characters and a zero unless its note says otherwise; the library reads no text past
+// its width and writes every text to fit. Bytes named host… belong to the host: the library neither reads nor
+// writes them, but carries them where a record is carried whole.
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+// ---------------------------------------------------------------------------------------------------------------
+// Blocks inside records
+
+
+/// The contract that an order, a trade or a position row is about.
+struct [[gnu::packed]] tagContractDescriptor {  // 36 bytes
+    char instrumentName[7];                 //   0
+    char symbol[13];                        //   7
+    char series[3];                         //  20
+    std::int32_t expiryDate;                //  23  exchange seconds (from 1980-01-01); 0 for cash
+    std::int32_t strikePrice;               //  27  paise; below 1 when not an option
+    char optionType[3];                     //  31  CA, CE, PA, PE for options; product code in cash position rows
+    std::int16_t caLevel;                   //  34  corporate action level; for commodities a number of days
+};
+static_assert(sizeof(tagContractDescriptor) == 36 && std::is_trivially_copyable_v<tagContractDescriptor> &&
+              std::is_standard_layout_v<tagContractDescriptor>);
+static_assert(offsetof(tagContractDescriptor, instrumentName) == 0);
+static_assert(offsetof(tagContractDescriptor, symbol) == 7);
+static_assert(offsetof(tagContractDescriptor, series) == 20);
+static_assert(offsetof(tagContractDescriptor, expiryDate) == 23);
+static_assert(offsetof(tagContractDescriptor, strikePrice) == 27);
+static_assert(offsetof(tagContractDescriptor, optionType) == 31);
+static_assert(offsetof(tagContractDescriptor, caLevel) == 34);
+
+/// Contract size factors; they weight MCX quantities by lot.
+struct [[gnu::packed]] tagMarginRateBlock {  // 20 bytes
+    std::int32_t priceNumerator;            //   0
+    std::int32_t priceDenominator;          //   4
+    std::int32_t generalNumerator;          //   8
+    std::int32_t generalDenominator;        //  12
+    std::int32_t lotMultiplier;             //  16
+};
+static_assert(sizeof(tagMarginRateBlock) == 20 && std::is_trivially_copyable_v<tagMarginRateBlock> &&
+              std::is_standard_layout_v<tagMarginRateBlock>);
+static_assert(offsetof(tagMarginRateBlock, priceNumerator) == 0);
+static_assert(offsetof(tagMarginRateBlock, priceDenominator) == 4);
+static_assert(offsetof(tagMarginRateBlock, generalNumerator) == 8);
+static_assert(offsetof(tagMarginRateBlock, generalDenominator) == 12);
+static_assert(offsetof(tagMarginRateBlock, lotMultiplier) == 16);
+
+/// The margin rate of a scrip.
+struct [[gnu::packed]] tagScripRateBlock {  // 14 bytes
+    std::int32_t scripRate;                 //   0
+    std::int16_t marginBasis;               //   4  0, 1 percentage of value; 2 amount per unit
+    double marginRate;                      //   6  hundredths of a percent, or paise per unit
+};
+static_assert(sizeof(tagScripRateBlock) == 14 && std::is_trivially_copyable_v<tagScripRateBlock> &&
+              std::is_standard_layout_v<tagScripRateBlock>);
+static_assert(offsetof(tagScripRateBlock, scripRate) == 0);
+static_assert(offsetof(tagScripRateBlock, marginBasis) == 4);
+static_assert(offsetof(tagScripRateBlock, marginRate) == 6);
+
+// ---------------------------------------------------------------------------------------------------------------
+// Requests
+
+/// Head of a request. The variable part follows without a gap: the primary record that the message code names, then
+/// a tagOrderInfo if bit 7 of levelMarginFlags is set, then a tagTradeInfo if bit 0 of requestFlags is set.
+struct [[gnu::packed]] tagSurveillanceInfo {  // 154 bytes
+    char host0[22];
+    std::int16_t exchangeMask;              //  22  in the request head
+    char host24[6];
+    char groupCode[6];                      //  30
+    char dealerCode[6];                     //  36
+    char familyCode[6];                     //  42  empty or blank: no family
+    char clientCode[6];                     //  48
+    char subClientCode[6];                  //  54
+    char userId[23];                        //  60  at most 15 characters are used
+    std::uint8_t groupType;                 //  83
+    std::uint8_t dealerType;                //  84
+    std::uint8_t clientType;                //  85  255 no client level
+    std::uint8_t subClientType;             //  86  255 no sub client level
+    char host87[1];
+    std::uint8_t levelCheckFlags;           //  88  bit 1 group, 2 dealer, 3 family, 4 client, 5 sub client: 1 checked, 0 only updated
+    std::uint8_t levelMarginFlags;          //  89  bit 0 group, 1 dealer, 2 family, 3 client, 4 sub client; bit 7 tagOrderInfo follows
+    std::uint8_t requestFlags;              //  90  bit 0 tagTradeInfo follows; bit 5 no new positions in this scrip
+    std::int32_t token;                     //  91
+    std::int32_t underlyingToken;           //  95
+    tagScripRateBlock scripRates;           //  99
+    char failedLevelCode[6];                // 113  out
+    std::int16_t failedLevelType;           // 119  out; -1 after a pass
+    char host121[1];
+    std::int16_t messageCode;               // 122
+    char host124[2];
+    std::int32_t scripGroupNumber;          // 126
+    std::int32_t priceMultiplier;           // 130  10000 = 1.0
+    tagMarginRateBlock marginRates;         // 134
+};
+static_assert(sizeof(tagSurveillanceInfo) == 154 && std::is_trivially_copyable_v<tagSurveillanceInfo> &&
+              std::is_standard_layout_v<tagSurveillanceInfo>);
+static_assert(offsetof(tagSurveillanceInfo, exchangeMask) == 22);
+static_assert(offsetof(tagSurveillanceInfo, groupCode) == 30);
+static_assert(offsetof(tagSurveillanceInfo, dealerCode) == 36);
+static_assert(offsetof(tagSurveillanceInfo, familyCode) == 42);
+static_assert(offsetof(tagSurveillanceInfo, clientCode) == 48);
+static_assert(offsetof(tagSurveillanceInfo, subClientCode) == 54);
+static_assert(offsetof(tagSurveillanceInfo, userId) == 60);
+static_assert(offsetof(tagSurveillanceInfo, groupType) == 83);
+static_assert(offsetof(tagSurveillanceInfo, dealerType) == 84);
+static_assert(offsetof(tagSurveillanceInfo, clientType) == 85);
+static_assert(offsetof(tagSurveillanceInfo, subClientType) == 86);
+static_assert(offsetof(tagSurveillanceInfo, levelCheckFlags) == 88);
+static_assert(offsetof(tagSurveillanceInfo, levelMarginFlags) == 89);
+static_assert(offsetof(tagSurveillanceInfo, requestFlags) == 90);
+static_assert(offsetof(tagSurveillanceInfo, token) == 91);
+static_assert(offsetof(tagSurveillanceInfo, underlyingToken) == 95);
+static_assert(offsetof(tagSurveillanceInfo, scripRates) == 99);
+static_assert(offsetof(tagSurveillanceInfo, failedLevelCode) == 113);
+static_assert(offsetof(tagSurveillanceInfo, failedLevelType) == 119);
+static_assert(offsetof(tagSurveillanceInfo, messageCode) == 122);
+static_assert(offsetof(tagSurveillanceInfo, scripGroupNumber) == 126);
+static_assert(offsetof(tagSurveillanceInfo, priceMultiplier) == 130);
+static_assert(offsetof(tagSurveillanceInfo, marginRates) == 134);
+
+/// An order as the host forms it.
+struct [[gnu::packed]] tagOrderRequest {  // 492 bytes
+    char host0[7];
+    std::int16_t messageCode;               //   7
+    char host9[13];
+    std::int16_t exchangeMask;              //  22
+    char clientCategory[1];                 //  24  "N" an NRI client
+    char host25[18];
+    tagContractDescriptor contract;         //  43
+    char host79[25];
+    char clientAccount[12];                 // 104  12 characters, not terminated when full
+    char host116[3];
+    std::int16_t buySell;                   // 119  1 buy, 2 sell
+    char host121[8];
+    std::int32_t quantityRemaining;         // 129
+    std::int32_t quantity;                  // 133
+    std::int32_t quantityFilled;            // 137
+    std::int32_t price;                     // 141  paise; 0 at market
+    std::int32_t triggerPrice;              // 145  paise
+    char host149[8];
+    std::int32_t cancelledQuantity;         // 157
+    char host161[4];
+    std::uint8_t orderFlags;                // 165  bit 6 market order
+    char host166[13];
+    char accountText[16];                   // 179  ten characters, a gap of two, up to four more
+    char host195[24];
+    std::int16_t proClient;                 // 219  1 client, 2 own account
+    char host221[63];
+    char rejectionText[163];                // 284  out: why a position conversion was refused
+    std::int32_t productType;               // 447
+    char host451[27];
+    std::int16_t marginPlusLeg;             // 478  0, 1 or 2
+    std::int32_t firstLegPrice;             // 480  paise
+    std::int32_t secondLegPrice;            // 484  paise
+    char host488[4];
+};
+static_assert(sizeof(tagOrderRequest) == 492 && std::is_trivially_copyable_v<tagOrderRequest> &&
+              std::is_standard_layout_v<tagOrderRequest>);
+static_assert(offsetof(tagOrderRequest, messageCode) == 7);
+static_assert(offsetof(tagOrderRequest, exchangeMask) == 22);
+static_assert(offsetof(tagOrderRequest, clientCategory) == 24);
+static_assert(offsetof(tagOrderRequest, contract) == 43);
+static_assert(offsetof(tagOrderRequest, clientAccount) == 104);
+static_assert(offsetof(tagOrderRequest, buySell) == 119);
+static_assert(offsetof(tagOrderRequest, quantityRemaining) == 129);
+static_assert(offsetof(tagOrderRequest, quantity) == 133);
+static_assert(offsetof(tagOrderRequest, quantityFilled) == 137);
+static_assert(offsetof(tagOrderRequest, price) == 141);
+static_assert(offsetof(tagOrderRequest, triggerPrice) == 145);
+static_assert(offsetof(tagOrderRequest, cancelledQuantity) == 157);
+static_assert(offsetof(tagOrderRequest, orderFlags) == 165);
+static_assert(offsetof(tagOrderRequest, accountText) == 179);
+static_assert(offsetof(tagOrderRequest, proClient) == 219);
+static_assert(offsetof(tagOrderRequest, rejectionText) == 284);
+static_assert(offsetof(tagOrderRequest, productType) == 447);
+static_assert(offsetof(tagOrderRequest, marginPlusLeg) == 478);
+static_assert(offsetof(tagOrderRequest, firstLegPrice) == 480);
+static_assert(offsetof(tagOrderRequest, secondLegPrice) == 484);
+
+/// The host's stored state of an order: a tagOrderRequest whose fields from offset 24 on lie 24 bytes later.
+struct [[gnu::packed]] tagOrderInfo {  // 782 bytes
+    char host0[7];
+    std::int16_t messageCode;               //   7
+    char host9[13];
+    std::int16_t exchangeMask;              //  22
+    char host24[24];
+    char clientCategory[1];                 //  48  "N" an NRI client
+    char host49[18];
+    tagContractDescriptor contract;         //  67
+    char host103[25];
+    char clientAccount[12];                 // 128  12 characters, not terminated when full
+    char host140[3];
+    std::int16_t buySell;                   // 143  1 buy, 2 sell
+    char host145[8];
+    std::int32_t quantityRemaining;         // 153
+    std::int32_t quantity;                  // 157
+    std::int32_t quantityFilled;            // 161
+    std::int32_t price;                     // 165  paise; 0 at market
+    std::int32_t triggerPrice;              // 169  paise
+    char host173[8];
+    std::int32_t cancelledQuantity;         // 181
+    char host185[4];
+    std::uint8_t orderFlags;                // 189  bit 6 market order
+    char host190[13];
+    char accountText[16];                   // 203  ten characters, a gap of two, up to four more
+    char host219[24];
+    std::int16_t proClient;                 // 243  1 client, 2 own account
+    char host245[63];
+    char rejectionText[163];                // 308  out: why a position conversion was refused
+    std::int32_t productType;               // 471
+    char host475[27];
+    std::int16_t marginPlusLeg;             // 502  0, 1 or 2
+    std::int32_t firstLegPrice;             // 504  paise
+    std::int32_t secondLegPrice;            // 508  paise
+    char host512[8];
+    std::int16_t orderStatus;               // 520  bit set of the order's state, the host's own code
+    char host522[260];
+};
+static_assert(sizeof(tagOrderInfo) == 782 && std::is_trivially_copyable_v<tagOrderInfo> &&
+              std::is_standard_layout_v<tagOrderInfo>);
+static_assert(offsetof(tagOrderInfo, messageCode) == 7);
+static_assert(offsetof(tagOrderInfo, exchangeMask) == 22);
+static_assert(offsetof(tagOrderInfo, clientCategory) == 48);
+static_assert(offsetof(tagOrderInfo, contract) == 67);
+static_assert(offsetof(tagOrderInfo, clientAccount) == 128);
+static_assert(offsetof(tagOrderInfo, buySell) == 143);
+static_assert(offsetof(tagOrderInfo, quantityRemaining) == 153);
+static_assert(offsetof(tagOrderInfo, quantity) == 157);
+static_assert(offsetof(tagOrderInfo, quantityFilled) == 161);
+static_assert(offsetof(tagOrderInfo, price) == 165);
+static_assert(offsetof(tagOrderInfo, triggerPrice) == 169);
+static_assert(offsetof(tagOrderInfo, cancelledQuantity) == 181);
+static_assert(offsetof(tagOrderInfo, orderFlags) == 189);
+static_assert(offsetof(tagOrderInfo, accountText) == 203);
+static_assert(offsetof(tagOrderInfo, proClient) == 243);
+static_assert(offsetof(tagOrderInfo, rejectionText) == 308);
+static_assert(offsetof(tagOrderInfo, productType) == 471);
+static_assert(offsetof(tagOrderInfo, marginPlusLeg) == 502);
+static_assert(offsetof(tagOrderInfo, firstLegPrice) == 504);
+static_assert(offsetof(tagOrderInfo, secondLegPrice) == 508);
+static_assert(offsetof(tagOrderInfo, orderStatus) == 520);
+
+/// A trade that is cancelled or modified.
+struct [[gnu::packed]] tagTradeCorrectionRequest {  // 188 bytes
+    char host0[22];
+    std::int16_t exchangeMask;              //  22
+    char host24[4];
+    tagContractDescriptor contract;         //  28
+    char host64[4];
+    std::int32_t tradedQuantity;            //  68
+    std::int32_t tradePrice;                //  72  paise
+    char host76[4];
+    std::int32_t newQuantity;               //  80
+    char host84[16];
+    char buySellCharacter[1];               // 100  "1" buy, "2" sell
+    char host101[1];
+    char sellClientAccount[12];             // 102  taken when the character is "2"
+    char host114[1];
+    char buyClientAccount[12];              // 115  taken when the character is "1"
+    char host127[35];
+    char accountText[16];                   // 162  as in tagOrderRequest
+    char host178[10];
+};
+static_assert(sizeof(tagTradeCorrectionRequest) == 188 && std::is_trivially_copyable_v<tagTradeCorrectionRequest> &&
+              std::is_standard_layout_v<tagTradeCorrectionRequest>);
+static_assert(offsetof(tagTradeCorrectionRequest, exchangeMask) == 22);
+static_assert(offsetof(tagTradeCorrectionRequest, contract) == 28);
+static_assert(offsetof(tagTradeCorrectionRequest, tradedQuantity) == 68);
+static_assert(offsetof(tagTradeCorrectionRequest, tradePrice) == 72);
+static_assert(offsetof(tagTradeCorrectionRequest, newQuantity) == 80);
+static_assert(offsetof(tagTradeCorrectionRequest, buySellCharacter) == 100);
+static_assert(offsetof(tagTradeCorrectionRequest, sellClientAccount) == 102);
+static_assert(offsetof(tagTradeCorrectionRequest, buyClientAccount) == 115);
+static_assert(offsetof(tagTradeCorrectionRequest, accountText) == 162);
+
+/// A trade.
+struct [[gnu::packed]] tagTradeInfo {  // 402 bytes
+    char host0[22];
+    std::int16_t exchangeMask;              //  22
+    char host24[19];
+    char clientAccount[12];                 //  43
+    char host55[1];
+    std::int16_t buySell;                   //  56
+    char host58[30];
+    std::int32_t tradedQuantity;            //  88
+    std::int32_t tradePrice;                //  92  paise
+    char host96[29];
+    tagContractDescriptor contract;         // 125
+    char host161[192];
+    std::int32_t productType;               // 353
+    char host357[27];
+    std::int16_t marginPlusLeg;             // 384
+    std::int32_t firstLegPrice;             // 386  paise
+    std::int32_t secondLegPrice;            // 390  paise
+    char host394[8];
+};
+static_assert(sizeof(tagTradeInfo) == 402 && std::is_trivially_copyable_v<tagTradeInfo> &&
+              std::is_standard_layout_v<tagTradeInfo>);
+static_assert(offsetof(tagTradeInfo, exchangeMask) == 22);
+static_assert(offsetof(tagTradeInfo, clientAccount) == 43);
+static_assert(offsetof(tagTradeInfo, buySell) == 56);
+static_assert(offsetof(tagTradeInfo, tradedQuantity) == 88);
+static_assert(offsetof(tagTradeInfo, tradePrice) == 92);
+static_assert(offsetof(tagTradeInfo, contract) == 125);
+static_assert(offsetof(tagTradeInfo, productType) == 353);
+static_assert(offsetof(tagTradeInfo, marginPlusLeg) == 384);
+static_assert(offsetof(tagTradeInfo, firstLegPrice) == 386);
+static_assert(offsetof(tagTradeInfo, secondLegPrice) == 390);
+
+// ---------------------------------------------------------------------------------------------------------------
+// Error records
+
+/// Why an administrative call was not done.
+struct [[gnu::packed]] tagAdminErrMessage {  // 2076 bytes
+    std::int32_t timeStamp;                 //   0  calendar seconds of the refusal
+    char host4[5];
+    std::int16_t headCode;                  //   9  errorCode again, at a refusal by a limit or a fund operation
+    char host11[13];
+    std::int16_t errorCode;                 //  24  see surv::code
+    char host26[2];
+    char errorText[2048];                   //  28
+};
+static_assert(sizeof(tagAdminErrMessage) == 2076 && std::is_trivially_copyable_v<tagAdminErrMessage> &&
+              std::is_standard_layout_v<tagAdminErrMessage>);
+static_assert(offsetof(tagAdminErrMessage, timeStamp) == 0);
+static_assert(offsetof(tagAdminErrMessage, headCode) == 9);
+static_assert(offsetof(tagAdminErrMessage, errorCode) == 24);
+static_assert(offsetof(tagAdminErrMessage, errorText) == 28);
+
+/// Why an order was refused. An accepted order leaves it untouched.
+struct [[gnu::packed]] tagOrdErrMessage {  // 2076 bytes
+    std::int32_t timeStamp;                 //   0  calendar seconds of the refusal
+    char host4[5];
+    std::int16_t headCode;                  //   9  errorCode again, at a refusal by a limit or a fund operation
+    char host11[13];
+    std::int16_t errorCode;                 //  24  see surv::code
+    char host26[2];
+    char errorText[2048];                   //  28
+};
+static_assert(sizeof(tagOrdErrMessage) == 2076 && std::is_trivially_copyable_v<tagOrdErrMessage> &&
+              std::is_standard_layout_v<tagOrdErrMessage>);
+static_assert(offsetof(tagOrdErrMessage, timeStamp) == 0);
+static_assert(offsetof(tagOrdErrMessage, headCode) == 9);
+static_assert(offsetof(tagOrdErrMessage, errorCode) == 24);
+static_assert(offsetof(tagOrdErrMessage, errorText) == 28);
+
+// ---------------------------------------------------------------------------------------------------------------
+// Rows
+
+/// A limit row: for one entity, one limit mask and one token, what may be used and what is used. Money in paise unless
+/// noted; a limit of -1 is none.
+struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
+    char host0[9];
+    std::int16_t messageKind;               //   9  in the message head; 13 on a change of the limit values alone
+    char host11[13];
+    std::int32_t rowStamp;                  //  24
+    char entityCode[8];                     //  28
+    std::int16_t entityLevel;               //  36
+    std::int16_t subLevel;                  //  38  -1 counts as 0
+    std::int32_t token;                     //  40  a scrip, a scrip group, or -9 for all securities
+    std::int16_t limitMask;                 //  44
+    double grossExposureLimit;              //  46
+    double netExposureLimit;                //  54
+    double netSaleExposureLimit;            //  62
+    double netPositionLimit;                //  70
+    double turnoverLimit;                   //  78
+    double pendingOrderLimit;               //  86
+    double mtmLossLimit;                    //  94
+    double maxSingleOrderValue;             // 102
+    std::int32_t maxSingleOrderQty;         // 110
+    double marginLimit;                     // 114
+    double baseFund;                        // 122  the fund allocated to the entity
+    std::int32_t netQuantityLimit;          // 130
+    std::int32_t grossExposureMultiplier;   // 134  10000 = one times the fund; -1 = none
+    std::int32_t netExposureMultiplier;     // 138
+    std::int32_t netSaleExposureMultiplier; // 142
+    std::int32_t netPositionMultiplier;     // 146
+    std::int32_t turnoverMultiplier;        // 150
+    std::int32_t pendingOrderMultiplier;    // 154  stored, applied by no rebuild
+    std::int32_t mtmLossMultiplier;         // 158
+    std::int32_t marginMultiplier;          // 162
+    std::int32_t rowOption;                 // 166
+    std::uint8_t limitOptions;              // 170  bits: 0 retainMultiplier, 2 premiumInMargin, 3 grossBasis, 4 exposureMarginInLimit, 5 collateralInFund, 6 saleCreditInFund
+    double usedGrossOrder;                  // 171
+    double usedNetOrder;                    // 179
+    double usedNetSaleOrder;                // 187
+    double usedNetPositionOrder;            // 195
+    double usedTurnoverOrder;               // 203
+    double usedGrossTraded;                 // 211
+    double usedNetTraded;                   // 219
+    double usedNetSaleTraded;               // 227
+    double usedNetPositionTraded;           // 235
+    double usedTurnoverTraded;              // 243
+    double usedPendingOrder;                // 251
+    double usedMtm;                         // 259
+    double usedMaxGross;                    // 267
+    double usedMaxNet;                      // 275
+    double usedMaxNetSale;                  // 283
+    double usedMaxNetPosition;              // 291
+    double usedMaxTurnover;                 // 299
+    double usedMarginOrder;                 // 307  rupees
+    double usedMarginTraded;                // 315  rupees
+    double usedMarginMax;                   // 323  rupees
+    double grossUsedGrossOrder;             // 331
+    double grossUsedNetOrder;               // 339
+    double grossUsedNetSaleOrder;           // 347
+    double grossUsedGrossTraded;            // 355
+    double grossUsedNetTraded;              // 363
+    double grossUsedNetSaleTraded;          // 371
+    char host379[8];
+    double grossUsedMaxGross;               // 387
+    double grossUsedMaxNet;                 // 395
+    double grossUsedMaxNetSale;             // 403
+    double usedMtmFull;                     // 411
+    char host419[8];
+    double usedBookedPnl;                   // 427
+    double collateralFund;                  // 435
+    double saleCreditFund;                  // 443
+    double definedFund;                     // 451
+    double usedExposureMargin;              // 459  rupees
+    double minSingleOrderValue;             // 467
+    std::int32_t minSingleOrderQty;         // 475
+    char host479[8];
+};
+static_assert(sizeof(BKSurveillanceLimitDefTag) == 487 && std::is_trivially_copyable_v<BKSurveillanceLimitDefTag> &&
+              std::is_standard_layout_v<BKSurveillanceLimitDefTag>);
+static_assert(offsetof(BKSurveillanceLimitDefTag, messageKind) == 9);
+static_assert(offsetof(BKSurveillanceLimitDefTag, rowStamp) == 24);
+static_assert(offsetof(BKSurveillanceLimitDefTag, entityCode) == 28);
+static_assert(offsetof(BKSurveillanceLimitDefTag, entityLevel) == 36);
+static_assert(offsetof(BKSurveillanceLimitDefTag, subLevel) == 38);
+static_assert(offsetof(BKSurveillanceLimitDefTag, token) == 40);
+static_assert(offsetof(BKSurveillanceLimitDefTag, limitMask) == 44);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossExposureLimit) == 46);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netExposureLimit) == 54);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netSaleExposureLimit) == 62);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netPositionLimit) == 70);
+static_assert(offsetof(BKSurveillanceLimitDefTag, turnoverLimit) == 78);
+static_assert(offsetof(BKSurveillanceLimitDefTag, pendingOrderLimit) == 86);
+static_assert(offsetof(BKSurveillanceLimitDefTag, mtmLossLimit) == 94);
+static_assert(offsetof(BKSurveillanceLimitDefTag, maxSingleOrderValue) == 102);
+static_assert(offsetof(BKSurveillanceLimitDefTag, maxSingleOrderQty) == 110);
+static_assert(offsetof(BKSurveillanceLimitDefTag, marginLimit) == 114);
+static_assert(offsetof(BKSurveillanceLimitDefTag, baseFund) == 122);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netQuantityLimit) == 130);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossExposureMultiplier) == 134);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netExposureMultiplier) == 138);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netSaleExposureMultiplier) == 142);
+static_assert(offsetof(BKSurveillanceLimitDefTag, netPositionMultiplier) == 146);
+static_assert(offsetof(BKSurveillanceLimitDefTag, turnoverMultiplier) == 150);
+static_assert(offsetof(BKSurveillanceLimitDefTag, pendingOrderMultiplier) == 154);
+static_assert(offsetof(BKSurveillanceLimitDefTag, mtmLossMultiplier) == 158);
+static_assert(offsetof(BKSurveillanceLimitDefTag, marginMultiplier) == 162);
+static_assert(offsetof(BKSurveillanceLimitDefTag, rowOption) == 166);
+static_assert(offsetof(BKSurveillanceLimitDefTag, limitOptions) == 170);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedGrossOrder) == 171);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetOrder) == 179);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetSaleOrder) == 187);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetPositionOrder) == 195);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedTurnoverOrder) == 203);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedGrossTraded) == 211);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetTraded) == 219);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetSaleTraded) == 227);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedNetPositionTraded) == 235);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedTurnoverTraded) == 243);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedPendingOrder) == 251);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMtm) == 259);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMaxGross) == 267);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMaxNet) == 275);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMaxNetSale) == 283);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMaxNetPosition) == 291);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMaxTurnover) == 299);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMarginOrder) == 307);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMarginTraded) == 315);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMarginMax) == 323);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedGrossOrder) == 331);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedNetOrder) == 339);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedNetSaleOrder) == 347);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedGrossTraded) == 355);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedNetTraded) == 363);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedNetSaleTraded) == 371);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedMaxGross) == 387);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedMaxNet) == 395);
+static_assert(offsetof(BKSurveillanceLimitDefTag, grossUsedMaxNetSale) == 403);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedMtmFull) == 411);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedBookedPnl) == 427);
+static_assert(offsetof(BKSurveillanceLimitDefTag, collateralFund) == 435);
+static_assert(offsetof(BKSurveillanceLimitDefTag, saleCreditFund) == 443);
+static_assert(offsetof(BKSurveillanceLimitDefTag, definedFund) == 451);
+static_assert(offsetof(BKSurveillanceLimitDefTag, usedExposureMargin) == 459);
+static_assert(offsetof(BKSurveillanceLimitDefTag, minSingleOrderValue) == 467);
+static_assert(offsetof(BKSurveillanceLimitDefTag, minSingleOrderQty) == 475);
+
+/// A position row: what one holder has done in one scrip and one period.
+struct [[gnu::packed]] BKExposureTag {  // 260 bytes
+    char host0[9];
+    std::int16_t messageKind;               //   9  8 marks a row of the MTF product
+    char host11[13];
+    std::int32_t rowStamp;                  //  24
+    char levelCode[6];                      //  28  "-" for the root
+    char groupCode[6];                      //  34
+    char host40[6];
+    char accountCode[32];                   //  46
+    char familyCode[6];                     //  78
+    char userId[16];                        //  84
+    std::int16_t marketSegment;             // 100
+    std::int16_t limitMask;                 // 102  a single-segment mask
+    std::int32_t token;                     // 104  -9 in a total row
+    std::int32_t underlyingToken;           // 108
+    tagContractDescriptor contract;         // 112
+    std::int32_t lastPrice;                 // 148  paise
+    std::int32_t orderBuyQty;               // 152
+    double orderBuyValue;                   // 156
+    std::int32_t orderSellQty;              // 164
+    double orderSellValue;                  // 168
+    std::int32_t tradedBuyQty;              // 176
+    double tradedBuyValue;                  // 180
+    std::int32_t tradedSellQty;             // 188
+    double tradedSellValue;                 // 192
+    double openPositionValue;               // 200
+    double mtmValue;                        // 208
+    std::int16_t clientLevelType;           // 216
+    std::int16_t subClientLevelType;        // 218
+    std::int16_t groupLevelType;            // 220
+    std::int32_t priceMultiplier;           // 222
+    tagMarginRateBlock marginRates;         // 226
+    tagScripRateBlock scripRates;           // 246
+};
+static_assert(sizeof(BKExposureTag) == 260 && std::is_trivially_copyable_v<BKExposureTag> &&
+              std::is_standard_layout_v<BKExposureTag>);
+static_assert(offsetof(BKExposureTag, messageKind) == 9);
+static_assert(offsetof(BKExposureTag, rowStamp) == 24);
+static_assert(offsetof(BKExposureTag, levelCode) == 28);
+static_assert(offsetof(BKExposureTag, groupCode) == 34);
+static_assert(offsetof(BKExposureTag, accountCode) == 46);
+static_assert(offsetof(BKExposureTag, familyCode) == 78);
+static_assert(offsetof(BKExposureTag, userId) == 84);
+static_assert(offsetof(BKExposureTag, marketSegment) == 100);
+static_assert(offsetof(BKExposureTag, limitMask) == 102);
+static_assert(offsetof(BKExposureTag, token) == 104);
+static_assert(offsetof(BKExposureTag, underlyingToken) == 108);
+static_assert(offsetof(BKExposureTag, contract) == 112);
+static_assert(offsetof(BKExposureTag, lastPrice) == 148);
+static_assert(offsetof(BKExposureTag, orderBuyQty) == 152);
+static_assert(offsetof(BKExposureTag, orderBuyValue) == 156);
+static_assert(offsetof(BKExposureTag, orderSellQty) == 164);
+static_assert(offsetof(BKExposureTag, orderSellValue) == 168);
+static_assert(offsetof(BKExposureTag, tradedBuyQty) == 176);
+static_assert(offsetof(BKExposureTag, tradedBuyValue) == 180);
+static_assert(offsetof(BKExposureTag, tradedSellQty) == 188);
+static_assert(offsetof(BKExposureTag, tradedSellValue) == 192);
+static_assert(offsetof(BKExposureTag, openPositionValue) == 200);
+static_assert(offsetof(BKExposureTag, mtmValue) == 208);
+static_assert(offsetof(BKExposureTag, clientLevelType) == 216);
+static_assert(offsetof(BKExposureTag, subClientLevelType) == 218);
+static_assert(offsetof(BKExposureTag, groupLevelType) == 220);
+static_assert(offsetof(BKExposureTag, priceMultiplier) == 222);
+static_assert(offsetof(BKExposureTag, marginRates) == 226);
+static_assert(offsetof(BKExposureTag, scripRates) == 246);
+
+/// What a probe reports of a limit row.
+struct [[gnu::packed]] tagBreachRow {  // 38 bytes
+    char rowHead[24];                       //   0  first 24 bytes of the limit row
+    std::int32_t token;                     //  24
+    char entityCode[6];                     //  28
+    std::int16_t limitMask;                 //  34
+    std::uint8_t breachBitsA;               //  36  1 gross, 2 net, 4 net sale, 8 net position, 0x10 turnover, 0x20 margin, 0x40 pending order
+    std::uint8_t breachBitsB;               //  37  1 order value, 2 order quantity, 4 net quantity
+};
+static_assert(sizeof(tagBreachRow) == 38 && std::is_trivially_copyable_v<tagBreachRow> &&
+              std::is_standard_layout_v<tagBreachRow>);
+static_assert(offsetof(tagBreachRow, rowHead) == 0);
+static_assert(offsetof(tagBreachRow, token) == 24);
+static_assert(offsetof(tagBreachRow, entityCode) == 28);
+static_assert(offsetof(tagBreachRow, limitMask) == 34);
+static_assert(offsetof(tagBreachRow, breachBitsA) == 36);
+static_assert(offsetof(tagBreachRow, breachBitsB) == 37);
+
+// ---------------------------------------------------------------------------------------------------------------
+// Preferences
+
+/// How one entity is margined at one exchange. The bytes from exchange on travel into the order record.
+struct [[gnu::packed]] tagClientRiskPreferenceInfoForSurv {  // 102 bytes
+    char host0[24];
+    char preferenceCode[6];                 //  24  client or family; "*****" the default record
+    char familyCode[6];                     //  30
+    char parentCode[6];                     //  36
+    char accountCode[16];                   //  42
+    std::int32_t exchange;                  //  58  exchange mask, or -1 for the overall record
+    std::int32_t token;                     //  62  -9 = all securities
+    std::int32_t prefMarginRate;            //  66
+    std::int32_t marginAddOnFactor;         //  70  millionths
+    std::int32_t prefExtraMarginRate;       //  74  millionths of value
+    std::int32_t carried;                   //  78
+    std::int32_t preAutoSquareOffPart;      //  82  millionths of mtmLossLimit
+    std::int32_t autoSquareOffPart;         //  86  millionths of mtmLossLimit
+    std::int16_t prefMarginMode;            //  90  0 exchange rate, 1 own rate, 2 the larger
+    std::int32_t allowedProducts;           //  92  1 margin, 2 delivery, 4 Margin+, 8 MTF
+    char host96[2];
+    std::uint8_t marginFlags;               //  98
+    std::uint8_t fundFlags;                 //  99
+    char host100[2];
+};
+static_assert(sizeof(tagClientRiskPreferenceInfoForSurv) == 102 && std::is_trivially_copyable_v<tagClientRiskPreferenceInfoForSurv> &&
+              std::is_standard_layout_v<tagClientRiskPreferenceInfoForSurv>);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, preferenceCode) == 24);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, familyCode) == 30);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, parentCode) == 36);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, accountCode) == 42);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, exchange) == 58);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, token) == 62);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, prefMarginRate) == 66);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, marginAddOnFactor) == 70);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, prefExtraMarginRate) == 74);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, carried) == 78);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, preAutoSquareOffPart) == 82);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, autoSquareOffPart) == 86);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, prefMarginMode) == 90);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, allowedProducts) == 92);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, marginFlags) == 98);
+static_assert(offsetof(tagClientRiskPreferenceInfoForSurv, fundFlags) == 99);

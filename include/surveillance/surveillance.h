@@ -1,0 +1,157 @@
+#pragma once
+
+// The exported functions of the surveillance library.
+//
+// One call at a time: the library has no thread and takes no lock. Nothing is thrown. Unless told otherwise a
+// function returns 0 (done) or -1 (not done); the refusal of an order is no failure of the call. Failures of an
+// entry are told as a text to the host window (host.h).
+//
+// Ownership. Lists stay the host's. Rows handed to InitializeSurvManager become the library's. Rows that the
+// library puts into a list are the host's to free, except limit rows in positionMode 2 and 3, which are the
+// library's live rows; host.h has helpers for both.
+
+#include <cstdint>
+
+#include "surveillance/containers.h"
+#include "surveillance/records.h"
+
+#define SURVEILLANCE_API __attribute__((visibility("default")))
+
+struct tagBcastMBOOrMBPTouchline;
+struct tagBcastUpdateSecurityInfo;
+struct tagCheckSurveillanceInfo;
+struct tagDPUpload;
+struct tagProductTypeScripBasket;
+struct tagRMSFundAllocationRequest;
+struct tagUpdateSurveillanceInfo;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Life cycle and settings
+
+/// Starts the library: stores the settings and loads the rows. The sixth and the ninth argument have no effect.
+/// featureBits: 0x10 puts the family level in force (it can only turn it on).
+SURVEILLANCE_API short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
+                                             short limitDetailMessages, short mtmMode, short unused6, short positionMode,
+                                             std::int32_t featureBits, short unused9, CPtrList* securityList,
+                                             CPtrList* dpList, CPtrList* sarList) noexcept;
+/// Starts again with the settings of before.
+SURVEILLANCE_API short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
+                                             CPtrList* securityList, CPtrList* dpList, CPtrList* sarList) noexcept;
+/// Ends the life of everything that a start loads; preferences, families and settings stay.
+SURVEILLANCE_API void CleanupSurvManager() noexcept;
+
+/// Stores rpfMarginMode; the lists are ignored. Needs no start.
+SURVEILLANCE_API short UpdateSurvExposure(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode) noexcept;
+/// mode: 0 no mark to market; else bits 1 cash, 2 futures, 4 options.
+SURVEILLANCE_API short ComputeMTMOnOrOff(short mode) noexcept;
+SURVEILLANCE_API short MTMTimeIntervalAndTickCount(std::int32_t seconds, short ticks) noexcept;
+/// rupees 0 switches the test off. A long start resets it to 0.
+SURVEILLANCE_API short SetMarginPlusMinOrderValue(std::int32_t rupees) noexcept;
+SURVEILLANCE_API short SetOrderBasedPosition(short value) noexcept;
+SURVEILLANCE_API short InitializeMCXLOTWeightOnOrOff(short value) noexcept;
+/// kind 0: square-off time, 1: square-off session. Other kinds and unknown masks change nothing.
+SURVEILLANCE_API short AddUpdateAutoSquareOffTimeSettings(short kind, short exchangeMask, short value) noexcept;
+SURVEILLANCE_API short EnableTransactionLogging(short value) noexcept;
+/// Always null.
+SURVEILLANCE_API CPtrList* GetTransactionLogList() noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Orders
+
+/// Judges an order before it goes out. request: see tagSurveillanceInfo for its variable part. status: see
+/// surv::status. limitRows: on a pass one row for each limit row touched (probe: tagBreachRow of every breach);
+/// rollbackRows: on a refusal the tagBreachRow rows of the levels undone. probe 1: try every level, keep nothing.
+/// Returns 0 also for a refusal; -1 for an unknown message code (status 1), a record without an exchange mask, or a
+/// null request, error record or status.
+SURVEILLANCE_API short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, short* status,
+                                         CPtrList* limitRows, CPtrList* breachRows, CPtrList* rollbackRows,
+                                         short probe) noexcept;
+/// Takes in an order event, a trade or a correction. dealerOnly not 0: the dealer level alone takes it.
+SURVEILLANCE_API short UpdateSurveillance(tagSurveillanceInfo* request, tagAdminErrMessage* error, CPtrList* limitRows,
+                                          CPtrList* breachRows, short dealerOnly) noexcept;
+
+/// The account of a raw order record. Returns 0 with the account in text (room for 15 characters), 1 for a kind
+/// other than 0 or an own-account order, -1 for a message code without an account or a null pointer. The raw record is a
+/// tagOrderRequest; for codes 2212 and 2222 orderInfo is read instead.
+SURVEILLANCE_API short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord,
+                                      char* text) noexcept;
+
+/// Old forms. They are refused whatever the state.
+SURVEILLANCE_API short CheckSurveillance(tagCheckSurveillanceInfo* info) noexcept;
+SURVEILLANCE_API short CheckSurveillance(const char* groupCode, const char* dealerCode, const char* clientCode,
+                                         const tagOrderRequest* order, tagOrdErrMessage* error, short* status,
+                                         CPtrList* limitRows) noexcept;
+SURVEILLANCE_API short UpdateSurveillance(tagUpdateSurveillanceInfo* info) noexcept;
+SURVEILLANCE_API short UpdateSurveillance(const char* groupCode, const char* dealerCode, const char* clientCode,
+                                          const tagOrderInfo* order, const tagTradeInfo* trade, tagAdminErrMessage* error,
+                                          CPtrList* limitRows) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Limits
+
+/// Adds one limit row; its used figures are worked out from what the entity holds and written back on success.
+SURVEILLANCE_API short AddSurvLimits(BKSurveillanceLimitDefTag* limit, tagAdminErrMessage* error) noexcept;
+/// Changes the limits of a row. messageKind 13 leaves multipliers, minima and three option bits alone.
+SURVEILLANCE_API short UpdateSurvLimits(BKSurveillanceLimitDefTag* limit, tagAdminErrMessage* error) noexcept;
+/// Removes the row of a scrip or group; a row across all securities can't be removed.
+SURVEILLANCE_API short RemoveSurvLimits(const BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error) noexcept;
+/// entityCode, limitMask and token in; the whole row as stored out.
+SURVEILLANCE_API short GetSurveillancePositions(BKSurveillanceLimitDefTag* limit) noexcept;
+/// limit points at the live row, after its limits were rebuilt from the fund; null when there is none. It must not
+/// be held beyond the next call.
+SURVEILLANCE_API short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
+                                        BKSurveillanceLimitDefTag*& limit) noexcept;
+SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request, BKSurveillanceLimitDefTag* limit) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Risk parameters and margin inputs
+
+/// No byte beyond length is read.
+SURVEILLANCE_API short ProcessRPFInfo(const char* message, const std::int32_t& length, short toStaging) noexcept;
+SURVEILLANCE_API short InitializeMarginInfo(CPtrList* list) noexcept;
+SURVEILLANCE_API short InitializeAllAdditionalMarginInfo(CMapStringToOb* map) noexcept;
+SURVEILLANCE_API short InitializeMCXMarginInfo(CPtrList* records) noexcept;
+SURVEILLANCE_API short InitializeNCDEXExposureMarginInfo(CPtrList* records) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Reference data
+
+/// The list holds tagClientRiskPreferenceInfoForSurv; the records are copied, the first of a code and exchange stands.
+SURVEILLANCE_API short InitializeClientPreferencesInfo(CPtrList* preferences, CPtrList* reserved) noexcept;
+/// scope 0: every code; 1: the one code. exchange -9: all its records. The list gets the library's live records.
+SURVEILLANCE_API short GetClientPreferencesInfo(int scope, char* code, short exchange, CPtrList* result) noexcept;
+/// Adds or changes one record; bit 0 of marginFlags of the caller's record may change.
+SURVEILLANCE_API short AddUpdateClientPreferencesInfo(tagClientRiskPreferenceInfoForSurv* preference) noexcept;
+SURVEILLANCE_API short InitializeProductMasterInfo(CPtrList* records) noexcept;
+SURVEILLANCE_API short AddUpdateProductMasterInfo(tagProductTypeScripBasket* record) noexcept;
+SURVEILLANCE_API short InitializeCompulsoryDeliverySeriesInfo(CPtrList* records) noexcept;
+SURVEILLANCE_API short InitializeTokenInfo(CPtrList* records, short sellPriceBandPercent, short sellPriceTestOn,
+                                           short buyPriceBandPercent, short buyPriceTestOn) noexcept;
+/// Accepted; reads nothing.
+SURVEILLANCE_API short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& info) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Market data
+
+SURVEILLANCE_API short AddAndComputeMTM(int compute, tagBcastMBOOrMBPTouchline* touchline, CPtrList* changedRows,
+                                        CPtrList* reservedList) noexcept;
+SURVEILLANCE_API short RecomputeMTM(CPtrList* changedRows, CPtrList* reservedList) noexcept;
+SURVEILLANCE_API short RecomputeMTMOnline() noexcept;
+/// Accepted; reads nothing.
+SURVEILLANCE_API void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* touchline) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Queries
+
+SURVEILLANCE_API short GetNetPositionInfoFromDll(int queryKind, char* categoryCode, char* groupCode, char* accountCode,
+                                                 std::int32_t token, short periodicity, CPtrList* result, short byToken,
+                                                 short product) noexcept;
+SURVEILLANCE_API short GetMarketExposure(char* code, short periodicity, CPtrList* result) noexcept;
+SURVEILLANCE_API short ClientPositionPresentFromDLL(char* text1, char* text2, char* text3, char* text4) noexcept;
+/// Either list may be null.
+SURVEILLANCE_API short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
+SURVEILLANCE_API short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
+/// The limit rows of one entity, as stored. A code that names none adds nothing.
+SURVEILLANCE_API short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept;
+SURVEILLANCE_API short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPtrList* result) noexcept;
+SURVEILLANCE_API short UpdateDPPositionInfo(tagDPUpload* upload) noexcept;

@@ -1,0 +1,66 @@
+// A category takes an order in that it isn't asked to judge.
+
+#include <array>
+
+#include "limits/category_check.h"
+#include "limits/early_stop.h"
+#include "limits/period_trial.h"
+#include "limits/row_masks.h"
+
+namespace surv {
+namespace {
+
+void UpdateRow(CSurvLimitStore& store, std::int32_t token, const tagOrderInfoForSurv& order, const ScripTrial& trial,
+               const RuleContext& context, TrialBuffers& buffers) {
+    CSurvLimitEntry* entry = store.Find(token);
+    if (!entry) return;
+    entry->UpdateGeneralOrder(order, trial, context);
+    buffers.touched.push_back(entry);
+}
+
+/// The rows of one store: all securities, the scrip's group, the scrip, each token once.
+void UpdateLimits(CSurvLimitStore& store, const tagOrderInfoForSurv& order, const ScripTrial& trial,
+                  const RuleContext& context, TrialBuffers& buffers) {
+    const std::int32_t group = order.scripGroupNumber;
+    const std::int32_t token = order.token;
+    UpdateRow(store, kAllSecurities, order, trial, context, buffers);
+    if (group != 0 && group != kAllSecurities) UpdateRow(store, group, order, trial, context, buffers);
+    if (token != kAllSecurities && token != group) UpdateRow(store, token, order, trial, context, buffers);
+}
+
+void UpdatePeriodicities(LevelTrial& level, Period period, const ScripTrial& trial, const RuleContext& context,
+                         TrialBuffers& buffers) {
+    CEarlyStop stop(*level.category, period);
+    for (const std::int16_t mask : MasksOfScope(level.order.marketSegment).Of(period)) {
+        level.order.periodicity = mask;
+        if (CSurveillanceInfo* info = level.category->limitStores.Find(mask)) {
+            stop.Matched();
+            UpdateLimits(info->store, level.order, trial, context, buffers);
+        }
+        if (stop.AllMet()) break;
+    }
+}
+
+}  // namespace
+
+void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLevels) {
+    CSurveillanceCategory& category = *level.category;
+    tagOrderInfoForSurv& order = level.order;
+    SurvContext& context = category.Context();
+    const RuleContext rowContext{context.settings, context.undo};
+    const bool active = updateAllLevels || IsAlwaysUpdatedLevel(category.lastLevel);
+    const GrossMode mode = order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
+
+    order.ownerInfo = category.OwnerOf(order);
+    std::array<PeriodTrial, kPeriods.size()> trials;
+    CUndoGuard guard(context.undo);
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) {
+        TryPeriod(category, order, kPeriods[i], active ? FlatPosition::kMoves : FlatPosition::kStays, mode,
+                  context.undo, trials[i]);
+        if (active) UpdatePeriodicities(level, kPeriods[i], trials[i].scrip, rowContext, buffers);
+    }
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, order, kPeriods[i], trials[i]);
+    guard.Keep();
+}
+
+}  // namespace surv

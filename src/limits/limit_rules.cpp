@@ -1,0 +1,316 @@
+#include "limits/limit_rules.h"
+
+#include <array>
+#include <cmath>
+
+#include "platform/format.h"
+
+namespace surv {
+namespace {
+
+constexpr double kMillion = 1000000.0;
+constexpr double kPaisePerRupee = 100.0;
+constexpr std::int16_t kWholeHouseMask = 0x1FF;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Figures, one function a rule
+
+RuleFigures Compared(double figure, double limit, double stored = 0) { return {figure, limit, stored, limit}; }
+
+RuleFigures NetQuantity(const RuleInput& in) {
+    const auto quantity = [](const ExposureFigures& f) { return std::abs(static_cast<double>(f.maxNetQuantity)); };
+    return Compared(quantity(in.trial.figuresAfter), in.now.netQuantityLimit, quantity(in.trial.figuresBefore));
+}
+RuleFigures MaxValue(const RuleInput& in) { return Compared(in.trial.newValue, in.now.maxSingleOrderValue); }
+RuleFigures MaxQuantity(const RuleInput& in) { return Compared(in.order.quantity, in.now.maxSingleOrderQty); }
+RuleFigures MinValue(const RuleInput& in) { return Compared(in.trial.newValue, in.now.minSingleOrderValue); }
+RuleFigures MinQuantity(const RuleInput& in) { return Compared(in.order.quantity, in.now.minSingleOrderQty); }
+RuleFigures Gross(const RuleInput& in) {
+    return in.GrossBasis()
+               ? Compared(in.now.grossUsedMaxGross, in.now.grossExposureLimit, in.stored.grossUsedMaxGross)
+               : Compared(in.now.usedMaxGross, in.now.grossExposureLimit, in.stored.usedMaxGross);
+}
+RuleFigures Net(const RuleInput& in) {
+    return in.GrossBasis() ? Compared(in.now.grossUsedMaxNet, in.now.netExposureLimit, in.stored.grossUsedMaxNet)
+                           : Compared(in.now.usedMaxNet, in.now.netExposureLimit, in.stored.usedMaxNet);
+}
+RuleFigures NetSale(const RuleInput& in) {
+    return in.GrossBasis()
+               ? Compared(in.now.grossUsedMaxNetSale, in.now.netSaleExposureLimit, in.stored.grossUsedMaxNetSale)
+               : Compared(in.now.usedMaxNetSale, in.now.netSaleExposureLimit, in.stored.usedMaxNetSale);
+}
+RuleFigures NetPosition(const RuleInput& in) {
+    return Compared(std::abs(in.now.usedMaxNetPosition), in.now.netPositionLimit,
+                    std::abs(in.stored.usedMaxNetPosition));
+}
+RuleFigures PendingOrder(const RuleInput& in) {
+    return Compared(in.now.usedPendingOrder, in.now.pendingOrderLimit, in.stored.usedPendingOrder);
+}
+RuleFigures Turnover(const RuleInput& in) {
+    return Compared(in.now.usedMaxTurnover, in.now.turnoverLimit, in.stored.usedMaxTurnover);
+}
+RuleFigures MtmLoss(const RuleInput& in) { return Compared(std::abs(in.now.usedMtm), in.now.mtmLossLimit); }
+RuleFigures PartOfMtmLoss(const RuleInput& in, std::int32_t millionths) {
+    const double limit = in.now.mtmLossLimit;
+    return {std::abs(in.now.usedMtm), millionths / kMillion * limit, 0, limit};
+}
+RuleFigures PreAutoSquareOff(const RuleInput& in) { return PartOfMtmLoss(in, in.order.preAutoSquareOffPart); }
+RuleFigures AutoSquareOff(const RuleInput& in) { return PartOfMtmLoss(in, in.order.autoSquareOffPart); }
+RuleFigures NoFigure(const RuleInput&) { return {}; }
+
+// ---------------------------------------------------------------------------------------------------------------
+// Where a rule is tried
+
+bool Buys(const RuleInput& in) { return in.order.buySell == kBuy; }
+bool Sells(const RuleInput& in) { return in.order.buySell == kSell; }
+/// A loss; a figure that isn't a number counts as one, so that the comparison refuses it.
+bool HasMtmLoss(const RuleInput& in) { return !(in.now.usedMtm >= 0); }
+/// Not on a single futures or options segment of NSE or BSE; on a combined row beyond equity only the expiry side.
+bool MtmLossApplies(const RuleInput& in) {
+    if (!HasMtmLoss(in) || (in.shape.single && in.shape.hasFutOpt)) return false;
+    return in.shape.single || !in.shape.hasOther || in.shape.odd;
+}
+bool SquareOffModeApplies(const RuleInput& in) { return in.order.squareOffOnlyFlag && in.shape.odd; }
+bool AutoSquareOffPossible(const RuleInput& in) {
+    return in.now.limitMask == kWholeHouseMask && in.now.mtmLossLimit != kNoLimit && HasMtmLoss(in);
+}
+bool PreAutoSquareOffApplies(const RuleInput& in) {
+    return in.order.preAutoSquareOffOn && AutoSquareOffPossible(in);
+}
+bool AutoSquareOffApplies(const RuleInput& in) { return in.order.autoSquareOffOn && AutoSquareOffPossible(in); }
+bool NriConversionApplies(const RuleInput& in) {
+    return IsAmong(kMarginRows, in.now.limitMask) && in.order.productType == product::kConvertToMargin &&
+           IsCashExchange(in.order.ExchangeMask()) && in.order.nriClient;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// The table
+
+constexpr auto kAbove = Breaks::kAbove;
+constexpr auto kQuantity = Unit::kQuantity;
+constexpr auto kMoney = Unit::kMoney;
+constexpr auto kNobody = Exempt::kNobody;
+constexpr auto kSquareOff = Exempt::kSquareOff;
+
+constexpr TextNumbers kLF = TextNumbers::kLimitFigure;
+constexpr TextNumbers kLSF = TextNumbers::kLimitStoredFigure;
+constexpr TextNumbers kFL = TextNumbers::kFigureLimit;
+constexpr TextNumbers kFLS = TextNumbers::kFigureLimitStored;
+
+// clang-format off
+constexpr std::array kRules{
+    tagLimitRule{
+        RuleId::kNetQuantity, code::kNetQuantity, kAbove, kQuantity, kSquareOff, nullptr, &NetQuantity,
+        "Net Quantity Limit exceeded",
+        {kLSF, "Order failed Net Quantity check where the limit is %ld , prev. utilized was %ld and current value is %ld "},
+        false, 0, 4,
+        {kFLS, "Order failed Net Quantity %ld exceeded, Limit = %ld (Utilised =  % ld)"}},
+    tagLimitRule{
+        RuleId::kMaxValue, code::kOrderValue, kAbove, kMoney, kNobody, nullptr, &MaxValue,
+        "Max. Single Transaction Value exceeded",
+        {kLF, "Order failed Max. Single Transaction Value Check where the limit is %.2f and current value is %.2f "},
+        false, 0, 1,
+        {kFL, "Order failed Max. Single Transaction Value %.2f exceeded %.2f Limit"}},
+    tagLimitRule{
+        RuleId::kMaxQuantity, code::kOrderQuantity, kAbove, kQuantity, kNobody, nullptr, &MaxQuantity,
+        "Max. Single Transaction Qty. exceeded",
+        {kLF, "Order failed Max. Single Transaction Qty Check where the limit is %ld and current value is %ld "},
+        false, 0, 2,
+        {kFL, "Order failed Max. Single Transaction Qty %ld exceeded %ld Limit"}},
+    tagLimitRule{
+        RuleId::kMinValue, code::kOrderValue, Breaks::kBelow, kMoney, kNobody, nullptr, &MinValue,
+        "Minimum. Single Transaction Value Not Satisfied",
+        {kLF, "Order failed Minimum. Single Transaction Value Check where the limit is %.2f and current value is %.2f "},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kMinQuantity, code::kOrderQuantity, Breaks::kBelow, kQuantity, kNobody, nullptr, &MinQuantity,
+        "Min. Single Transaction Qty. Not Satisfied ",
+        {kLF, "Order failed Min. Single Transaction Qty Check where the limit is %ld and current value is %ld "},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kGross, code::kGrossExposure, kAbove, kMoney, Exempt::kSquareOffUnlessNoNetting, nullptr, &Gross,
+        "Gross Exposure Limit exceeded",
+        {kLSF,
+         "Order failed Gross Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         nullptr,
+         "Order failed Gross Exposure(Gross) check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         nullptr},
+        true, 1, 0,
+        {kFLS,
+         "Order failed Gross Exposure  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         nullptr,
+         "Order failed Gross Exposure(Grossing) %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         nullptr}},
+    tagLimitRule{
+        RuleId::kNet, code::kNetExposure, kAbove, kMoney, kSquareOff, &Buys, &Net,
+        "Net Exposure Limit exceeded",
+        {kLSF,
+         "Order failed Net Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Purchase check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Exposure(Gross) check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Purchase(Gross) check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f "},
+        true, 2, 0,
+        {kFLS,
+         "Order failed Net Exposure  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Purchase  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Exposure(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Purchase(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
+    tagLimitRule{
+        RuleId::kNetSale, code::kNetSaleExposure, kAbove, kMoney, kSquareOff, &Sells, &NetSale,
+        "Net Sale Exposure Limit exceeded",
+        {kLSF,
+         "Order failed Net Sale Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Write check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Sale Exposure(Gross) check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
+         "Order failed Net Write(Gross) check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f "},
+        true, 4, 0,
+        {kFLS,
+         "Order failed Net Sale Exposure  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Write  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Sale Exposure(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
+         "Order failed Net Write(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
+    tagLimitRule{
+        RuleId::kNetPosition, code::kNetPosition, kAbove, kMoney, kSquareOff, nullptr, &NetPosition,
+        "Net Position Limit exceeded",
+        {kLSF, "Order failed Net Position check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f "},
+        true, 8, 0,
+        {kFLS, "Order failed Net Position  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
+    tagLimitRule{
+        RuleId::kPendingOrder, code::kPendingOrder, kAbove, kMoney, kNobody, nullptr, &PendingOrder,
+        "Pending Order Limit exceeded",
+        {kLSF, "Order failed Pending Order check where the limit is %.2f, prev. utilized was %.2f and Current Value is %.2f "},
+        false, 0x40, 0,
+        {kFLS, "Order failed Pending Order  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
+    tagLimitRule{
+        RuleId::kTurnover, code::kTurnover, kAbove, kMoney, kNobody, nullptr, &Turnover,
+        "Turnover Limit exceeded",
+        {kLSF, "Order failed Turnover check where the limit is %.2f, prev. utilized is  % .2f and current value is %.2f "},
+        true, 0x10, 0,
+        {kFLS, "Order failed Turnover  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
+    tagLimitRule{
+        RuleId::kMtmLoss, code::kMtmLoss, kAbove, kMoney, kSquareOff, &MtmLossApplies, &MtmLoss,
+        "MTM Loss Limit exceeded",
+        {kLF, "Order failed MTM Loss check where the limit is %.2f, prev. utilized was %.2f "},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kSquareOffMode, code::kMtmLoss, Breaks::kAlways, kMoney, kSquareOff, &SquareOffModeApplies, &NoFigure,
+        "Only Square Off Orders allowed",
+        {TextNumbers::kNone, "Only Square Off Orders allowed - User is in SquareOff mode"},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kPreAutoSquareOff, code::kMtmLoss, kAbove, kMoney, kSquareOff, &PreAutoSquareOffApplies, &PreAutoSquareOff,
+        "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode",
+        {kLF, "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode (limit is %.2f, prev. utilized was %.2f)"},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kAutoSquareOff, code::kMtmLoss, kAbove, kMoney, kSquareOff, &AutoSquareOffApplies, &AutoSquareOff,
+        "Only Square Off Orders allowed - MTM AutoSquareOff Mode",
+        {kLF, "Only Square Off Orders allowed - MTM AutoSquareOff Mode (limit is %.2f, prev. utilized was %.2f)"},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kNriConversion, code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriConversionApplies, &NoFigure,
+        nullptr,
+        {TextNumbers::kNone, "NRI client Position Conversion Not allowed"},
+        false, 0, 0, {}},
+};
+// clang-format on
+
+constexpr bool RulesStandInOrder() {
+    for (std::size_t i = 0; i < kRules.size(); ++i) {
+        if (static_cast<std::size_t>(kRules[i].id) != i) return false;
+    }
+    return true;
+}
+static_assert(RulesStandInOrder(), "one row per RuleId, in its order");
+
+/// The margin rule takes its place between the square-off modes and the NRI rule.
+constexpr std::array kGeneralRules{
+    RuleId::kNetQuantity,   RuleId::kMaxValue,         RuleId::kMaxQuantity,   RuleId::kMinValue,
+    RuleId::kMinQuantity,   RuleId::kGross,            RuleId::kNet,           RuleId::kNetSale,
+    RuleId::kNetPosition,   RuleId::kPendingOrder,     RuleId::kTurnover,      RuleId::kMtmLoss,
+    RuleId::kSquareOffMode, RuleId::kPreAutoSquareOff, RuleId::kAutoSquareOff, RuleId::kNriConversion,
+};
+/// An enquiry is told no minimum, no MTM loss and no mode. Its two margin rules take their place at the end.
+constexpr std::array kReportRules{
+    RuleId::kNetQuantity, RuleId::kMaxValue, RuleId::kMaxQuantity,  RuleId::kGross,    RuleId::kNet,
+    RuleId::kNetSale,     RuleId::kNetPosition, RuleId::kPendingOrder, RuleId::kTurnover,
+};
+
+// ---------------------------------------------------------------------------------------------------------------
+// Judging and wording
+
+bool IsExempt(const tagLimitRule& rule, const RuleInput& in, bool netting) {
+    if (rule.exempt == Exempt::kNobody) return false;
+    if (rule.exempt == Exempt::kSquareOffUnlessNoNetting && !netting) return false;
+    const bool onGross = in.GrossBasis() && (rule.id == RuleId::kGross || rule.id == RuleId::kNet ||
+                                             rule.id == RuleId::kNetSale);
+    return onGross ? in.trial.grossSquareOff : in.trial.squareOff;
+}
+
+bool IsBroken(const tagLimitRule& rule, const RuleFigures& figures) {
+    if (rule.breaks == Breaks::kAlways) return true;
+    if (figures.shownLimit == kNoLimit) return false;
+    if (!std::isfinite(figures.limit)) return true;
+    return rule.breaks == Breaks::kAbove ? !(figures.figure <= figures.limit) : !(figures.figure >= figures.limit);
+}
+
+const char* PickForm(const RuleText& text, const RuleInput& in) {
+    constexpr std::int16_t kOptionBits = 0x48;
+    const bool option = (in.order.periodicity & kOptionBits) != 0;
+    if (in.GrossBasis()) {
+        if (option && text.grossOption) return text.grossOption;
+        if (text.gross) return text.gross;
+    }
+    return option && text.option ? text.option : text.plain;
+}
+
+std::array<double, 3> PickNumbers(TextNumbers numbers, const RuleFigures& f) {
+    switch (numbers) {
+        case TextNumbers::kLimitFigure: return {f.shownLimit, f.figure};
+        case TextNumbers::kLimitStoredFigure: return {f.shownLimit, f.stored, f.figure};
+        case TextNumbers::kFigureLimit: return {f.figure, f.shownLimit};
+        case TextNumbers::kFigureLimitStored: return {f.figure, f.shownLimit, f.stored};
+        case TextNumbers::kNone: break;
+    }
+    return {};
+}
+
+/// Quantities as they are, money in rupees. The formats are those of the table above.
+std::string Word(const RuleText& text, Unit unit, const RuleInput& in, const RuleFigures& figures) {
+    const char* form = PickForm(text, in);
+    const std::array<double, 3> numbers = PickNumbers(text.numbers, figures);
+    if (unit == Unit::kQuantity) {
+        return Format(form, static_cast<long>(numbers[0]), static_cast<long>(numbers[1]),
+                      static_cast<long>(numbers[2]));
+    }
+    return Format(form, numbers[0] / kPaisePerRupee, numbers[1] / kPaisePerRupee, numbers[2] / kPaisePerRupee);
+}
+
+}  // namespace
+
+const tagLimitRule& FindRule(RuleId id) { return kRules[static_cast<std::size_t>(id)]; }
+std::span<const RuleId> GeneralRules() { return kGeneralRules; }
+std::span<const RuleId> ReportRules() { return kReportRules; }
+
+bool BreaksRule(const tagLimitRule& rule, const RuleInput& input) {
+    if (rule.applies && !rule.applies(input)) return false;
+    return IsBroken(rule, rule.figures(input)) && !IsExempt(rule, input, !input.order.NoNetting());
+}
+
+bool BreaksReportRule(const tagLimitRule& rule, const RuleInput& input) {
+    const RuleFigures figures = rule.figures(input);
+    if (rule.reportOnlyIfRaised && figures.figure <= figures.stored) return false;
+    return IsBroken(rule, figures) && !IsExempt(rule, input, true);
+}
+
+std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording) {
+    if (wording == Wording::kShort && rule.shortText) return rule.shortText;
+    return Word(rule.longText, rule.unit, input, rule.figures(input));
+}
+
+std::string ReportText(const tagLimitRule& rule, const RuleInput& input, Wording wording) {
+    if (wording == Wording::kShort && rule.shortText) return rule.shortText;
+    return Word(rule.reportText, rule.unit, input, rule.figures(input));
+}
+
+}  // namespace surv

@@ -1,0 +1,102 @@
+#pragma once
+
+// The limit rules. A rule is a row of data: which figure, against which limit, how it breaks, who is exempt, the code
+// and the texts. A rule set is an ordered list of rules; the order is the order of judgement.
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "categories/limit_entry.h"
+#include "limits/row_masks.h"
+#include "limits/scrip_trial.h"
+
+namespace surv {
+
+enum class RuleId : std::uint8_t {
+    kNetQuantity,
+    kMaxValue,
+    kMaxQuantity,
+    kMinValue,
+    kMinQuantity,
+    kGross,
+    kNet,
+    kNetSale,
+    kNetPosition,
+    kPendingOrder,
+    kTurnover,
+    kMtmLoss,
+    kSquareOffMode,
+    kPreAutoSquareOff,
+    kAutoSquareOff,
+    kNriConversion,
+};
+
+/// What a rule may look at for one row.
+struct RuleInput {
+    const BKSurveillanceLimitDefTag& stored;  ///< the row before the order
+    const BKSurveillanceLimitDefTag& now;     ///< the row as it would be after it; its limits are rebuilt
+    const tagOrderInfoForSurv& order;
+    const ScripTrial& trial;
+    RowShape shape;
+
+    [[nodiscard]] bool GrossBasis() const { return (now.limitOptions & kGrossBasis) != 0; }
+};
+
+/// The numbers of one rule at one row: quantities, or paise.
+struct RuleFigures {
+    double figure = 0;
+    double limit = 0;        ///< what the figure is compared with
+    double stored = 0;       ///< what was used before
+    double shownLimit = 0;   ///< the limit that the text shows
+};
+
+enum class Breaks : std::uint8_t { kAbove, kBelow, kAlways };
+enum class Unit : std::uint8_t { kQuantity, kMoney };
+enum class Exempt : std::uint8_t { kNobody, kSquareOff, kSquareOffUnlessNoNetting };
+/// Which numbers a text takes, in its order.
+enum class TextNumbers : std::uint8_t { kNone, kLimitFigure, kLimitStoredFigure, kFigureLimit, kFigureLimitStored };
+
+/// A text in its forms: on option scopes and on rows of gross basis the words differ. A null form takes the plain one.
+struct RuleText {
+    TextNumbers numbers = TextNumbers::kNone;
+    const char* plain = nullptr;
+    const char* option = nullptr;
+    const char* gross = nullptr;
+    const char* grossOption = nullptr;
+};
+
+struct tagLimitRule {
+    RuleId id;
+    std::int16_t code;
+    Breaks breaks;
+    Unit unit;
+    Exempt exempt;
+    bool (*applies)(const RuleInput&);  ///< null: always
+    RuleFigures (*figures)(const RuleInput&);
+    const char* shortText;              ///< null: the long text in every case
+    RuleText longText;
+    // The report set:
+    bool reportOnlyIfRaised;            ///< a row already over its limit isn't reported unless the order raises it
+    std::uint8_t breachBitsA;
+    std::uint8_t breachBitsB;
+    RuleText reportText;
+};
+
+[[nodiscard]] const tagLimitRule& FindRule(RuleId id);
+
+/// The sets, in order of judgement.
+[[nodiscard]] std::span<const RuleId> GeneralRules();
+[[nodiscard]] std::span<const RuleId> ReportRules();
+
+/// Whether the order breaks the rule at the row. A figure equal to its limit passes; a figure that isn't a number
+/// refuses, and a limit that isn't finite counts as exceeded.
+[[nodiscard]] bool BreaksRule(const tagLimitRule& rule, const RuleInput& input);
+/// The same as the report set has it.
+[[nodiscard]] bool BreaksReportRule(const tagLimitRule& rule, const RuleInput& input);
+
+enum class Wording : std::uint8_t { kShort, kLong };
+[[nodiscard]] std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording);
+[[nodiscard]] std::string ReportText(const tagLimitRule& rule, const RuleInput& input, Wording wording);
+
+}  // namespace surv

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <memory>
+
+#include "categories/category.h"
+#include "limits/scrip_trial.h"
+
+namespace surv {
+
+/// Both periods, in the order in which an order is tried and its rows are asked.
+inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+
+/// An order tried in one period of one category: on a copy of the flat position, and in place in the account's tree.
+struct PeriodTrial {
+    ScripTrial scrip;
+    std::unique_ptr<CClientExposure> newAccount;  ///< the order's account, when the category hasn't got it yet
+};
+
+enum class FlatPosition : std::uint8_t { kMoves, kStays };
+
+/// Runs the order. Sets the order's periodicity and leaves it at the period's mask.
+/// REQUIRES: order.ownerInfo is the category's.
+void TryPeriod(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, FlatPosition flat,
+               GrossMode mode, CUndoLog& undo, PeriodTrial& trial);
+
+/// The account is in the tree from now on.
+void KeepAccount(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, PeriodTrial& trial);
+
+}  // namespace surv

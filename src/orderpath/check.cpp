@@ -1,0 +1,113 @@
+// May this order stand? The road of a check, from the request to the answer.
+
+#include "orderpath/hierarchy.h"
+#include "orderpath/intake.h"
+#include "orderpath/level_walk.h"
+#include "orderpath/refusal.h"
+#include "platform/format.h"
+#include "service/manager.h"
+
+namespace surv {
+namespace {
+
+constexpr std::int16_t kNoOrder = 2070;
+
+bool TakesMarketPrice(const tagOrderInfoForSurv& order) {
+    return order.productType != product::kConvertToDelivery && order.productType != product::kConvertToMargin;
+}
+
+/// Deliveries are looked up under a key of their own.
+std::int64_t PriceKey(const tagOrderInfoForSurv& order) {
+    const bool delivery =
+        order.productType == product::kDelivery || order.productType == product::kConvertToDelivery;
+    return PlainKey(static_cast<std::int16_t>(order.ExchangeMask() + (delivery ? 5 : 0)), order.token);
+}
+
+Refusal NoMarket(const OrderIntake& intake) {
+    const std::string symbol{FieldText(intake.order.contract.symbol)};
+    const std::string series{FieldText(intake.order.contract.series)};
+    const std::string text = Format("Market for %s %s does not exist. Order pending with admin", symbol.c_str(),
+                                    series.c_str());
+    return {status::kNoMarket, 0, CodeUse::kNone, WithClientText(intake.clientText, text)};
+}
+
+/// Takes the scrip's prices, and a price for an order at market. False: there is no market.
+bool TakeMarketPrices(const CSurveillanceManager& manager, OrderIntake& intake) {
+    tagOrderInfoForSurv& order = intake.order;
+    if (!TakesMarketPrice(order)) return true;
+    if (const CBroadcastScrip* scrip = manager.broadcastHash.Find(PriceKey(order))) {
+        FillPrices(order, *scrip, PriceScale::kOrder);
+    }
+    // A stored order at market went in at the price that the check would have taken.
+    if (intake.view.message->code == 2040 && order.prevQuantity > 0 && order.prevPrice == 0) {
+        order.prevPrice = MarketPrice(order);
+    }
+    if (order.price == 0) order.price = MarketPrice(order);
+    return order.price != 0;
+}
+
+Refusal UnknownOrLimitless(const OrderIntake& intake, const HierarchyRefusal& failed) {
+    std::string text = WithClientText(intake.clientText, failed.message);
+    text.append(" : ").append(failed.code.View()).append(" ");
+    return {status::kNoLimits, code::kNoLimits, CodeUse::kErrorCode, std::move(text)};
+}
+
+/// Products and segments come with their margin sources; until then an order in them is refused, not let through.
+bool IsServed(const tagOrderInfoForSurv& order) {
+    return IsCashSegment(order.marketSegment) &&
+           (order.productType == product::kNone || order.productType == product::kMargin);
+}
+
+Refusal NotServed() {
+    return {status::kRefused, code::kRefused, CodeUse::kErrorCode, "Product or segment not served by this version "};
+}
+
+/// The text of a refusal in the walk climbs to the host with the client ahead and " of " behind.
+Refusal AtEndOfWalk(const OrderIntake& intake, Refusal refusal) {
+    refusal.status = status::kRefused;
+    refusal.text = WithClientText(intake.clientText, refusal.text.append(" of "));
+    return refusal;
+}
+
+}  // namespace
+
+std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error,
+                                                     short& status, const CheckLists& lists, bool probe) {
+    status = status::kPass;
+    request.failedLevelType = -1;
+    WriteField(request.failedLevelCode, {});
+
+    OrderIntake intake;
+    intake.view = ViewRequest(request);
+    if (!intake.view.message || !intake.view.message->inCheck) return kNotDone;
+    if (intake.view.message->code == kNoOrder) return kDone;
+    if (!ReadCheckRequest(request, context_, intake)) return kNotDone;
+    tagOrderInfoForSurv& order = intake.order;
+    WriteField(request.failedLevelCode, order.levelCode.View());
+
+    const auto refuse = [&](const Refusal& refusal) {
+        WriteRefusal(refusal, context_.clock, error, status);
+        return kDone;
+    };
+    CHierarchy hierarchy;
+    const HierarchyRefusal failed = FindHierarchy(*this, request, order, hierarchy);
+    if (failed.message) return refuse(UnknownOrLimitless(intake, failed));
+
+    FillCheckEvent(intake);
+    const bool priced = TakeMarketPrices(*this, intake);
+    order.scripInfo = context_.stores.FindOrMakeScrip(order);
+    if (!priced) return refuse(NoMarket(intake));
+    ScaleNcdexPrices(order);
+    if (!IsServed(order)) return refuse(NotServed());
+
+    CLevelWalk walk(*this, request, intake, hierarchy, lists, probe ? CheckMode::kProbe : CheckMode::kReal);
+    const CLevelWalk::End end = walk.Run();
+    if (end == CLevelWalk::End::kPass) {
+        walk.Commit();
+        return kDone;
+    }
+    walk.Rollback();
+    return refuse(end == CLevelWalk::End::kRefused ? AtEndOfWalk(intake, walk.GetRefusal()) : walk.GetRefusal());
+}
+
+}  // namespace surv

@@ -1,0 +1,113 @@
+#include "orderpath/hierarchy.h"
+
+namespace surv {
+namespace {
+
+/// Whose flag switches the test for limits of the segment on.
+enum class LimitTest : std::uint8_t { kCheckFlag, kMarginFlag, kAlways };
+
+struct HierarchyTest {
+    Level level;
+    const char* unknown;      ///< the code has no category
+    const char* notRelevant;  ///< it has no limits for the segment
+    LimitTest limitTest;
+    int bit;
+};
+
+/// In the order of the tests.
+constexpr std::array kTests{
+    HierarchyTest{Level::kGroup, "Limits not Set or Invalid Group Code", "Relevant Limits not Set for Group Code",
+                  LimitTest::kCheckFlag, 1},
+    HierarchyTest{Level::kDealer, "Limits not Set or Invalid Dealer Code", "Relevant Limits not Set for Dealer Code",
+                  LimitTest::kMarginFlag, 1},
+    HierarchyTest{Level::kFamily, "Limits not Set or Invalid Family Code", "Relevant Limits not Set for Family Code",
+                  LimitTest::kMarginFlag, 2},
+    HierarchyTest{Level::kClient, "Limits not Set or Invalid Client Code", "Relevant Limits not Set for Client Code",
+                  LimitTest::kCheckFlag, 4},
+    HierarchyTest{Level::kSubClient, "Limits not Set or Invalid Sub Client Code",
+                  "Relevant Limits not Set for Sub Client Code", LimitTest::kCheckFlag, 5},
+    HierarchyTest{Level::kRoot, "Limits not Set or Invalid dealer Code", "Relevant Limits not Set for Dealer Code",
+                  LimitTest::kAlways, 0},
+};
+
+enum class Presence : std::uint8_t { kAbsent, kOptional, kRequired };
+
+/// A family is in force when its code holds anything but blanks.
+bool NamesFamily(const tagSurveillanceInfo& request) {
+    return FieldText(request.familyCode).substr(0, 5).find_first_not_of(' ') != std::string_view::npos;
+}
+
+Presence PresenceOf(Level level, const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order,
+                    bool familiesInForce) {
+    const bool ofClient = request.dealerType == level::kClientsDealer && order.proClient != kProClientOwn;
+    const int client = request.clientType;
+    const int subClient = request.subClientType;
+    switch (level) {
+        case Level::kSubClient:
+            if (!ofClient || subClient == level::kNone) return Presence::kAbsent;
+            return familiesInForce && subClient == 2 ? Presence::kOptional : Presence::kRequired;
+        case Level::kClient:
+            if (!ofClient || client == level::kNone) return Presence::kAbsent;
+            return familiesInForce && (client == 2 || client == 3) ? Presence::kOptional : Presence::kRequired;
+        case Level::kFamily: return familiesInForce && NamesFamily(request) ? Presence::kRequired : Presence::kAbsent;
+        case Level::kDealer:
+        case Level::kGroup:
+        case Level::kRoot: break;
+    }
+    return Presence::kRequired;
+}
+
+bool WantsLimits(const HierarchyTest& test, const tagSurveillanceInfo& request) {
+    switch (test.limitTest) {
+        case LimitTest::kCheckFlag: return (request.levelCheckFlags >> test.bit & 1) != 0;
+        case LimitTest::kMarginFlag: return (request.levelMarginFlags >> test.bit & 1) != 0;
+        case LimitTest::kAlways: break;
+    }
+    return true;
+}
+
+}  // namespace
+
+CodeText LevelCodeOf(Level level, const tagSurveillanceInfo& request) {
+    switch (level) {
+        case Level::kSubClient: return FieldText(request.subClientCode);
+        case Level::kClient: return FieldText(request.clientCode);
+        case Level::kFamily: return FieldText(request.familyCode);
+        case Level::kDealer: return FieldText(request.dealerCode);
+        case Level::kGroup: return FieldText(request.groupCode);
+        case Level::kRoot: break;
+    }
+    return kRootCode;
+}
+
+std::int16_t LevelTypeOf(Level level, const tagSurveillanceInfo& request) {
+    switch (level) {
+        case Level::kSubClient: return request.subClientType;
+        case Level::kClient: return request.clientType;
+        case Level::kFamily: return level::kFamily;
+        case Level::kDealer: return request.dealerType;
+        case Level::kGroup: return request.groupType;
+        case Level::kRoot: break;
+    }
+    return -1;
+}
+
+HierarchyRefusal FindHierarchy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,
+                               const tagOrderInfoForSurv& order, CHierarchy& hierarchy) {
+    const bool familiesInForce = manager.Context().settings.familyLevelEnabled;
+    const std::int32_t segmentBit = SegmentToBit(order.marketSegment);
+    for (const HierarchyTest& test : kTests) {
+        const Presence presence = PresenceOf(test.level, request, order, familiesInForce);
+        if (presence == Presence::kAbsent) continue;
+        const CodeText code = LevelCodeOf(test.level, request);
+        CSurveillanceCategory* category = manager.FindCategory(code);
+        hierarchy.Set(test.level, category);
+        if (presence == Presence::kOptional) continue;
+        if (!category) return {test.unknown, code};
+        const bool hasLimits = (category->allSecuritiesMask & segmentBit) != 0;
+        if (WantsLimits(test, request) && !hasLimits) return {test.notRelevant, code};
+    }
+    return {};
+}
+
+}  // namespace surv

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "orderpath/intake.h"
+#include "service/manager.h"
+
+namespace surv {
+
+enum class Level : std::uint8_t { kSubClient, kClient, kFamily, kDealer, kGroup, kRoot };
+inline constexpr std::size_t kLevelCount = 6;
+
+/// The categories of an order, by level; null where the order has no such level or its code is unknown.
+class CHierarchy {
+ public:
+    [[nodiscard]] CSurveillanceCategory* At(Level level) const { return categories_[static_cast<std::size_t>(level)]; }
+    void Set(Level level, CSurveillanceCategory* category) { categories_[static_cast<std::size_t>(level)] = category; }
+
+ private:
+    std::array<CSurveillanceCategory*, kLevelCount> categories_{};
+};
+
+/// The first test that fails: its message and the code it shows. A null message: none failed.
+struct HierarchyRefusal {
+    const char* message = nullptr;
+    CodeText code;
+};
+
+/// Code of a level as the request names it; the root's is "-".
+[[nodiscard]] CodeText LevelCodeOf(Level level, const tagSurveillanceInfo& request);
+/// Level type as the answer shows it: the family's is 8, the root's -1.
+[[nodiscard]] std::int16_t LevelTypeOf(Level level, const tagSurveillanceInfo& request);
+
+/// Finds the categories of an order and tests, level after level, that each required one exists and has limits for
+/// the order's segment.
+[[nodiscard]] HierarchyRefusal FindHierarchy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,
+                                             const tagOrderInfoForSurv& order, CHierarchy& hierarchy);
+
+}  // namespace surv

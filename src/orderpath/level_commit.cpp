@@ -1,0 +1,63 @@
+#include "orderpath/level_commit.h"
+
+#include <memory>
+
+#include "categories/limit_store.h"
+#include "limits/period_trial.h"
+
+namespace surv {
+namespace {
+
+std::int16_t EffectiveLevelOf(const LevelTrial& level) {
+    return EffectiveLevel(level.category->lastLevel, LevelGroupOf(level.order.marketSegment));
+}
+
+/// An account that no trial has run takes the order for good.
+void RunAccount(LevelTrial& level, Period period) {
+    const Settings& settings = level.category->Context().settings;
+    CAccountExposureSet& set = level.category->Book(period).accounts;
+    CClientExposure* account = set.FindAccount(level.order);
+    if (!account) account = &set.SetClient(level.order, std::make_unique<CClientExposure>());
+    account->ApplyOrder(level.order, account->FindOrMakePath(level.order, settings), TreeContext{settings});
+}
+
+/// Orders of client types 3 and 5 are kept apart at the levels that aggregate them.
+bool MovesClientLevelSets(const LevelTrial& level) {
+    constexpr std::int16_t kMcxFutures = 7;
+    const tagOrderInfoForSurv& order = level.order;
+    const bool clientLevel = order.clientLevelType == 3 || order.clientLevelType == 5;
+    if (!clientLevel || order.marketSegment == kMcxFutures) return false;
+    if (!level.category->Context().settings.HoldsClientPositions()) return false;
+    const std::int16_t effective = EffectiveLevelOf(level);
+    const bool aggregates = (effective == 0 || effective == 7) && level.category->secondLevel == 7;
+    return aggregates || order.levelCode == std::string_view{kRootCode};
+}
+
+}  // namespace
+
+void CommitOrder(LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels, CPtrList* limitRows) {
+    CSurveillanceCategory& category = *level.category;
+    tagOrderInfoForSurv& order = level.order;
+    const SurvContext& context = category.Context();
+    const bool moves = updateAllLevels || IsAlwaysUpdatedLevel(EffectiveLevelOf(level));
+    const bool clientLevelSets = MovesClientLevelSets(level);
+
+    order.ownerInfo = category.OwnerOf(order);
+    for (const Period period : kPeriods) {
+        order.periodicity = PeriodicityOf(order.marketSegment, period);
+        PeriodBook& book = category.Book(period);
+        if (moves) book.exposures.CommitPosition(order);
+        if (level.road == LevelRoad::kPassedOver) RunAccount(level, period);
+        if (clientLevelSets) book.clientLevelExposures.CommitPosition(order);
+    }
+    for (CSurvLimitEntry* row : rows) {
+        if (!moves) {
+            CUndoLog& undo = category.Context().undo;
+            undo.RestoreObject(&row->Row(), CUndoLog::Mark{}, undo.Here());
+        } else if (limitRows) {
+            limitRows->AddTail(RowForHost(*row, context.settings.RowsAreLive()));
+        }
+    }
+}
+
+}  // namespace surv

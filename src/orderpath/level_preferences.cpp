@@ -1,0 +1,121 @@
+#include "orderpath/level_preferences.h"
+
+#include "reference/preferences.h"
+
+namespace surv {
+namespace {
+
+using Record = tagClientRiskPreferenceInfoForSurv;
+
+/// A dealer of these types is its own client.
+bool IsOwnClient(int dealerType) { return dealerType == 4 || dealerType == 45; }
+
+struct ProductTest {
+    std::int16_t productType;
+    std::int32_t allowedFlag;
+    const char* refusal;
+};
+constexpr std::array kProductTests{
+    ProductTest{product::kMargin, 1, "Margin Order Not Allowed for "},
+    ProductTest{product::kConvertToMargin, 1, "Position Conversion failed since Margin Order Not Allowed for "},
+    ProductTest{product::kAmoMargin, 1, "AMO Margin Order Not Allowed for "},
+    ProductTest{product::kDelivery, 2, "Delivery Order Not Allowed for "},
+    ProductTest{product::kConvertToDelivery, 2, "Position Conversion failed since Delivery Order Not Allowed for "},
+    ProductTest{product::kAmoDelivery, 2, "AMO Delivery Order Not Allowed for "},
+};
+
+/// Why the preference forbids the product; null when it doesn't.
+const char* ProductRefusal(const tagOrderInfoForSurv& order) {
+    if (!IsCashExchange(order.ExchangeMask())) return nullptr;
+    for (const ProductTest& test : kProductTests) {
+        const bool allowed = (order.riskPreference.allowedProducts & test.allowedFlag) != 0;
+        if (test.productType == order.productType && !allowed) return test.refusal;
+    }
+    return nullptr;
+}
+
+/// Links the level to its family's preferences if that hasn't happened yet.
+void LinkFamily(CSurveillanceManager& manager, const CSurveillanceCategory& category, const CodeText& levelCode,
+                const tagSurveillanceInfo& request) {
+    if (category.familyPreferences) return;
+    auto& families = manager.Context().stores.clientFamilyMap;
+    const CodeText family = FieldText(request.familyCode);
+    if (!family.Empty() && !families.Find(levelCode)) families.FindOrMake(levelCode, family);
+    manager.AddClientRiskPreference(levelCode);
+}
+
+/// The family's record of the exchange, when families count at this level.
+const Record* FamilyRecord(const CSurveillanceCategory& category, bool familyCounts, std::int32_t exchange) {
+    return familyCounts && category.familyPreferences ? category.familyPreferences->Find(exchange) : nullptr;
+}
+
+/// The overall record tells of square-off parts and which funds count.
+void TakeOverall(tagOrderInfoForSurv& order, const Record& overall) {
+    constexpr int kFundBits = kFundFlagCollateral | kFundFlagSaleCredit;
+    order.preAutoSquareOffPart = overall.preAutoSquareOffPart;
+    order.autoSquareOffPart = overall.autoSquareOffPart;
+    order.preAutoSquareOffOn = (overall.fundFlags & kPreAutoSquareOffOn) != 0;
+    order.autoSquareOffOn = (overall.fundFlags & kAutoSquareOffOn) != 0;
+    order.riskPreference.fundFlags = static_cast<std::uint8_t>((order.riskPreference.fundFlags & ~kFundBits) |
+                                                               (overall.fundFlags & kFundBits));
+}
+
+/// The client takes the overall record of the family, else its own; the dealer's own overrides the family's.
+const Record* OverallRecord(const CSurveillanceCategory& category, Level level, bool familyCounts) {
+    const Record* family = FamilyRecord(category, familyCounts, kOverallPreference);
+    if (level == Level::kClient && family) return family;
+    const Record* own = category.ownPreferences ? category.ownPreferences->Find(kOverallPreference) : nullptr;
+    return own ? own : family;
+}
+
+bool IsSquareOffOnly(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
+    const RiskPreference& preference = order.riskPreference;
+    if (preference.fundFlags & kSquareOffOnly) return true;
+    if (order.productType == product::kAmoMargin || order.productType == product::kAmoDelivery) return false;
+    const std::int16_t mask = order.ExchangeMask();
+    const bool byTime = settings.Get(CAutoSquareOffSettings::kTime, mask) == 1;
+    const bool bySession = settings.Get(CAutoSquareOffSettings::kSession, mask) == 1;
+    return (byTime && (preference.marginFlags & kSquareOffByTime)) ||
+           (bySession && (preference.marginFlags & kSquareOffBySession));
+}
+
+}  // namespace
+
+RiskPreference DefaultPreferenceOf(std::int16_t exchangeMask) {
+    constexpr std::int32_t kMarginDeliveryMarginPlus = 7;
+    RiskPreference preference;
+    preference.exchange = exchangeMask;
+    preference.token = kAllSecurities;
+    preference.allowedProducts = kMarginDeliveryMarginPlus;
+    return preference;
+}
+
+void LoadEffectivePreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category,
+                             tagOrderInfoForSurv& order) {
+    if (const Record* record = manager.FindOwnPreference(category, order.ExchangeMask())) {
+        order.riskPreference = TravellingPart(*record);
+    }
+}
+
+bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
+                           const tagSurveillanceInfo& request, tagOrderInfoForSurv& order, Refusal& refusal) {
+    const Settings& settings = manager.Context().settings;
+    const bool familyCounts =
+        settings.familyLevelEnabled && (level == Level::kClient || IsOwnClient(request.dealerType));
+    if (familyCounts) LinkFamily(manager, category, LevelCodeOf(level, request), request);
+
+    const Record* found = FamilyRecord(category, familyCounts, order.ExchangeMask());
+    if (!found) found = manager.FindOwnPreference(category, order.ExchangeMask());
+    if (found) {
+        order.riskPreference = TravellingPart(*found);
+        if (const char* text = ProductRefusal(order)) {
+            refusal = {status::kRefused, code::kRefused, CodeUse::kErrorCode, text};
+            return false;
+        }
+    }
+    if (const Record* overall = OverallRecord(category, level, familyCounts)) TakeOverall(order, *overall);
+    order.squareOffOnlyFlag = IsSquareOffOnly(order, settings.autoSquareOff);
+    return true;
+}
+
+}  // namespace surv

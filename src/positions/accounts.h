@@ -1,0 +1,154 @@
+#pragma once
+
+// The per-account view of a category for one period: account, underlying, expiry, scrip. An order touches one path
+// of the tree. During a trial every node on the path lays its plain figures into the undo log before it changes.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "platform/fixed_text.h"
+#include "platform/hash_map.h"
+#include "platform/undo_log.h"
+#include "positions/position.h"
+#include "positions/position_key.h"
+#include "shared/settings.h"
+
+namespace surv {
+
+/// "group|account": at most 5 characters of the group code (an empty one is 5 blanks) and 15 of the account code.
+using AccountKey = FixedText<24>;
+[[nodiscard]] AccountKey MakeAccountKey(std::string_view groupCode, std::string_view accountCode);
+[[nodiscard]] inline AccountKey MakeAccountKey(const tagOrderInfoForSurv& order) {
+    return MakeAccountKey(order.parentCode.View(), order.accountCode.View());
+}
+
+/// An underlying has up to two nodes in an account: the far months, and the contracts about to expire.
+struct UnderlyingKey {
+    std::int16_t keySegment = 0;
+    std::int32_t underlyingToken = 0;
+
+    friend bool operator==(const UnderlyingKey&, const UnderlyingKey&) = default;
+    [[nodiscard]] std::uint64_t Hash() const { return KeyHash<std::int64_t>{}(PlainKey(keySegment, underlyingToken)); }
+};
+[[nodiscard]] UnderlyingKey MakeUnderlyingKey(std::int16_t exchangeMask, std::int32_t underlyingToken,
+                                              std::int32_t expiryDate, std::int16_t caLevel,
+                                              std::int32_t tradingDayBase);
+
+/// What a change of the tree needs from outside: the settings and, on a trial, the log that takes the images.
+struct TreeContext {
+    const Settings& settings;
+    CUndoLog* undo = nullptr;  ///< null: the change is for good
+
+    template <class Figures>
+    void Save(Figures& figures) const {
+        if (undo) undo->Save(figures);
+    }
+};
+
+/// One contract of one account.
+class CScripExposure {
+ public:
+    CSurvPosition position;     ///< what the period's row said, and every order since
+    CSurvPosition dayPosition;  ///< today's activity alone
+
+    /// Takes the old quantity and price out of both positions and puts the new ones in.
+    void ApplyOrder(const tagOrderInfoForSurv& order, const TreeContext& context);
+    /// A node that a refused trial has made holds nothing and is shown nowhere.
+    [[nodiscard]] bool IsBlank() const { return position.data.scripInfo == nullptr; }
+};
+
+class CExpiryExposure {
+ public:
+    HashMap<PositionKey, CScripExposure> scrips{31};
+};
+
+class CUnderlyingExposure {
+ public:
+    HashMap<std::int32_t, CExpiryExposure> expiries{17};  ///< by expiryDate
+};
+
+/// MTM sums of an account over one market segment, paise.
+struct SegmentFigures {
+    double lossSum = 0;    ///< absolute values of the losses
+    double profitSum = 0;
+    double openValueSum = 0;
+};
+
+/// The product groups over which an account keeps a running position per market segment.
+enum class ProductGroup : std::uint8_t { kNormal, kDelivery, kMarginPlus, kMtf };
+inline constexpr std::size_t kProductGroupCount = 4;
+[[nodiscard]] ProductGroup ProductGroupOf(std::int16_t productType);
+
+/// The nodes of one contract in an account.
+struct ScripPath {
+    CUnderlyingExposure* underlying = nullptr;
+    CExpiryExposure* expiry = nullptr;
+    CScripExposure* scrip = nullptr;
+};
+
+/// The level types of the last order or row that reached an account; -1 at first.
+struct AccountLevelTypes {
+    std::int16_t client = -1;
+    std::int16_t group = -1;
+    std::int16_t subClient = -1;
+};
+
+/// One account.
+class CClientExposure {
+ public:
+    HashMap<UnderlyingKey, CUnderlyingExposure> underlyings{31};
+    std::unique_ptr<tagPositionOwnerInfo> ownerInfo;  ///< made from the first order or row
+    AccountLevelTypes levelTypes;
+    bool aggregate = false;                           ///< a '+' account: left out of every sum over accounts
+
+    /// The nodes of the order's contract; missing ones are made.
+    ScripPath FindOrMakePath(const tagOrderInfoForSurv& order, const Settings& settings);
+    /// Runs an order, its old and new quantity, down its path. The positions get this account's owner record; the
+    /// order has its own back afterwards.
+    void ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
+    /// The contract of the order; null when the account hasn't got it.
+    [[nodiscard]] CScripExposure* FindScrip(const tagOrderInfoForSurv& order, const Settings& settings) const;
+    /// The first contract under the key, over all underlyings and expiries; null when there is none.
+    [[nodiscard]] CScripExposure* FindScripByKey(const PositionKey& key) const;
+    /// Every contract, in insertion order.
+    template <class Visit>
+    void ForEachScrip(Visit visit) const {
+        for (const auto& underlying : underlyings) {
+            for (const auto& expiry : underlying.value->expiries) {
+                for (const auto& scrip : expiry.value->scrips) visit(*scrip.value);
+            }
+        }
+    }
+
+    /// Null until the segment has figures.
+    [[nodiscard]] const SegmentFigures* FindSegmentFigures(std::int16_t marketSegment) const;
+    [[nodiscard]] const CSurvPosition* FindSegmentPosition(std::int16_t marketSegment, ProductGroup group) const;
+
+ private:
+    using SegmentPositions = std::array<std::unique_ptr<CSurvPosition>, kSegmentCount>;
+
+    void MoveSegmentPosition(const tagOrderInfoForSurv& order, const TreeContext& context);
+    void MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition, CSurvPosition newPosition,
+                        const TreeContext& context);
+
+    std::unique_ptr<std::array<SegmentFigures, kSegmentCount>> segmentFigures_;                  // made at need
+    std::array<std::unique_ptr<SegmentPositions>, kProductGroupCount> segmentPositions_;         // made at need
+};
+
+/// The accounts of a category for one period.
+class CAccountExposureSet {
+ public:
+    HashMap<AccountKey, CClientExposure> accounts{53};
+
+    [[nodiscard]] CClientExposure* FindAccount(const tagOrderInfoForSurv& order) const {
+        return accounts.Find(MakeAccountKey(order));
+    }
+    [[nodiscard]] CClientExposure* FindAccount(std::string_view groupCode, std::string_view accountCode) const {
+        return accounts.Find(MakeAccountKey(groupCode, accountCode));
+    }
+    /// Stores a new account under the key of the order.
+    CClientExposure& SetClient(const tagOrderInfoForSurv& order, std::unique_ptr<CClientExposure> account);
+};
+
+}  // namespace surv

@@ -1,0 +1,38 @@
+#include "reference/stores.h"
+
+#include <memory>
+
+namespace surv {
+
+int ReferenceStores::StoreOf(std::int16_t exchangeMask) {
+    switch (exchangeMask) {
+        case kMaskNseCash: return 0;
+        case kMaskNseDerivatives: return 1;
+        case kMaskBseDerivatives: return 2;
+        case kMaskBseCash: return 3;
+        case kMaskMcx: return 4;
+        case kMaskNcdex: return 5;
+        default: return -1;
+    }
+}
+
+tagExposureScripSpecificInfo* ReferenceStores::FindScrip(std::int16_t exchangeMask, std::int32_t token) const {
+    const int store = StoreOf(exchangeMask);
+    return store < 0 ? nullptr : scrips_[store].Find(token);
+}
+
+tagExposureScripSpecificInfo* ReferenceStores::FindOrMakeScrip(const tagOrderInfoForSurv& order) {
+    const std::int16_t mask = order.ExchangeMask();
+    if (tagExposureScripSpecificInfo* found = FindScrip(mask, order.token)) return found;
+    const int store = StoreOf(mask);
+    if (store < 0) return nullptr;
+    auto scrip = std::make_unique<tagExposureScripSpecificInfo>();
+    FillValues(*scrip, order);
+    return &scrips_[store].Insert(order.token, std::move(scrip));
+}
+
+void ReferenceStores::ClearDay() {
+    for (ScripStore& store : scrips_) store.Clear();
+}
+
+}  // namespace surv

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/hash_map.h"
+#include "shared/order.h"
+#include "surveillance/records.h"
+
+namespace surv {
+
+/// The preference records of one code: exchange mask (-1: the overall record) to record. Addresses are stable.
+using PreferenceMap = HashMap<std::int32_t, tagClientRiskPreferenceInfoForSurv>;
+
+/// Exchange of the overall preference record.
+inline constexpr std::int32_t kOverallPreference = -1;
+/// Code of the preferences of everybody without a record of their own, and account of own-account orders.
+inline constexpr const char* kEverybodyCode = "*****";
+/// Code of the root, the category of the whole house.
+inline constexpr const char* kRootCode = "-";
+
+/// What the host loads once a day or keeps for the life of the library, beside limits and positions.
+struct ReferenceStores {
+    HashMap<CodeText, PreferenceMap> clientPreferences{1013};
+    HashMap<CodeText, CodeText> clientFamilyMap{1013};  ///< client code to family code
+
+    /// The token's description in the store of its exchange mask; null for a mask without a store.
+    [[nodiscard]] tagExposureScripSpecificInfo* FindScrip(std::int16_t exchangeMask, std::int32_t token) const;
+    /// As FindScrip; a missing one is made and filled from the order.
+    tagExposureScripSpecificInfo* FindOrMakeScrip(const tagOrderInfoForSurv& order);
+
+    /// Empties what is filled once a day; preferences and families stay.
+    void ClearDay();
+
+ private:
+    using ScripStore = HashMap<std::int32_t, tagExposureScripSpecificInfo>;
+    [[nodiscard]] static int StoreOf(std::int16_t exchangeMask);
+
+    ScripStore scrips_[6];
+};
+
+}  // namespace surv

@@ -1,0 +1,395 @@
+// The exported functions: thin guards over the one Library. Nothing is decided here, and nothing is thrown through.
+
+#include <cassert>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include "orderpath/request_view.h"
+#include "reference/preferences.h"
+#include "service/library.h"
+#include "surveillance/host.h"
+#include "surveillance/surveillance.h"
+
+namespace {
+
+using surv::kDone;
+using surv::kNotDone;
+using surv::Library;
+
+Library& TheLibrary() {
+    static Library library;
+    return library;
+}
+
+constexpr const char* kNotInitialized = "Surveillance Manager not initialized";
+constexpr const char* kCheckNotStarted = "Check Surveillance Failed !!!. Surveillance Manager not initialized";
+constexpr const char* kUpdateNotStarted = "Update Surveillance Failed !!!. Surveillance Manager not initialized";
+constexpr const char* kOldForm = "This function should not be called.";
+
+/// Runs a piece of work; whatever it throws becomes `failure`, and a lack of memory is told to the host.
+template <class Result, class Work>
+Result Contained(Result failure, Work work) noexcept {
+    try {
+        Library& library = TheLibrary();
+        try {
+            Result result = work(library);
+            assert(library.context.undo.Empty() && "no trial outlives a call");
+            return result;
+        } catch (const std::bad_alloc&) {
+            library.context.window.Notify(surv::kNotEnoughMemory);
+        }
+    } catch (...) {  // NOLINT(bugprone-empty-catch): nothing is thrown across the boundary
+    }
+    return failure;
+}
+
+/// As Contained, for entries that need a start: without one the host gets the text.
+template <class Work>
+short Guarded(const char* notStarted, Work work) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (library.context.settings.started) return work(*library.manager);
+        library.context.window.Notify(notStarted);
+        return kNotDone;
+    });
+}
+
+/// An entry whose subsystem this version doesn't hold: it refuses, and says so.
+short NotServed(Library& library) {
+    library.context.window.Notify("This function is not served by this version.");
+    return kNotDone;
+}
+short GuardedNotServed(const char* notStarted) noexcept {
+    return Guarded(notStarted, [](surv::CSurveillanceManager&) { return NotServed(TheLibrary()); });
+}
+short NotServedAtAll() noexcept {
+    return Contained<short>(kNotDone, [](Library& library) { return NotServed(library); });
+}
+
+short RefuseOldForm() noexcept {
+    return Contained<short>(kNotDone, [](Library& library) -> short {
+        library.context.window.Notify(kOldForm);
+        return kNotDone;
+    });
+}
+
+/// A setting that needs no start.
+template <class Store>
+short StoreSetting(Store store) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        store(library.context.settings);
+        return kDone;
+    });
+}
+
+constexpr std::size_t kEntityCodeWidth = sizeof(BKSurveillanceLimitDefTag::entityCode);
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------------
+// The host's side
+
+void SetHostWindow(HostWindowFunction window, void* context) noexcept {
+    TheLibrary().context.window.Set(window, context);
+}
+
+void SetHostClock(HostClockFunction clock, void* context) noexcept { TheLibrary().context.clock.Set(clock, context); }
+
+// ---------------------------------------------------------------------------------------------------------------
+// Life cycle and settings
+
+short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
+                            short limitDetailMessages, short mtmMode, short /*unused6*/, short positionMode,
+                            std::int32_t featureBits, short /*unused9*/, CPtrList* securityList, CPtrList* dpList,
+                            CPtrList* sarList) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) {
+        return library.Start({rpfMarginMode, limitDetailMessages, mtmMode, positionMode, featureBits},
+                             {limitList, exposureList, securityList, dpList, sarList});
+    });
+}
+
+short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode, CPtrList* securityList,
+                            CPtrList* dpList, CPtrList* sarList) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) {
+        return library.Restart(rpfMarginMode, {limitList, exposureList, securityList, dpList, sarList});
+    });
+}
+
+void CleanupSurvManager() noexcept {
+    Contained(0, [](Library& library) {
+        library.CleanUp();
+        return 0;
+    });
+}
+
+short UpdateSurvExposure(CPtrList* /*limitList*/, CPtrList* /*exposureList*/, short rpfMarginMode) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.rpfMarginMode = rpfMarginMode; });
+}
+
+short ComputeMTMOnOrOff(short mode) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) { return library.SetMtmMode(mode); });
+}
+
+short MTMTimeIntervalAndTickCount(std::int32_t seconds, short ticks) noexcept {
+    return StoreSetting([&](surv::Settings& settings) {
+        settings.mtmTimeInterval = seconds;
+        settings.mtmTickCount = ticks;
+    });
+}
+
+short SetMarginPlusMinOrderValue(std::int32_t rupees) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.marginPlusMinOrderValue = rupees; });
+}
+
+short SetOrderBasedPosition(short value) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.orderBasedPosition = value; });
+}
+
+short InitializeMCXLOTWeightOnOrOff(short value) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.mcxLotWeightOn = value; });
+}
+
+short AddUpdateAutoSquareOffTimeSettings(short kind, short exchangeMask, short value) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.autoSquareOff.Set(kind, exchangeMask, value); });
+}
+
+short EnableTransactionLogging(short value) noexcept {
+    return StoreSetting([&](surv::Settings& settings) { settings.transactionLogging = value; });
+}
+
+CPtrList* GetTransactionLogList() noexcept { return nullptr; }
+
+// ---------------------------------------------------------------------------------------------------------------
+// Orders
+
+short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, short* status, CPtrList* limitRows,
+                        CPtrList* /*breachRows*/, CPtrList* rollbackRows, short probe) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        if (!request || !error || !status) return kNotDone;
+        return manager.CheckSurveillance(*request, *error, *status, {limitRows, rollbackRows}, probe != 0);
+    });
+}
+
+short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /*error*/, CPtrList* /*limitRows*/,
+                         CPtrList* /*breachRows*/, short /*dealerOnly*/) noexcept {
+    return GuardedNotServed(kUpdateNotStarted);
+}
+
+short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord, char* text) noexcept {
+    constexpr short kOwnAccount = 1;
+    if (kind != 0) return kOwnAccount;
+    if (!rawRecord || !text) return kNotDone;
+    std::int16_t messageCode = 0;
+    std::memcpy(&messageCode, rawRecord + offsetof(tagOrderRequest, messageCode), sizeof messageCode);
+
+    surv::FixedText<32> account;
+    std::int16_t proClient = 0;
+    switch (messageCode) {
+        case 2000:
+        case 2012:
+        case 2040:
+        case 2042:
+        case 2070:
+        case 2072:
+        case 2073:
+        case 2074:
+        case 2075:
+        case 2076:
+        case 2150:
+        case 2154:
+        case 2155:
+        case 2156:
+        case 2231:
+        case 9002:
+        case 30160: {
+            const auto* record = reinterpret_cast<const tagOrderRequest*>(rawRecord);
+            proClient = record->proClient;
+            account = surv::AccountOf(record->accountText);
+            break;
+        }
+        case 2212:
+        case 2222:
+            proClient = orderInfo.proClient;
+            account = surv::AccountOf(orderInfo.accountText);
+            break;
+        default: return kNotDone;
+    }
+    if (proClient == surv::kProClientOwn) return kOwnAccount;
+    const std::string_view view = account.View();
+    std::memcpy(text, view.data(), view.size());
+    text[view.size()] = '\0';
+    return kDone;
+}
+
+short CheckSurveillance(tagCheckSurveillanceInfo* /*info*/) noexcept { return RefuseOldForm(); }
+short CheckSurveillance(const char* /*groupCode*/, const char* /*dealerCode*/, const char* /*clientCode*/,
+                        const tagOrderRequest* /*order*/, tagOrdErrMessage* /*error*/, short* /*status*/,
+                        CPtrList* /*limitRows*/) noexcept {
+    return RefuseOldForm();
+}
+short UpdateSurveillance(tagUpdateSurveillanceInfo* /*info*/) noexcept { return RefuseOldForm(); }
+short UpdateSurveillance(const char* /*groupCode*/, const char* /*dealerCode*/, const char* /*clientCode*/,
+                         const tagOrderInfo* /*order*/, const tagTradeInfo* /*trade*/, tagAdminErrMessage* /*error*/,
+                         CPtrList* /*limitRows*/) noexcept {
+    return RefuseOldForm();
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Limits
+
+short AddSurvLimits(BKSurveillanceLimitDefTag* limit, tagAdminErrMessage* error) noexcept {
+    return Guarded("Add Surv Limits Failed !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       return limit ? manager.AddSurvLimits(*limit, error) : kNotDone;
+                   });
+}
+
+short UpdateSurvLimits(BKSurveillanceLimitDefTag* limit, tagAdminErrMessage* error) noexcept {
+    return Guarded("Update Surv Limits !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       return limit ? manager.UpdateSurvLimits(*limit, error) : kNotDone;
+                   });
+}
+
+short RemoveSurvLimits(const BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error) noexcept {
+    return Guarded("Remove Surv Limits !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) { return manager.RemoveSurvLimits(limit, error); });
+}
+
+short GetSurveillancePositions(BKSurveillanceLimitDefTag* limit) noexcept {
+    return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        return limit ? manager.GetSurveillancePositions(*limit) : kNotDone;
+    });
+}
+
+short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
+                       BKSurveillanceLimitDefTag*& limit) noexcept {
+    limit = nullptr;
+    return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        const auto code = surv::HostText(entityCode, kEntityCodeWidth);
+        const short result = manager.GetSurvPositions(code, limitMask, token, limit);
+        if (result != kDone) {
+            manager.Context().window.Notify("Surveillance Manager Update Exposure Failed");
+            limit = nullptr;
+        }
+        return result;
+    });
+}
+
+short RMSFundAllocation(tagRMSFundAllocationRequest* /*request*/, BKSurveillanceLimitDefTag* /*limit*/) noexcept {
+    return GuardedNotServed("RMSFund Allocation !!!. Surveillance Manager not initialized");
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Risk parameters and margin inputs
+
+short ProcessRPFInfo(const char* /*message*/, const std::int32_t& /*length*/, short /*toStaging*/) noexcept {
+    return NotServedAtAll();
+}
+short InitializeMarginInfo(CPtrList* /*list*/) noexcept { return NotServedAtAll(); }
+short InitializeAllAdditionalMarginInfo(CMapStringToOb* /*map*/) noexcept { return NotServedAtAll(); }
+short InitializeMCXMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
+short InitializeNCDEXExposureMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
+
+// ---------------------------------------------------------------------------------------------------------------
+// Reference data
+
+short InitializeClientPreferencesInfo(CPtrList* preferences, CPtrList* /*reserved*/) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (preferences) library.LoadPreferences(*preferences);
+        return kDone;
+    });
+}
+
+short GetClientPreferencesInfo(int scope, char* code, short exchange, CPtrList* result) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (result) {
+            const auto text = surv::HostText(code, sizeof(tagClientRiskPreferenceInfoForSurv::preferenceCode));
+            surv::QueryPreferences(library.context.stores, scope, text, exchange, *result);
+        }
+        return kDone;
+    });
+}
+
+short AddUpdateClientPreferencesInfo(tagClientRiskPreferenceInfoForSurv* preference) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (preference) library.AddUpdatePreference(*preference);
+        return kDone;
+    });
+}
+
+short InitializeProductMasterInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
+short AddUpdateProductMasterInfo(tagProductTypeScripBasket* /*record*/) noexcept {
+    return GuardedNotServed(kUpdateNotStarted);
+}
+short InitializeCompulsoryDeliverySeriesInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
+short InitializeTokenInfo(CPtrList* /*records*/, short /*sellPriceBandPercent*/, short /*sellPriceTestOn*/,
+                          short /*buyPriceBandPercent*/, short /*buyPriceTestOn*/) noexcept {
+    return NotServedAtAll();
+}
+
+short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& /*info*/) noexcept {
+    return Guarded("CheckAndUpdateSecurityInfo Failed !!!. Surveillance Manager not initialized",
+                   [](surv::CSurveillanceManager&) -> short { return kDone; });
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Market data
+
+short AddAndComputeMTM(int /*compute*/, tagBcastMBOOrMBPTouchline* /*touchline*/, CPtrList* /*changedRows*/,
+                       CPtrList* /*reservedList*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+short RecomputeMTM(CPtrList* /*changedRows*/, CPtrList* /*reservedList*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+short RecomputeMTMOnline() noexcept {
+    return GuardedNotServed("RecomputeMTMOnline failed !!!. Surveillance Manager not initialized");
+}
+
+void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* /*touchline*/) noexcept {
+    Guarded("SetLastBcastMBOOrMBPTouchline Failed !!!. Surveillance Manager not initialized",
+            [](surv::CSurveillanceManager&) -> short { return kDone; });
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Queries
+
+short GetNetPositionInfoFromDll(int /*queryKind*/, char* /*categoryCode*/, char* /*groupCode*/, char* /*accountCode*/,
+                                std::int32_t /*token*/, short /*periodicity*/, CPtrList* /*result*/, short /*byToken*/,
+                                short /*product*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+short GetMarketExposure(char* /*code*/, short /*periodicity*/, CPtrList* /*result*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+short ClientPositionPresentFromDLL(char* /*text1*/, char* /*text2*/, char* /*text3*/, char* /*text4*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+
+short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
+    return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        return positionRows ? NotServed(TheLibrary()) : kDone;
+    });
+}
+
+short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
+    return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        return positionRows ? NotServed(TheLibrary()) : kDone;
+    });
+}
+
+short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
+    return Guarded("Download Failed !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       manager.DownloadSurvInfo(surv::HostText(code, kEntityCodeWidth), limitRows);
+                       return kDone;
+                   });
+}
+
+short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/, CPtrList* /*result*/) noexcept {
+    return GuardedNotServed(kCheckNotStarted);
+}
+short UpdateDPPositionInfo(tagDPUpload* /*upload*/) noexcept { return GuardedNotServed(kUpdateNotStarted); }

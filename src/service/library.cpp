@@ -1,0 +1,78 @@
+#include "service/library.h"
+
+#include "reference/preferences.h"
+
+namespace surv {
+namespace {
+
+constexpr const char* kAlreadyInitialized = "Surveillance Manager already initialized";
+constexpr const char* kInitializationFailed = "Surveillance Manager initialization Failed";
+constexpr const char* kNothingToCleanUp = "Cleanup Failed !!!. Surveillance Manager was not initialized.";
+constexpr std::int32_t kFamilyLevelFeature = 0x10;
+
+}  // namespace
+
+std::int16_t Library::RefuseStarted() const {
+    context.window.Notify(kAlreadyInitialized);
+    return kNotDone;
+}
+
+std::int16_t Library::Start(const StartSettings& start, const LoadLists& lists) {
+    Settings& settings = context.settings;
+    if (settings.started) return RefuseStarted();
+    settings.rpfMarginMode = start.rpfMarginMode;
+    settings.mtmMode = start.mtmMode;
+    settings.limitDetailMessages = start.limitDetailMessages;
+    settings.positionMode = start.positionMode;
+    settings.marginPlusMinOrderValue = 0;
+    settings.tradingDayBase = context.clock.TradingDayBase();
+    settings.featureBits = start.featureBits;
+    if (start.featureBits & kFamilyLevelFeature) settings.familyLevelEnabled = true;
+    if (!manager) manager = std::make_unique<CSurveillanceManager>(context);
+    settings.WidenMtmClasses(start.mtmMode);
+    return Load(lists);
+}
+
+std::int16_t Library::Restart(std::int16_t rpfMarginMode, const LoadLists& lists) {
+    if (context.settings.started) return RefuseStarted();
+    context.settings.rpfMarginMode = rpfMarginMode;
+    return Load(lists);
+}
+
+std::int16_t Library::Load(const LoadLists& lists) {
+    const bool loaded = manager && manager->Initialize(lists) == kDone;
+    context.settings.started = loaded;
+    if (!loaded) context.window.Notify(kInitializationFailed);
+    return loaded ? kDone : kNotDone;
+}
+
+void Library::CleanUp() {
+    if (!context.settings.started) {
+        context.window.Notify(kNothingToCleanUp);
+        return;
+    }
+    manager.reset();
+    context.stores.ClearDay();
+    context.settings.started = false;
+}
+
+std::int16_t Library::SetMtmMode(std::int16_t mode) {
+    if (!context.settings.started) return kNotDone;
+    context.settings.mtmMode = mode;
+    context.settings.WidenMtmClasses(mode);
+    return kDone;
+}
+
+void Library::LoadPreferences(const CPtrList& records) {
+    surv::LoadPreferences(context.stores, records);
+    if (manager) manager->SetDefaultRiskPreference();
+}
+
+void Library::AddUpdatePreference(tagClientRiskPreferenceInfoForSurv& record) {
+    if (!context.settings.started) return;
+    const bool isNew = AddOrUpdatePreference(context.stores, record);
+    manager->SetDefaultRiskPreference();
+    if (isNew) manager->AddClientRiskPreference(FieldText(record.preferenceCode));
+}
+
+}  // namespace surv

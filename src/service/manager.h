@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+
+#include "categories/category.h"
+#include "categories/groupings.h"
+#include "limits/level_trial.h"
+#include "mtm/broadcast_scrip.h"
+#include "reference/context.h"
+#include "surveillance/containers.h"
+#include "surveillance/records.h"
+
+namespace surv {
+
+/// The five lists of a start.
+struct LoadLists {
+    CPtrList* limits = nullptr;
+    CPtrList* exposures = nullptr;
+    CPtrList* securities = nullptr;
+    CPtrList* dpHoldings = nullptr;
+    CPtrList* sarHoldings = nullptr;
+};
+
+/// The lists that a check fills; each may be null.
+struct CheckLists {
+    CPtrList* limitRows = nullptr;
+    CPtrList* rollbackRows = nullptr;
+};
+
+/// The one top-level object. It owns the categories and the indexes into them; each group of its operations is
+/// defined in the folder of its subsystem.
+class CSurveillanceManager {
+ public:
+    explicit CSurveillanceManager(SurvContext& context) : context_(context) {}
+    CSurveillanceManager(const CSurveillanceManager&) = delete;
+    CSurveillanceManager& operator=(const CSurveillanceManager&) = delete;
+
+    // Life (service/load.cpp) -----------------------------------------------------------------------------------
+    /// Turns the host's rows into categories. -1: the load stopped at a row, told in the log; what was built stays.
+    std::int16_t Initialize(const LoadLists& lists);
+
+    // Limits (categories/limit_service.cpp) -----------------------------------------------------------------------
+    std::int16_t AddSurvLimits(BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error);
+    std::int16_t UpdateSurvLimits(BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error);
+    std::int16_t RemoveSurvLimits(const BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error);
+    std::int16_t GetSurveillancePositions(BKSurveillanceLimitDefTag& limit) const;
+    std::int16_t GetSurvPositions(std::string_view entityCode, std::int16_t limitMask, std::int32_t token,
+                                  BKSurveillanceLimitDefTag*& limit);
+
+    // Orders (orderpath/) -----------------------------------------------------------------------------------------
+    std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
+                                   const CheckLists& lists, bool probe);
+
+    // Preferences (categories/preference_links.cpp) -----------------------------------------------------------------
+    void SetDefaultRiskPreference();
+    /// Connects the code's category, if there is one, with its preference maps.
+    void AddClientRiskPreference(const CodeText& code);
+    /// The record of an exchange at a category: its own, else everybody's; null when neither has one.
+    [[nodiscard]] const tagClientRiskPreferenceInfoForSurv* FindOwnPreference(const CSurveillanceCategory& category,
+                                                                              std::int32_t exchange) const;
+
+    // Queries (queries/) --------------------------------------------------------------------------------------------
+    /// Limit rows of every category.
+    void AppendAllLimitRows(CPtrList& list) const;
+    void DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const;
+
+    [[nodiscard]] CSurveillanceCategory* FindCategory(const CodeText& code) const { return categories.Find(code); }
+
+    HashMap<CodeText, CSurveillanceCategory> categories{1013};
+    CCategoriesByPeriod categoriesByPeriod;
+    HashMap<std::int64_t, CBroadcastScrip> broadcastHash{557};  ///< by exchange mask * 10000000 + token
+    const PreferenceMap* defaultRiskPreference = nullptr;       ///< everybody's preferences; null: none given
+
+    [[nodiscard]] SurvContext& Context() const { return context_; }
+    [[nodiscard]] TrialBuffers& Buffers() { return buffers_; }
+
+ private:
+    std::int16_t LoadLimits(CPtrList& list);
+    std::int16_t LoadLimit(BKSurveillanceLimitDefTag* row);
+    void LinkPreferences(CSurveillanceCategory& category, const CodeText& code) const;
+    /// Sets exposureMarginInLimit of a row from the preference of its entity.
+    void TakeExposureMarginBit(BKSurveillanceLimitDefTag& row, const CSurveillanceCategory& category) const;
+
+    SurvContext& context_;
+    TrialBuffers buffers_;
+    /// Rows of the start that live on: limit entries work on them.
+    std::unordered_map<const void*, std::unique_ptr<BKSurveillanceLimitDefTag>> adoptedRows_;
+};
+
+}  // namespace surv

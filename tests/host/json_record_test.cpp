@@ -1,0 +1,142 @@
+#include "json_record.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "script_error.h"
+
+namespace survhost {
+namespace {
+
+std::string Written(const Json& value) {
+    std::string text;
+    WriteJson(value, text);
+    return text;
+}
+
+/// A value at the edge of what the field takes; no default of any field.
+Json EdgeValue(const Field& field, bool high) {
+    switch (field.kind) {
+        case FieldKind::kByte: return high ? 255 : 1;
+        case FieldKind::kShort: return high ? std::numeric_limits<std::int16_t>::max() : -32768;
+        case FieldKind::kLong: return high ? std::numeric_limits<std::int32_t>::max() : -2147483648LL;
+        case FieldKind::kFloat: return high ? 3.5e38 / 2 : -0.1;
+        case FieldKind::kDouble: return high ? std::numeric_limits<double>::max() : -5e-324;
+        case FieldKind::kText: return std::string(high ? field.room : 1, 'Z');
+    }
+    return nullptr;
+}
+
+TEST(JsonRecord, EveryFieldOfEveryRecordComesBackAtItsEdges) {
+    for (const RecordTable* table : AllTables()) {
+        for (const bool high : {false, true}) {
+            SCOPED_TRACE(table->name);
+            Json object = Json::object();
+            for (const Field& field : table->fields) {
+                if (!field.neverWritten) object[std::string(field.name)] = EdgeValue(field, high);
+            }
+            std::vector<char> record(table->size);
+            EncodeRecord(*table, object, record.data());
+            EXPECT_EQ(Written(DecodeRecord(*table, record.data())), Written(object));
+        }
+    }
+}
+
+TEST(JsonRecord, NothingIsShownOfDefaultsAndTimeStamps) {
+    for (const RecordTable* table : AllTables()) {
+        std::vector<char> record(table->size);
+        EncodeRecord(*table, Json::object(), record.data());
+        EXPECT_EQ(Written(DecodeRecord(*table, record.data())), "{}") << table->name;
+    }
+    tagAdminErrMessage error{};
+    error.timeStamp = 1763695800;
+    EXPECT_EQ(Written(DecodeRecord(error)), "{}");
+}
+
+TEST(JsonRecord, ALimitOfZeroIsShownAndNoLimitIsNot) {
+    BKSurveillanceLimitDefTag row{};
+    EncodeRecord(Json{{"turnoverLimit", 0}, {"marginLimit", -1.0}}, row);
+    EXPECT_EQ(Written(DecodeRecord(row)), R"({"turnoverLimit":0})");
+}
+
+TEST(JsonRecord, BytesFromTheLibraryNeverBreakAnAnswer) {
+    BKExposureTag row{};
+    row.mtmValue = std::nan("");
+    row.openPositionValue = -std::numeric_limits<double>::infinity();
+    row.contract.symbol[0] = '\xC3';  // the first half of a character
+    std::fill(std::begin(row.levelCode), std::end(row.levelCode), 'L');
+    EXPECT_EQ(Written(DecodeRecord(row)),
+              "{\"levelCode\":\"LLLLLL\",\"symbol\":\"\xEF\xBF\xBD\",\"openPositionValue\":null,\"mtmValue\":null}");
+}
+
+TEST(JsonRecord, ArraysAndShortFractions) {
+    struct [[gnu::packed]] Scan {
+        char host0[3];
+        float risk[3];
+    };
+    static constexpr std::array kFields{MakeField<decltype(Scan::risk)>("risk", offsetof(Scan, risk))};
+    static constexpr RecordTable kTable{"Scan", sizeof(Scan), kFields};
+    const auto roundTrip = [](const Json& object) {
+        Scan record{};
+        EncodeRecord(kTable, object, reinterpret_cast<char*>(&record));
+        return Written(DecodeRecord(kTable, reinterpret_cast<const char*>(&record)));
+    };
+    EXPECT_EQ(roundTrip({{"risk", {0, -0.1, 1e10}}}), R"({"risk":[0,-0.1,1e+10]})");
+    EXPECT_EQ(roundTrip({{"risk", {0, 0, 0}}}), "{}");
+    EXPECT_THROW(roundTrip({{"risk", {1, 2}}}), ScriptError);
+    EXPECT_THROW(roundTrip({{"risk", {1, 2, 1e39}}}), ScriptError);
+}
+
+TEST(JsonRecord, DoublesTakeTheirShortestForm) {
+    const struct {
+        double number;
+        const char* text;
+    } cases[] = {{252010, "252010"},
+                 {0.1, "0.1"},
+                 {1e21, "1e+21"},
+                 {88118333.33333333, "88118333.33333333"},
+                 {-2.5, "-2.5"},
+                 {5e-324, "5e-324"},
+                 {9007199254740993.0, "9007199254740992"}};
+    for (const auto& c : cases) EXPECT_EQ(Written(c.number), c.text);
+}
+
+TEST(JsonRecord, RefusesWhatAFieldCannotHold) {
+    const struct {
+        const char* object;
+        const char* complaint;
+    } cases[] = {
+        {R"({"prise":1})", "tagOrderRequest has no field \"prise\""},
+        {R"({"host9":1})", "tagOrderRequest has no field \"host9\""},
+        {R"({"price":2147483648})", "\"price\": 2147483648 is not between -2147483648 and 2147483647"},
+        {R"({"price":18446744073709551615})",
+         "\"price\": 18446744073709551615 is not between -2147483648 and 2147483647"},
+        {R"({"buySell":-32769})", "\"buySell\": -32769 is not between -32768 and 32767"},
+        {R"({"orderFlags":256})", "\"orderFlags\": 256 is not between 0 and 255"},
+        {R"({"price":1.0})", "\"price\" must be a whole number"},
+        {R"({"price":"1"})", "\"price\" must be a whole number"},
+        {R"({"price":null})", "\"price\" must be a whole number"},
+        {R"({"symbol":7})", "\"symbol\" must be a text"},
+        {R"({"symbol":"ABCDEFGHIJKLM"})", "\"symbol\": a text of 13 bytes does not fit in 12"},
+        {R"({"symbol":"ÀÀÀÀÀÀÀ"})", "\"symbol\": a text of 14 bytes does not fit in 12"},
+        {R"({"clientAccount":"ABCDEFGHIJKLM"})", "\"clientAccount\": a text of 13 bytes does not fit in 12"},
+        {R"({"accountText":"0123456789abcdefg"})", "\"accountText\": a text of 17 bytes does not fit in 16"},
+        {R"({"clientCategory":"NR"})", "\"clientCategory\": a text of 2 bytes does not fit in 1"},
+        {R"({"symbol":"A\u0000B"})", "\"symbol\" holds a zero character"},
+    };
+    for (const auto& c : cases) {
+        tagOrderRequest order{};
+        try {
+            EncodeRecord(ParseLine(c.object), order);
+            ADD_FAILURE() << c.object << " was taken";
+        } catch (const ScriptError& error) {
+            EXPECT_STREQ(error.what(), c.complaint);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace survhost

@@ -1,0 +1,97 @@
+#include "replay.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "script_error.h"
+
+namespace survhost {
+namespace {
+
+/// Plays a script and gives its answers; the complaint goes to `complaint`.
+std::string Play(const std::string& script, std::string* complaint = nullptr) {
+    std::istringstream in(script);
+    std::ostringstream out;
+    AnswerWriter writer(out);
+    Replay replay({&writer});
+    try {
+        replay.Play(in, "day.jsonl");
+    } catch (const RunError& error) {
+        if (complaint) *complaint = error.what();
+    }
+    return out.str();
+}
+
+TEST(Replay, AFaultyLineIsNamedAndEarlierAnswersStand) {
+    const struct {
+        const char* line;
+        const char* complaint;
+    } cases[] = {
+        {R"({"call":"GetTransactionLogList")", "broken JSON at column 32: syntax error"},
+        {R"({"call":"GetTransactionLogList"} {})", "broken JSON at column 34: syntax error"},
+        {"{\"call\":\"DownloadSurvInfo\",\"code\":\"\xFF\"}", "broken JSON at column 36: syntax error"},
+        {R"({"call":"ComputeMTMOnOrOff","mode":1e999})", "broken JSON: number overflow"},
+        {R"([1])", "a line must hold one JSON object"},
+        {R"({"now":1})", "\"call\" must name an exported function"},
+        {R"({"call":"ComputeMTM"})", "unknown call \"ComputeMTM\""},
+        {R"({"call":"@clock"})", "\"now\" is missing"},
+        {R"({"call":"@clock","now":1.5})", "\"now\" must be a whole number"},
+        {R"({"call":"ComputeMTMOnOrOff","mode":1,"mode":2})", "\"mode\" stands twice in one object"},
+        {R"({"call":"ComputeMTMOnOrOff","mask":1})", "ComputeMTMOnOrOff has no argument \"mask\""},
+        {R"({"call":"ComputeMTMOnOrOff","mode":40000})", "\"mode\": 40000 is not between -32768 and 32767"},
+        {R"({"call":"DownloadSurvInfo","code":1})", "\"code\" must be a text"},
+        {R"({"call":"InitializeSurvManager","form":"brief"})", "\"form\" must be \"long\" or \"short\""},
+        {R"({"call":"InitializeSurvManager","limitList":{}})", "\"limitList\" must be an array"},
+        {R"({"call":"InitializeSurvManager","limitList":[{},{"mask":1}]})",
+         "limitList[1]: BKSurveillanceLimitDefTag has no field \"mask\""},
+        {R"({"call":"AddSurvLimits"})", "\"limit\" is missing"},
+        {R"({"call":"AddSurvLimits","limit":[]})", "limit: a BKSurveillanceLimitDefTag must be an object"},
+        {R"({"call":"GetAllSurveillancePositions","want":["rows"]})", "\"want\" knows no \"rows\""},
+        {R"({"call":"ClientPositionPresentFromDLL","texts":["a"]})", "\"texts\" must be an array of 4"},
+        {R"({"call":"CheckSurveillance","order":{}})", "\"request\" is missing"},
+        {R"({"call":"CheckSurveillance","request":{"messageCode":2000}})", "message code 2000 needs \"order\""},
+        {R"({"call":"CheckSurveillance","request":{"messageCode":5440},"tradeCorrection":{},"order":{}})",
+         "message code 5440 takes no \"order\""},
+        {R"({"call":"CheckSurveillance","request":{"messageCode":2000,"levelMarginFlags":128},"order":{}})",
+         "bit 7 of \"levelMarginFlags\" is set, but \"orderInfo\" is missing"},
+        {R"({"call":"UpdateSurveillance","request":{"messageCode":2222,"requestFlags":1},"trade":{}})",
+         "bit 0 of \"requestFlags\" is set, but no \"trade\" follows"},
+    };
+    const std::string good = "# a comment\n\n{\"call\":\"GetTransactionLogList\"}\r\n";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::string complaint;
+        const std::string answers = Play(good + c.line + "\n" + good, &complaint);
+        EXPECT_EQ(answers, "{\"call\":\"GetTransactionLogList\",\"result\":null}\n");
+        EXPECT_TRUE(complaint.starts_with(std::string("day.jsonl:4: ") + c.complaint)) << complaint;
+        EXPECT_EQ(complaint.find('\n'), std::string::npos);
+    }
+}
+
+TEST(Replay, AnUnreadableFileIsRefusedBeforeAnyIsPlayed) {
+    struct Counter : Observer {
+        void OnCall(const Played&) override { ++calls; }
+        void OnProgress(std::size_t) override { ++calls; }
+        int calls = 0;
+    } counter;
+    Replay replay({&counter});
+    const std::string readable = SURVEILLANCE_SOURCE_DIR "/tests/replay/worked_example.jsonl";
+    for (const char* unreadable : {"no such file", "/"}) {
+        EXPECT_THROW(replay.PlayFiles({readable, unreadable}), RunError) << unreadable;
+    }
+    EXPECT_EQ(counter.calls, 0);
+}
+
+TEST(Replay, TextsForTheWindowBelongToTheCallThatSentThem) {
+    EXPECT_EQ(
+        Play(R"({"call":"CleanupSurvManager"}
+{"call":"SetOrderBasedPosition","value":0}
+)"),
+        R"({"call":"CleanupSurvManager","notifications":["Cleanup Failed !!!. Surveillance Manager was not initialized."]}
+{"call":"SetOrderBasedPosition","result":0}
+)");
+}
+
+}  // namespace
+}  // namespace survhost

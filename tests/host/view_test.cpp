@@ -1,0 +1,114 @@
+// What people are shown: the wrong word for a refusal, or a limit in the wrong unit, misleads where numbers can't.
+
+#include <gtest/gtest.h>
+
+#include "order_view.h"
+#include "pretty.h"
+#include "summary.h"
+#include "text_format.h"
+
+namespace survhost {
+namespace {
+
+OrderView ViewOf(const char* line, const char* answer) {
+    const Json script = ParseLine(line);
+    const Json given = ParseLine(answer);
+    return ViewOrder({script, given, std::nullopt}).value();
+}
+
+TEST(OrderView, RefusalsOfOneRuleShareItsName) {
+    const struct {
+        const char* text;
+        const char* rule;
+    } cases[] = {
+        {"|Order failed Max. Single Transaction Qty Check where the limit is 500 and current value is 1000  of ",
+         "Max. Single Transaction Qty"},
+        {"C1|Order failed Gross Exposure check where the limit is 1.00, prev. utilized was 0.00 of Futures ( "
+         "NSE-Daily) of ",
+         "Gross Exposure"},
+        {"C1|Gross Exposure Limit exceeded of ", "Gross Exposure"},
+        {"C1|Limits not Set or Invalid Client Code : C1 ", "Limits not Set or Invalid Client Code"},
+        {"Only Square Off Orders allowed - User is in SquareOff mode", "Only Square Off Orders allowed"},
+        {"", ""},
+    };
+    for (const auto& c : cases) {
+        const Json answer{{"result", 0}, {"status", -312}, {"errorText", c.text}};
+        std::string text;
+        WriteJson(answer, text);
+        EXPECT_EQ(ViewOf(R"({"call":"CheckSurveillance","request":{},"order":{}})", text.c_str()).rule, c.rule);
+    }
+}
+
+TEST(OrderView, NamesTheLevelThatRefused) {
+    const struct {
+        const char* code;
+        int type;
+        const char* level;
+    } cases[] = {{"S1", 7, "sub client"},
+                 {"C1", 2, "client"},
+                 {"F1", 8, "family"},
+                 {"D1", 0, "dealer"},
+                 {"G1", 5, "group"},
+                 {"-", -1, "house"},
+                 {"D1", -1, "ahead of the levels"}};
+    for (const auto& c : cases) {
+        std::string text;
+        WriteJson({{"result", 0}, {"status", -312}, {"failedLevelCode", c.code}, {"failedLevelType", c.type}}, text);
+        const char* line = R"({"call":"CheckSurveillance","request":{"groupCode":"G1","groupType":5,"dealerCode":"D1",
+            "familyCode":"F1","clientCode":"C1","clientType":2,"subClientCode":"S1","subClientType":7},"order":{}})";
+        EXPECT_EQ(ViewOf(line, text.c_str()).level, c.level);
+    }
+}
+
+TEST(Pretty, AnOrderIsOneLine) {
+    const Json line = ParseLine(
+        R"({"call":"CheckSurveillance","request":{"messageCode":2000,"groupCode":"G1","dealerCode":"D1","clientCode":"C1",
+            "clientType":2},"order":{"symbol":"NIFTY","expiryDate":1437696000,"strikePrice":2415050,"optionType":"CE",
+            "buySell":2,"quantity":150000,"price":12345678,"productType":1}})");
+    const Json answer = ParseLine(
+        R"({"call":"CheckSurveillance","result":0,"status":-312,"errorCode":-206,"failedLevelCode":"C1","failedLevelType":2,
+            "errorText":"C1|Max. Single Transaction Qty. exceeded of "})");
+    EXPECT_EQ(PrettyLine({line, answer, std::nullopt}, Painter(false)),
+              "          order        margin       sell  1,50,000 @  1,23,456.78  NIFTY 23JUL25 24150.5CE    G1/D1/C1"
+              "          REFUSED [-206, client C1]  Max. Single Transaction Qty. exceeded");
+}
+
+TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
+    const struct {
+        const char* row;
+        const char* limit;
+        double share;
+    } cases[] = {
+        {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300})", "gross exposure", 0.25},
+        {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300,"limitOptions":8})", "gross exposure",
+         0.75},
+        {R"({"netPositionLimit":400,"usedMaxNetPosition":-200})", "net position", 0.5},
+        {R"({"mtmLossLimit":400,"usedMtm":-100})", "mark to market", 0.25},
+        {R"({"marginLimit":40000,"usedMarginMax":300})", "margin", 0.75},
+        {R"({"turnoverLimit":0,"usedMaxTurnover":1})", "turnover", std::numeric_limits<double>::infinity()},
+    };
+    for (const auto& c : cases) {
+        const auto uses = LimitUses(ParseLine(c.row));
+        ASSERT_EQ(uses.size(), 1u) << c.row;
+        EXPECT_EQ(uses[0].limit, c.limit);
+        EXPECT_DOUBLE_EQ(uses[0].share, c.share);
+    }
+    EXPECT_TRUE(LimitUses(ParseLine(R"({"mtmLossLimit":400,"usedMtm":100,"usedMaxGross":9})")).empty());
+}
+
+TEST(TextFormat, GroupsRupeesByLakhAndCrore) {
+    const struct {
+        double paise;
+        const char* text;
+    } cases[] = {{0, "0.00"},
+                 {99999, "999.99"},
+                 {-100000, "-1,000.00"},
+                 {12345678, "1,23,456.78"},
+                 {1e11, "1,00,00,00,000.00"},
+                 {std::nan(""), "-"}};
+    for (const auto& c : cases) EXPECT_EQ(Rupees(c.paise), c.text);
+    EXPECT_EQ(Grouped(std::numeric_limits<std::int64_t>::min()), "-92,23,37,20,36,85,47,75,808");
+}
+
+}  // namespace
+}  // namespace survhost
