@@ -14,6 +14,13 @@ function(surveillance_warnings target)
     endif()
 endfunction()
 
+# Tests and the reference host are built for a quick build; the library they drive is optimised as the build type says.
+function(surveillance_quick_build target)
+    if(NOT SURVEILLANCE_SANITIZE)
+        target_compile_options(${target} PRIVATE -O1)
+    endif()
+endfunction()
+
 # surveillance_sources(FILE...): sources of the library.
 function(surveillance_sources)
     target_sources(surveillance_objects PRIVATE ${ARGN})
@@ -24,6 +31,7 @@ function(surveillance_object_library name)
     if(ARGN)
         add_library(${name} OBJECT ${ARGN})
         surveillance_warnings(${name})
+        surveillance_quick_build(${name})
     endif()
 endfunction()
 
@@ -32,6 +40,7 @@ function(surveillance_test_executable target folder)
     cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${target} ${arg_SOURCES})
     surveillance_warnings(${target})
+    surveillance_quick_build(${target})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
     target_compile_definitions(${target} PRIVATE SURVEILLANCE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(${target} TEST_PREFIX ${folder}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60

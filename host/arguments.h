@@ -27,10 +27,13 @@ class RowList {
         ForgetRows(list_);
     }
 
+    /// Rows are made one by one, since whoever owns them deletes them one by one.
     void Add(std::unique_ptr<Row> row) { list_.AddTail(row.release()); }
+    /// Told after a call that kept the rows it was handed.
     void SetOwner(Owner owner) { owner_ = owner; }
     [[nodiscard]] CPtrList* Get() { return &list_; }
 
+    /// The rows as an array of objects. Live rows must be decoded before the next call.
     [[nodiscard]] Json Decode() const {
         Json rows = Json::array();
         for (CPtrList::Position at = list_.GetHeadPosition(); at;) {
@@ -51,6 +54,8 @@ class Arguments {
     /// `known`: the names that the call takes, parted by blanks. Any other key of the line but "call" is refused.
     Arguments(const Json& line, std::string_view known);
 
+    // Each reader complains of a value that isn't of its kind, and asserts that the call table names the argument.
+
     [[nodiscard]] bool Has(std::string_view name) const { return Find(name) != nullptr; }
     [[nodiscard]] std::int16_t Short(std::string_view name) const { return Number<std::int16_t>(name); }
     [[nodiscard]] std::int32_t Long(std::string_view name) const { return Number<std::int32_t>(name); }
@@ -60,6 +65,7 @@ class Arguments {
     /// The elements of an array of texts; empty when left out.
     [[nodiscard]] std::vector<std::string> Texts(std::string_view name) const;
 
+    /// A record with every field that the line leaves out at its default.
     template <class RecordType>
     [[nodiscard]] RecordType Record(std::string_view name) const {
         RecordType record{};
@@ -94,7 +100,9 @@ class Arguments {
         return value ? WholeNumber<Value>(*value, name) : Value{0};
     }
     [[nodiscard]] const Json* FindArray(std::string_view name) const;
+    /// "limitList[3]", for complaints.
     static std::string ElementName(std::string_view name, std::size_t index);
+    /// Puts the argument's name ahead of a complaint about one of its fields.
     static void Encode(const RecordTable& table, const Json& object, std::string_view name, char* record);
 
     const Json& line_;

@@ -21,6 +21,7 @@ void RefuseRows(const Arguments& arguments, std::string_view name) {
     }
 }
 
+/// Whether the rows handed in are the library's afterwards depends on the settings before and after the call.
 void CallInitialize(Session& session, const Arguments& arguments, Json& answer) {
     const std::string form = arguments.Has("form") ? arguments.Text("form") : "long";
     if (form != "long" && form != "short") throw ScriptError("\"form\" must be \"long\" or \"short\"");
@@ -31,7 +32,7 @@ void CallInitialize(Session& session, const Arguments& arguments, Json& answer) 
     arguments.AddRows("exposureList", positions);
     CPtrList none[3];
     const std::int16_t marginMode = arguments.Short("rpfMarginMode");
-    const bool refused = session.Started();  // and then nothing is stored and no row is taken
+    const bool refused = session.Started();  // nothing is stored then, and no row is taken
 
     short result = 0;
     if (form == "short") {
@@ -54,11 +55,13 @@ void CallInitialize(Session& session, const Arguments& arguments, Json& answer) 
     answer["result"] = result;
 }
 
+/// Returns nothing, so its answer has no result.
 void CallCleanup(Session& session, const Arguments&, Json&) {
     ::CleanupSurvManager();
     session.SetStarted(false);
 }
 
+/// Its two lists are ignored, so the script doesn't give them.
 void CallUpdateExposure(Session&, const Arguments& arguments, Json& answer) {
     CPtrList limits;
     CPtrList positions;
@@ -70,6 +73,7 @@ void CallSetOrderBased(Session& session, const Arguments& arguments, Json& answe
     session.SetOrderBased(arguments.Short("value"));
 }
 
+/// There is no log: null.
 void CallTransactionLog(Session&, const Arguments&, Json& answer) {
     const CPtrList* log = ::GetTransactionLogList();
     answer["result"] = log ? Json(log->GetCount()) : Json(nullptr);
@@ -78,6 +82,7 @@ void CallTransactionLog(Session&, const Arguments&, Json& answer) {
 // ---------------------------------------------------------------------------------------------------------------
 // Accounts and limits
 
+/// The raw record carries the message code, so it must be there whichever record is read.
 void CallGetClientCode(Session&, const Arguments& arguments, Json& answer) {
     const auto order = arguments.Record<tagOrderRequest>("order");
     const auto stored = arguments.Has("orderInfo") ? arguments.Record<tagOrderInfo>("orderInfo") : tagOrderInfo{};
@@ -87,6 +92,7 @@ void CallGetClientCode(Session&, const Arguments& arguments, Json& answer) {
     Put(answer, "text", std::string(TextIn(text.data(), text.size())));
 }
 
+/// Add, change and remove: one limit row in, an error record out.
 template <auto Function>
 void CallOnLimit(Session&, const Arguments& arguments, Json& answer) {
     auto limit = arguments.Record<BKSurveillanceLimitDefTag>("limit");
@@ -95,6 +101,7 @@ void CallOnLimit(Session&, const Arguments& arguments, Json& answer) {
     PutError(answer, error);
 }
 
+/// The row found is written over the one that asked.
 void CallGetLimit(Session&, const Arguments& arguments, Json& answer) {
     auto limit = arguments.Record<BKSurveillanceLimitDefTag>("limit");
     const short result = ::GetSurveillancePositions(&limit);
@@ -102,6 +109,7 @@ void CallGetLimit(Session&, const Arguments& arguments, Json& answer) {
     if (result == 0) answer["limit"] = DecodeRecord(limit);
 }
 
+/// The pointer is into the library's store: decoded at once, never freed.
 void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
     BKSurveillanceLimitDefTag* limit = nullptr;
     answer["result"] = ::GetSurvPositions(arguments.Buffer("entityCode").data(), arguments.Short("limitMask"),
@@ -112,6 +120,7 @@ void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
 // ---------------------------------------------------------------------------------------------------------------
 // Preferences
 
+/// The records are copied, so the list stays the host's.
 void CallInitializePreferences(Session&, const Arguments& arguments, Json& answer) {
     PreferenceRows preferences;
     arguments.AddRows("preferences", preferences);
@@ -119,6 +128,7 @@ void CallInitializePreferences(Session&, const Arguments& arguments, Json& answe
     answer["result"] = ::InitializeClientPreferencesInfo(preferences.Get(), &reserved);
 }
 
+/// The library may turn a bit of the caller's record.
 void CallAddPreference(Session&, const Arguments& arguments, Json& answer) {
     auto preference = arguments.Record<tagClientRiskPreferenceInfoForSurv>("preference");
     const std::uint8_t before = preference.marginFlags;
@@ -126,6 +136,7 @@ void CallAddPreference(Session&, const Arguments& arguments, Json& answer) {
     if (preference.marginFlags != before) Put(answer, "marginFlags", preference.marginFlags);
 }
 
+/// The list gets the library's own records.
 void CallGetPreferences(Session&, const Arguments& arguments, Json& answer) {
     PreferenceRows preferences(PreferenceRows::Owner::kLibrary);
     answer["result"] = ::GetClientPreferencesInfo(arguments.Long("scope"), arguments.Buffer("code").data(),
@@ -172,6 +183,7 @@ void CallPositionPresent(Session&, const Arguments& arguments, Json& answer) {
         ::ClientPositionPresentFromDLL(texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data());
 }
 
+/// The two dumps: a half that isn't wanted is asked for with no list.
 template <auto Function>
 void CallDump(Session& session, const Arguments& arguments, Json& answer) {
     bool wantLimits = !arguments.Has("want");
@@ -199,6 +211,7 @@ void CallDownload(Session& session, const Arguments& arguments, Json& answer) {
 using Limit = BKSurveillanceLimitDefTag;
 using Error = tagAdminErrMessage;
 
+// In the order of the library's header. A row without a function is a call whose records have no table so far.
 constexpr std::array kCalls{
     Call{"InitializeSurvManager",
          "form limitList exposureList rpfMarginMode limitDetailMessages mtmMode positionMode featureBits securityList "

@@ -1,7 +1,12 @@
 #pragma once
 
-// The exported functions as data: a name, the names of its arguments, and the few lines that make the call. To add a
-// call, add its row to the table in call_table.cpp.
+// The exported functions as data: a name, the names of its arguments, and the few lines that make the call.
+//
+// To add a call, add its row to the table in call_table.cpp, with a function of a few lines that
+//   1. takes the arguments (Short, Long, Text, Record, AddRows; a RowList frees what is the host's at its end),
+//   2. sets answer["result"] first, unless the function returns nothing,
+//   3. adds the outputs by Put, which leaves out what is at its default.
+// Texts for the window join the answer by themselves.
 
 #include <string_view>
 

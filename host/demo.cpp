@@ -11,6 +11,7 @@
 #include "pretty.h"
 #include "replay.h"
 #include "summary.h"
+#include "surveillance/codes.h"
 
 namespace survhost {
 namespace {
@@ -23,9 +24,9 @@ class House : public Observer {
         if (played.now) last_ = played.now;
         const std::string call = TextAt(played.line, "call");
         if (call == "InitializeSurvManager" && played.line.contains("limitList")) {
-            limitRows_ += played.line["limitList"].size();
+            for (const Json& row : played.line["limitList"]) CountLimit(row);
         } else if (call == "AddSurvLimits") {
-            ++limitRows_;
+            CountLimit(played.line["limit"]);
         } else if (call == "CheckSurveillance" || call == "UpdateSurveillance") {
             CountOrder(call, played.line);
         }
@@ -34,34 +35,48 @@ class House : public Observer {
     void Print(std::ostream& out, const Painter& painter) const {
         out << painter.Paint(Colour::kBold, "The example day");
         if (first_) out << fmt::format("  {}, {} to {}", DateOf(*first_), TimeOfDay(first_), TimeOfDay(last_));
-        out << fmt::format("\n\n  The house   {} groups, {} dealers, {} clients; {} limit rows\n", Count(groups_),
-                           Count(dealers_), Count(clients_), Grouped(Signed(limitRows_)));
-        out << fmt::format("  The market  {} scrips and contracts\n", Count(scrips_));
-        out << fmt::format("  The day     {} orders and changes; {} trades and other events\n\n",
-                           Grouped(Signed(checks_)), Grouped(Signed(events_)));
+        out << fmt::format("\n\n  The house   {}, {}, {}; {}\n", Count(Limited(groups_), "group"),
+                           Count(Limited(dealers_), "dealer"), Count(Limited(clients_), "client"),
+                           Count(limitRows_, "limit row"));
+        out << fmt::format("  The market  {}\n", Count(scrips_.size(), "scrip"));
+        out << "  The day     " << Count(checks_, "order") << (events_ > 0 ? ", " + Count(events_, "event") : "")
+            << "\n\n";
     }
 
  private:
     using Names = std::set<std::string>;
 
-    static std::int64_t Signed(std::size_t count) { return static_cast<std::int64_t>(count); }
-    template <class Set>
-    static std::string Count(const Set& set) {
-        return Grouped(Signed(set.size()));
+    /// "1 group", "12 groups".
+    static std::string Count(std::size_t count, std::string_view what) {
+        return fmt::format("{} {}{}", Grouped(static_cast<std::int64_t>(count)), what, count == 1 ? "" : "s");
     }
     static void Insert(Names& names, std::string code) {
         if (!code.empty()) names.insert(std::move(code));
     }
 
+    /// Leaves out the codes that orders name and nobody has: a mistyped dealer is no dealer.
+    [[nodiscard]] std::size_t Limited(const Names& named) const {
+        return static_cast<std::size_t>(std::count_if(
+            named.begin(), named.end(), [&](const std::string& code) { return limited_.contains(code); }));
+    }
+
+    void CountLimit(const Json& row) {
+        ++limitRows_;
+        Insert(limited_, TextAt(row, "entityCode"));
+    }
+
+    /// An entity takes part when an order names it; a scrip is a token of an exchange.
     void CountOrder(const std::string& call, const Json& line) {
-        ++(call == "CheckSurveillance" ? checks_ : events_);
+        const bool check = call == "CheckSurveillance";
+        ++(check ? checks_ : events_);
         const Json& request = ObjectAt(line, "request");
         Insert(groups_, TextAt(request, "groupCode"));
         Insert(dealers_, TextAt(request, "dealerCode"));
         Insert(clients_, TextAt(request, "clientCode"));
-        scrips_.insert({LongAt(ObjectAt(line, "order"), "exchangeMask"), LongAt(request, "token")});
+        if (check) scrips_.insert({LongAt(ObjectAt(line, "order"), "exchangeMask"), LongAt(request, "token")});
     }
 
+    Names limited_;  ///< the codes that have limits
     Names groups_;
     Names dealers_;
     Names clients_;
@@ -90,6 +105,7 @@ class Album : public Observer {
 
  private:
     static constexpr std::size_t kSample = 15;
+    static constexpr std::size_t kLeastAccepted = 5;  ///< of a sample, also when there are many kinds of refusal
 
     struct Order {
         OrderView view;
@@ -102,19 +118,19 @@ class Album : public Observer {
         return all;
     }
 
-    /// The first refusal of each rule, filled up with accepted orders spread over the day; in the order of the day.
+    /// The first refusal of each code, and of each rule that shares one with others, but of the hierarchy's one alone;
+    /// filled up with accepted orders spread over the day; in the order of the day.
     [[nodiscard]] std::vector<std::size_t> Sample() const {
-        std::set<std::pair<int, std::string>> rules;
+        std::set<std::pair<int, std::string>> kinds;
         std::vector<std::size_t> shown;
         std::vector<std::size_t> accepted;
         for (std::size_t i = 0; i < orders_.size(); ++i) {
             const OrderView& view = orders_[i].view;
             if (view.outcome == Outcome::kAccepted) accepted.push_back(i);
-            if (view.outcome == Outcome::kRefused && rules.insert({view.errorCode, view.rule}).second) {
-                shown.push_back(i);
-            }
+            const std::string rule = view.errorCode == surv::code::kNoLimits ? "" : view.rule;
+            if (view.outcome == Outcome::kRefused && kinds.insert({view.errorCode, rule}).second) shown.push_back(i);
         }
-        const std::size_t room = kSample - std::min(kSample, shown.size());
+        const std::size_t room = std::max(kLeastAccepted, kSample - std::min(kSample, shown.size()));
         const std::size_t taken = std::min(room, accepted.size());
         for (std::size_t n = 0; n < taken; ++n) shown.push_back(accepted[n * accepted.size() / taken]);
         std::sort(shown.begin(), shown.end());

@@ -45,6 +45,8 @@ std::string ParseComplaint(const Json::exception& error) {
     return fmt::format("broken JSON: {}", end == std::string_view::npos ? text : text.substr(end + 2));
 }
 
+// Fields lie where the record puts them, aligned or not: bytes go in and out by memcpy alone.
+
 template <class Number>
 void Store(char* place, Number number) {
     std::memcpy(place, &number, sizeof number);
@@ -57,6 +59,7 @@ Number Load(const char* place) {
     return number;
 }
 
+/// A whole number will do where a fraction may stand.
 double Fraction(const Json& value, std::string_view name) {
     if (!value.is_number()) throw ScriptError(fmt::format("\"{}\" must be a number", name));
     return value.get<double>();
@@ -70,6 +73,7 @@ float ShortFraction(const Json& value, std::string_view name) {
     return static_cast<float>(number);
 }
 
+/// Writes one value at `place`. The rest of a text's field stays zero.
 void EncodeElement(const Field& field, const Json& value, char* place) {
     switch (field.kind) {
         case FieldKind::kByte: return Store(place, WholeNumber<std::uint8_t>(value, field.name));
@@ -79,12 +83,13 @@ void EncodeElement(const Field& field, const Json& value, char* place) {
         case FieldKind::kDouble: return Store(place, Fraction(value, field.name));
         case FieldKind::kText: {
             const std::string text = TextOf(value, field.name, field.room);
-            std::memcpy(place, text.data(), text.size());
+            text.copy(place, text.size());
             return;
         }
     }
 }
 
+/// An array is given whole or not at all.
 void EncodeField(const Field& field, const Json& value, char* record) {
     if (field.count == 1) return EncodeElement(field, value, record + field.offset);
     if (!value.is_array() || value.size() != field.count) {
@@ -108,6 +113,7 @@ double Widened(float number) {
     return wide;
 }
 
+/// JSON has no name for a figure that isn't finite; null says that there is none.
 Json FractionJson(double number) { return std::isfinite(number) ? Json(number) : Json(nullptr); }
 
 Json DecodeElement(const Field& field, const char* place) {
@@ -122,6 +128,7 @@ Json DecodeElement(const Field& field, const char* place) {
     return nullptr;
 }
 
+/// What isn't finite is no default, so it shows.
 bool IsDefault(const Field& field, const Json& value) {
     return field.kind == FieldKind::kText ? value.get_ref<const std::string&>().empty() : value == field.defaultValue;
 }
@@ -141,6 +148,7 @@ std::optional<Json> DecodeField(const Field& field, const char* record) {
     return differs ? std::optional(std::move(array)) : std::nullopt;
 }
 
+/// The standard conversion gives the shortest text that reads back to the same number.
 void WriteNumber(double number, std::string& out) {
     if (!std::isfinite(number)) {
         out += "null";
@@ -150,6 +158,7 @@ void WriteNumber(double number, std::string& out) {
     out.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr);
 }
 
+/// The one place where texts meet UTF-8 on the way out: a cut character must not stop an answer.
 std::string Quoted(const std::string& text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 }  // namespace
@@ -166,6 +175,7 @@ Json ParseLine(std::string_view line) {
 }
 
 void WriteJson(const Json& value, std::string& out) {
+    // The opening bracket stands ahead of the first element as the comma does ahead of the others.
     char separator = value.is_object() ? '{' : '[';
     switch (value.type()) {
         case Json::value_t::object:
@@ -195,6 +205,7 @@ void WriteJson(const Json& value, std::string& out) {
 
 std::int64_t WholeNumber(const Json& value, std::string_view name, std::int64_t least, std::int64_t most) {
     if (!value.is_number_integer()) throw ScriptError(fmt::format("\"{}\" must be a whole number", name));
+    // A number above the signed range would come back negative below.
     const bool beyond = value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(most);
     if (beyond || value.get<std::int64_t>() < least || value.get<std::int64_t>() > most) {
         throw ScriptError(fmt::format("\"{}\": {} is not between {} and {}", name, value.dump(), least, most));

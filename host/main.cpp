@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -66,7 +68,11 @@ void RunReplay(const ReplayOptions& options) {
     summary.Print(out, replay.GetSession(), options.pretty ? painter : survhost::Painter(false));
 }
 
+/// The example day is one of the Indian exchanges: unless the user has a time zone set, it is shown in theirs.
 void RunDemo(const survhost::DemoOptions& options) {
+    constexpr int kKeepTheUsers = 0;
+    ::setenv("TZ", "IST-5:30", kKeepTheUsers);
+    ::tzset();
     survhost::PlayDemo(options, std::cout, survhost::Painter(survhost::WantsColour(STDOUT_FILENO)));
 }
 

@@ -18,6 +18,7 @@ Json ChangedFields(const tagOrderRequest& before, const tagOrderRequest& after) 
 
 }  // namespace
 
+/// What the call may write back (failed level, flags, price) is read from the request that it was given.
 void CallCheckSurveillance(Session& session, const Arguments& arguments, Json& answer) {
     Request request(arguments);
     const std::int16_t probe = arguments.Short("probe");

@@ -17,6 +17,7 @@ struct Named {
     std::string_view name;
 };
 
+/// What a message code says about its order; several codes may say the same.
 constexpr std::array kActions{
     Named{2000, "order"},        Named{2012, "price"}, Named{2040, "change"}, Named{2042, "change undone"},
     Named{2070, "cancel"},       Named{2075, "end"},   Named{2076, "end"},    Named{2150, "order"},
@@ -36,6 +37,7 @@ constexpr std::array kProducts{
     Named{surv::product::kConvertToMargin, "to margin"},
 };
 
+/// Codes of error records, and the one status that comes without a code.
 constexpr std::array kErrors{
     Named{surv::code::kNetPosition, "net position"},
     Named{surv::code::kGrossExposure, "gross exposure"},
@@ -53,6 +55,7 @@ constexpr std::array kErrors{
     Named{surv::status::kNoMarket, "no market price"},
 };
 
+/// Empty for a number that isn't in the table.
 template <std::size_t Count>
 constexpr std::string_view NameOf(const std::array<Named, Count>& names, int number) {
     for (const Named& row : names) {
@@ -76,12 +79,14 @@ constexpr std::array kLevels{
     Level{"groupCode", "groupType", "group"},
 };
 
+constexpr std::string_view kAheadOfLevels = "ahead of the levels";
+
 /// The kind of level that gave the verdict. A refusal ahead of the levels names the dealer, but no level type.
 std::string_view LevelName(const Json& request, const Json& answer) {
     const std::string code = TextAt(answer, "failedLevelCode");
     const int type = LongAt(answer, "failedLevelType");
     if (code == "-") return "house";
-    if (type == -1) return "ahead of the levels";
+    if (type == -1) return kAheadOfLevels;
     for (const Level& level : kLevels) {
         const int own = level.type ? LongAt(request, level.type) : surv::level::kFamily;
         if (TextAt(request, level.code) == code && own == type) return level.name;
@@ -97,6 +102,7 @@ const Json& Subject(const Json& line) {
     return ObjectAt(line, "order");
 }
 
+/// "SCRIP EQ", "NIFTY 27NOV25", "NIFTY 27NOV25 24000CE".
 std::string SymbolText(const Json& record) {
     const std::string symbol = TextAt(record, "symbol");
     const std::int32_t expiry = LongAt(record, "expiryDate");
@@ -106,6 +112,7 @@ std::string SymbolText(const Json& record) {
     return fmt::format("{} {} {:g}{}", symbol, ExpiryText(expiry), strike / 100.0, TextAt(record, "optionType"));
 }
 
+/// "G1/D1/C1", from the top down.
 std::string PathText(const Json& request) {
     std::string path;
     for (const char* name : {"groupCode", "dealerCode", "clientCode", "subClientCode"}) {
@@ -115,6 +122,7 @@ std::string PathText(const Json& request) {
     return path;
 }
 
+/// A correction names its side by a character, the other records by a number.
 std::string SideText(const Json& record) {
     const std::string character = TextAt(record, "buySellCharacter");
     const int side = character.empty() ? LongAt(record, "buySell") : std::atoi(character.c_str());
@@ -133,8 +141,7 @@ std::string RefusalWords(const std::string& text) {
 std::string RuleOf(std::string words) {
     constexpr std::string_view kFailed = "Order failed ";
     if (words.starts_with(kFailed)) words.erase(0, kFailed.size());
-    for (const char* end :
-         {" check", " Check", " where", " Limit exceeded", " exceeded", " (", " :", " - ", " across"}) {
+    for (const char* end : {" check", " Check", " where", " Limit exceeded", " exceeded", " (", " :", " across"}) {
         words.resize(std::min(words.find(end), words.size()));
     }
     words.resize(std::min(words.find_first_of("0123456789"), words.size()));
@@ -148,11 +155,12 @@ Outcome OutcomeOf(const Json& line, const Json& answer) {
     return LongAt(answer, "status") == surv::status::kPass ? Outcome::kAccepted : Outcome::kRefused;
 }
 
+/// REQUIRES: the words of the view are set.
 void DescribeRefusal(const Played& played, OrderView& view) {
     const bool noMarket = LongAt(played.answer, "status") == surv::status::kNoMarket;
     view.errorCode = noMarket ? surv::status::kNoMarket : LongAt(played.answer, "errorCode");
     view.level = LevelName(ObjectAt(played.line, "request"), played.answer);
-    view.levelCode = TextAt(played.answer, "failedLevelCode");
+    if (view.level != kAheadOfLevels) view.levelCode = TextAt(played.answer, "failedLevelCode");
     view.rule = noMarket ? std::string(ErrorName(view.errorCode)) : RuleOf(view.words);
 }
 

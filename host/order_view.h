@@ -31,7 +31,7 @@ struct OrderView {
     Outcome outcome = Outcome::kNotDone;
     int errorCode = 0;
     std::string level;      ///< the kind of level that refused: "client"
-    std::string levelCode;  ///< and its code
+    std::string levelCode;  ///< and its code; empty for a refusal ahead of the levels
     std::string rule;       ///< the rule that refused, the same for all its figures: "Gross Exposure"
     std::string words;      ///< the refusal, or why the call failed
 };

@@ -9,6 +9,7 @@
 namespace survhost {
 namespace {
 
+/// Words as they follow a verdict.
 std::string Behind(const std::string& words) { return words.empty() ? "" : "  " + words; }
 
 /// Empty for a message that comes without a record.
@@ -63,6 +64,7 @@ std::string Result(const Json& answer, const Painter& painter) {
     return result->dump();
 }
 
+/// The call with its arguments, what it returned, what it gave out and what it said.
 std::string PrettyCall(const Played& played, const Painter& painter) {
     std::string text = fmt::format("{}  {}", TimeOfDay(played.now), TextAt(played.line, "call"));
     for (const auto& [name, value] : played.line.items()) {
@@ -81,7 +83,7 @@ std::string PrettyCall(const Played& played, const Painter& painter) {
 }  // namespace
 
 std::string PrettyOrder(const OrderView& order, std::optional<std::int64_t> now, const Painter& painter) {
-    return fmt::format("{}  {:<12} {:<12} {:<4} {:>24}  {:<26} {:<17} {}", TimeOfDay(now), order.action, order.product,
+    return fmt::format("{}  {:<12} {:<12} {:<4} {:>24}  {:<24} {:<22} {}", TimeOfDay(now), order.action, order.product,
                        order.side, QuantityAtPrice(order), order.symbol, order.path, Verdict(order, painter));
 }
 

@@ -119,6 +119,7 @@ constexpr auto kLimitRow = [] {
     using R = BKSurveillanceLimitDefTag;
     constexpr int kNone = -1;
     return std::array{
+        FIELD(messageCode),
         FIELD(messageKind),
         FIELD(rowStamp),
         FIELD(entityCode),

@@ -1,8 +1,18 @@
 #pragma once
 
 // The boundary's records as data. A record is described by one table of its fields; encoding, decoding and the
-// strictness of both are the same code for all (json_record.h). To add a record, write its table in record_table.cpp,
-// name it there in RECORD and AllTables, and declare its TableOf below.
+// strictness of both are the same code for all (json_record.h).
+//
+// To add a record tagX:
+//   1. record_table.cpp: its table. R is the record, FIELD takes place, kind and width from it, and what a script needs
+//      to know besides is said behind:
+//          constexpr auto kX = [] {
+//              using R = tagX;
+//              return std::array{FIELD(token), FIELD(limit).Default(-1), FIELD(account).Unterminated()};
+//          }();
+//      A block inside the record joins as At(offsetof(R, block), kBlock), with Join around the parts.
+//   2. There too: RECORD(tagX, kX), and a line in AllTables, by which the tests hold the table against the header.
+//   3. Below: the declaration of its TableOf.
 
 #include <cstddef>
 #include <cstdint>

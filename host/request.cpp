@@ -13,6 +13,7 @@ namespace {
 constexpr std::uint8_t kStoredOrderFollows = 0x80;  ///< levelMarginFlags
 constexpr std::uint8_t kTradeFollows = 0x01;        ///< requestFlags
 
+/// How the first record of the variable part is called in a script, and what it is.
 struct PrimaryForm {
     surv::PrimaryRecord kind;
     std::string_view argument;
@@ -58,6 +59,7 @@ const tagOrderRequest* Request::Order() const {
     return hasOrder_ ? reinterpret_cast<const tagOrderRequest*>(bytes_.data() + sizeof(tagSurveillanceInfo)) : nullptr;
 }
 
+/// A fresh buffer each time: a vector that grew would own bytes behind the last record.
 std::size_t Request::Append(const Arguments& arguments, const RecordTable& table, std::string_view name) {
     const std::size_t place = bytes_.size();
     std::vector<char> longer(place + table.size);
@@ -67,6 +69,7 @@ std::size_t Request::Append(const Arguments& arguments, const RecordTable& table
     return place;
 }
 
+/// REQUIRES: the head stands, since it holds the message code.
 void Request::AppendPrimary(const Arguments& arguments) {
     const std::int16_t code = Head()->messageCode;
     const PrimaryForm* primary = FindPrimary(code, arguments);
@@ -81,6 +84,8 @@ void Request::AppendPrimary(const Arguments& arguments) {
     TakeExchangeMask(arguments, primary->table(), record);
 }
 
+/// The library reads the mask of the head in some tests and that of the record in others; they differ only if the
+/// script says so.
 void Request::TakeExchangeMask(const Arguments& arguments, const RecordTable& table, std::size_t record) {
     if (arguments.Need("request").contains("exchangeMask")) return;
     const std::size_t offset = table.Find("exchangeMask")->offset;
@@ -88,6 +93,7 @@ void Request::TakeExchangeMask(const Arguments& arguments, const RecordTable& ta
                 sizeof(std::int16_t));
 }
 
+/// A flag without its record would make the library read beyond the request.
 void Request::AppendStoredOrder(const Arguments& arguments) {
     if (arguments.Has("orderInfo")) {
         Append(arguments, TableOf<tagOrderInfo>(), "orderInfo");

@@ -20,6 +20,7 @@ void Session::SetClock(std::int64_t now) {
 
 std::vector<std::string> Session::TakeNotifications() { return std::exchange(notifications_, {}); }
 
+/// The text is good only during the call, so it is copied.
 void Session::Receive(void* session, unsigned /*message*/, unsigned /*wParam*/, const char* text) {
     static_cast<Session*>(session)->notifications_.emplace_back(text ? text : "");
 }

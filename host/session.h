@@ -11,6 +11,7 @@ namespace survhost {
 /// to know whose a row is. The library is one for the process, so there is one session at a time.
 class Session {
  public:
+    /// Opens the window: from here on the texts of the library are kept.
     Session();
     ~Session();
     Session(const Session&) = delete;
@@ -24,7 +25,9 @@ class Session {
     /// The texts sent to the window since the last call of this.
     [[nodiscard]] std::vector<std::string> TakeNotifications();
 
-    // The settings that decide about rows, as the calls leave them.
+    // The settings that decide whose a row is, as the calls leave them.
+
+    /// A start that is refused because the library runs already changes nothing and takes no row.
     [[nodiscard]] bool Started() const { return started_; }
     void SetStarted(bool started) { started_ = started; }
     void SetPositionMode(std::int16_t mode) { positionMode_ = mode; }

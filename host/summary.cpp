@@ -23,6 +23,7 @@ struct LimitKind {
     Measure measure;
 };
 
+/// The limits that a row keeps a running figure for. Limits on a single order have none.
 constexpr std::array kLimitKinds{
     LimitKind{"gross exposure", "grossExposureLimit", "usedMaxGross", "grossUsedMaxGross", Measure::kPlain},
     LimitKind{"net exposure", "netExposureLimit", "usedMaxNet", "grossUsedMaxNet", Measure::kPlain},
@@ -36,6 +37,7 @@ constexpr std::array kLimitKinds{
 
 constexpr int kGrossBasis = 8;  ///< limitOptions
 
+/// The figure in paise, with the sign by which it eats up its limit.
 double UsedPaise(Measure measure, double figure) {
     switch (measure) {
         case Measure::kPlain: return figure;
@@ -133,6 +135,7 @@ void Summary::PrintLimits(std::ostream& out, Session& session, const Painter& pa
         out << "  the library is not running at the end of the script\n";
         return;
     }
+    // The rows come by the same road as a script's, so that live rows are treated alike.
     const Json dump = RunCall(session, {{"call", "GetAllSurveillancePositions"}, {"want", Json::array({"limits"})}});
     std::vector<LimitUse> uses;
     for (const Json& row : dump.value("limits", Json::array())) {

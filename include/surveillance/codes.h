@@ -63,22 +63,19 @@ constexpr bool SegmentsAreDense() {
 }  // namespace detail
 static_assert(detail::SegmentsAreDense(), "one row per segment, in order, with its own bit");
 
-constexpr const SegmentRow* FindSegment(std::int16_t segment) {
-    const bool known = segment >= 1 && segment <= static_cast<std::int16_t>(kSegmentCount);
-    return known ? &kSegments[static_cast<std::size_t>(segment - 1)] : nullptr;
+constexpr bool IsSegment(std::int16_t segment) {
+    return segment >= 1 && segment <= static_cast<std::int16_t>(kSegmentCount);
 }
 
 /// 0 gives 0; an unknown segment gives -1.
 constexpr std::int16_t SegmentToExchangeMask(std::int16_t segment) {
-    if (segment == 0) return 0;
-    const SegmentRow* row = FindSegment(segment);
-    return row ? row->exchangeMask : std::int16_t{-1};
+    if (IsSegment(segment)) return kSegments[static_cast<std::size_t>(segment - 1)].exchangeMask;
+    return segment == 0 ? std::int16_t{0} : std::int16_t{-1};
 }
 
 /// An unknown segment gives 0.
 constexpr std::int16_t SegmentToBit(std::int16_t segment) {
-    const SegmentRow* row = FindSegment(segment);
-    return row ? row->segmentBit : std::int16_t{0};
+    return IsSegment(segment) ? kSegments[static_cast<std::size_t>(segment - 1)].segmentBit : std::int16_t{0};
 }
 
 /// Market segment of a contract: an option has a strike (in paise) of 1 or more. A mask that names no market, and
@@ -113,36 +110,21 @@ struct LimitMaskRow {
 };
 
 inline constexpr std::array kLimitMasks{
-    LimitMaskRow{2, " of Equity ( NSE-Daily) "},
-    LimitMaskRow{3, " of Equity ( NSE-Settlement) "},
-    LimitMaskRow{4, " of Futures ( NSE-Daily)"},
-    LimitMaskRow{5, " of Futures ( NSE-Expiry)"},
-    LimitMaskRow{8, " of Options ( NSE-Daily)"},
-    LimitMaskRow{9, " of Options ( NSE-Expiry)"},
-    LimitMaskRow{12, " of Derivatives ( NSE-Daily)"},
-    LimitMaskRow{13, " of Derivatives ( NSE-Expiry)"},
-    LimitMaskRow{14, " of Combined  (NSE-Daily)"},
-    LimitMaskRow{15, " of Combined  (NSE-Expiry)"},
-    LimitMaskRow{16, " of Equity ( BSE-Daily) "},
-    LimitMaskRow{17, " of Equity ( BSE-Settlement) "},
-    LimitMaskRow{18, " of Combined Equity (Daily)"},
-    LimitMaskRow{19, " of Combined Equity (Settlement)"},
-    LimitMaskRow{32, " of Futures ( BSE-Daily)"},
-    LimitMaskRow{33, " of Futures ( BSE-Expiry)"},
-    LimitMaskRow{64, " of Options ( BSE-Daily)"},
-    LimitMaskRow{65, " of Options ( BSE-Expiry)"},
-    LimitMaskRow{96, " of Derivatives ( BSE-Daily)"},
-    LimitMaskRow{97, " of Derivatives ( BSE-Expiry)"},
-    LimitMaskRow{126, " of Combined (Daily)"},
-    LimitMaskRow{127, " of Combined (Expiry)"},
-    LimitMaskRow{128, " of Futures ( MCX-Daily)"},
-    LimitMaskRow{129, " of Futures ( MCX-Expiry)"},
-    LimitMaskRow{256, " of Futures ( NDX-Daily)"},
-    LimitMaskRow{257, " of Futures ( NDX-Expiry)"},
-    LimitMaskRow{384, " of Combined Commodity (Daily)"},
-    LimitMaskRow{385, " of Combined Commodity (Expiry)"},
-    LimitMaskRow{510, " of Combined ALL (Daily)"},
-    LimitMaskRow{511, " of Combined ALL (Expiry)"},
+    LimitMaskRow{2, " of Equity ( NSE-Daily) "},         LimitMaskRow{3, " of Equity ( NSE-Settlement) "},
+    LimitMaskRow{4, " of Futures ( NSE-Daily)"},         LimitMaskRow{5, " of Futures ( NSE-Expiry)"},
+    LimitMaskRow{8, " of Options ( NSE-Daily)"},         LimitMaskRow{9, " of Options ( NSE-Expiry)"},
+    LimitMaskRow{12, " of Derivatives ( NSE-Daily)"},    LimitMaskRow{13, " of Derivatives ( NSE-Expiry)"},
+    LimitMaskRow{14, " of Combined  (NSE-Daily)"},       LimitMaskRow{15, " of Combined  (NSE-Expiry)"},
+    LimitMaskRow{16, " of Equity ( BSE-Daily) "},        LimitMaskRow{17, " of Equity ( BSE-Settlement) "},
+    LimitMaskRow{18, " of Combined Equity (Daily)"},     LimitMaskRow{19, " of Combined Equity (Settlement)"},
+    LimitMaskRow{32, " of Futures ( BSE-Daily)"},        LimitMaskRow{33, " of Futures ( BSE-Expiry)"},
+    LimitMaskRow{64, " of Options ( BSE-Daily)"},        LimitMaskRow{65, " of Options ( BSE-Expiry)"},
+    LimitMaskRow{96, " of Derivatives ( BSE-Daily)"},    LimitMaskRow{97, " of Derivatives ( BSE-Expiry)"},
+    LimitMaskRow{126, " of Combined (Daily)"},           LimitMaskRow{127, " of Combined (Expiry)"},
+    LimitMaskRow{128, " of Futures ( MCX-Daily)"},       LimitMaskRow{129, " of Futures ( MCX-Expiry)"},
+    LimitMaskRow{256, " of Futures ( NDX-Daily)"},       LimitMaskRow{257, " of Futures ( NDX-Expiry)"},
+    LimitMaskRow{384, " of Combined Commodity (Daily)"}, LimitMaskRow{385, " of Combined Commodity (Expiry)"},
+    LimitMaskRow{510, " of Combined ALL (Daily)"},       LimitMaskRow{511, " of Combined ALL (Expiry)"},
 };
 
 /// The scopes, narrowest first: the order in which the limit rows of an order are asked. Each scope stands for its
@@ -216,10 +198,10 @@ namespace product {
 inline constexpr std::int16_t kNone = 0;
 inline constexpr std::int16_t kMargin = 1;
 inline constexpr std::int16_t kDelivery = 2;
-inline constexpr std::int16_t kMarginPlus = 4;           ///< two-leg bracket order
-inline constexpr std::int16_t kMtf = 8;                  ///< margin funding
-inline constexpr std::int16_t kAmoMargin = 9;            ///< after-market
-inline constexpr std::int16_t kAmoDelivery = 10;         ///< after-market
+inline constexpr std::int16_t kMarginPlus = 4;    ///< two-leg bracket order
+inline constexpr std::int16_t kMtf = 8;           ///< margin funding
+inline constexpr std::int16_t kAmoMargin = 9;     ///< after-market
+inline constexpr std::int16_t kAmoDelivery = 10;  ///< after-market
 inline constexpr std::int16_t kConvertToDelivery = 0x10;
 inline constexpr std::int16_t kConvertToMargin = 0x20;
 }  // namespace product
@@ -235,9 +217,9 @@ inline constexpr std::int16_t kMarginPlusEnd = 9;
 
 /// Level type bytes that the order path tests.
 namespace level {
-inline constexpr int kClientsDealer = 0;     ///< dealerType: the order belongs to a client of the dealer
-inline constexpr int kFamily = 8;            ///< fixed value of the family level
-inline constexpr int kNone = 255;            ///< clientType, subClientType: no such level
+inline constexpr int kClientsDealer = 0;  ///< dealerType: the order belongs to a client of the dealer
+inline constexpr int kFamily = 8;         ///< fixed value of the family level
+inline constexpr int kNone = 255;         ///< clientType, subClientType: no such level
 }  // namespace level
 
 /// What a message carries as its first record in the variable part.
@@ -294,10 +276,10 @@ constexpr const MessageCodeRow* FindMessageCode(std::int16_t code) {
 /// The status that CheckSurveillance gives.
 namespace status {
 inline constexpr std::int16_t kPass = 1;
-inline constexpr std::int16_t kRefusedAtLevel = 2;      ///< inside the walk only; the host sees kRefused
-inline constexpr std::int16_t kNoLimits = -306;         ///< a code of the hierarchy has no limits
-inline constexpr std::int16_t kRefused = -312;          ///< by a product rule or a limit
-inline constexpr std::int16_t kNoMarket = -314;         ///< no market price for an order at market
+inline constexpr std::int16_t kRefusedAtLevel = 2;  ///< inside the walk only; the host sees kRefused
+inline constexpr std::int16_t kNoLimits = -306;     ///< a code of the hierarchy has no limits
+inline constexpr std::int16_t kRefused = -312;      ///< by a product rule or a limit
+inline constexpr std::int16_t kNoMarket = -314;     ///< no market price for an order at market
 inline constexpr std::int16_t kNoRiskParameters = -317;
 }  // namespace status
 
@@ -316,8 +298,8 @@ inline constexpr std::int16_t kMtmLoss = -222;  ///< and every square-off mode
 inline constexpr std::int16_t kRefused = -227;  ///< product rules, margin, NRI, ISIN, delivery sell quantity
 inline constexpr std::int16_t kNetQuantity = -229;
 inline constexpr std::int16_t kNoRiskParameters = -317;
-inline constexpr std::int16_t kStore = -100;     ///< a limit store could not do what it was asked
-inline constexpr std::int16_t kNoRow = -313;     ///< inside the library: the token has no limit row
+inline constexpr std::int16_t kStore = -100;  ///< a limit store could not do what it was asked
+inline constexpr std::int16_t kNoRow = -313;  ///< inside the library: the token has no limit row
 }  // namespace code
 
 inline constexpr std::int16_t kDone = 0;

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <type_traits>
 
+// clang-format off: the offsets stand in a column
+
 // ---------------------------------------------------------------------------------------------------------------
 // Blocks inside records
 
@@ -356,7 +358,8 @@ static_assert(offsetof(tagOrdErrMessage, errorText) == 28);
 /// A limit row: for one entity, one limit mask and one token, what may be used and what is used. Money in paise unless
 /// noted; a limit of -1 is none.
 struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
-    char host0[9];
+    char host0[7];
+    std::int16_t messageCode;               //   7  in the message head; shown in the log of a failed load
     std::int16_t messageKind;               //   9  in the message head; 13 on a change of the limit values alone
     char host11[13];
     std::int32_t rowStamp;                  //  24
@@ -430,6 +433,7 @@ struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
 };
 static_assert(sizeof(BKSurveillanceLimitDefTag) == 487 && std::is_trivially_copyable_v<BKSurveillanceLimitDefTag> &&
               std::is_standard_layout_v<BKSurveillanceLimitDefTag>);
+static_assert(offsetof(BKSurveillanceLimitDefTag, messageCode) == 7);
 static_assert(offsetof(BKSurveillanceLimitDefTag, messageKind) == 9);
 static_assert(offsetof(BKSurveillanceLimitDefTag, rowStamp) == 24);
 static_assert(offsetof(BKSurveillanceLimitDefTag, entityCode) == 28);

@@ -31,9 +31,9 @@ struct tagUpdateSurveillanceInfo;
 /// Starts the library: stores the settings and loads the rows. The sixth and the ninth argument have no effect.
 /// featureBits: 0x10 puts the family level in force (it can only turn it on).
 SURVEILLANCE_API short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
-                                             short limitDetailMessages, short mtmMode, short unused6, short positionMode,
-                                             std::int32_t featureBits, short unused9, CPtrList* securityList,
-                                             CPtrList* dpList, CPtrList* sarList) noexcept;
+                                             short limitDetailMessages, short mtmMode, short unused6,
+                                             short positionMode, std::int32_t featureBits, short unused9,
+                                             CPtrList* securityList, CPtrList* dpList, CPtrList* sarList) noexcept;
 /// Starts again with the settings of before.
 SURVEILLANCE_API short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
                                              CPtrList* securityList, CPtrList* dpList, CPtrList* sarList) noexcept;
@@ -71,8 +71,8 @@ SURVEILLANCE_API short UpdateSurveillance(tagSurveillanceInfo* request, tagAdmin
                                           CPtrList* breachRows, short dealerOnly) noexcept;
 
 /// The account of a raw order record. Returns 0 with the account in text (room for 15 characters), 1 for a kind
-/// other than 0 or an own-account order, -1 for a message code without an account or a null pointer. The raw record is a
-/// tagOrderRequest; for codes 2212 and 2222 orderInfo is read instead.
+/// other than 0 or an own-account order, -1 for a message code without an account or a null pointer. The raw record is
+/// a tagOrderRequest; for codes 2212 and 2222 orderInfo is read instead.
 SURVEILLANCE_API short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord,
                                       char* text) noexcept;
 
@@ -83,8 +83,8 @@ SURVEILLANCE_API short CheckSurveillance(const char* groupCode, const char* deal
                                          CPtrList* limitRows) noexcept;
 SURVEILLANCE_API short UpdateSurveillance(tagUpdateSurveillanceInfo* info) noexcept;
 SURVEILLANCE_API short UpdateSurveillance(const char* groupCode, const char* dealerCode, const char* clientCode,
-                                          const tagOrderInfo* order, const tagTradeInfo* trade, tagAdminErrMessage* error,
-                                          CPtrList* limitRows) noexcept;
+                                          const tagOrderInfo* order, const tagTradeInfo* trade,
+                                          tagAdminErrMessage* error, CPtrList* limitRows) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------
 // Limits
@@ -101,7 +101,8 @@ SURVEILLANCE_API short GetSurveillancePositions(BKSurveillanceLimitDefTag* limit
 /// be held beyond the next call.
 SURVEILLANCE_API short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
                                         BKSurveillanceLimitDefTag*& limit) noexcept;
-SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request, BKSurveillanceLimitDefTag* limit) noexcept;
+SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request,
+                                         BKSurveillanceLimitDefTag* limit) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------
 // Risk parameters and margin inputs
@@ -153,5 +154,6 @@ SURVEILLANCE_API short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList
 SURVEILLANCE_API short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
 /// The limit rows of one entity, as stored. A code that names none adds nothing.
 SURVEILLANCE_API short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept;
-SURVEILLANCE_API short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPtrList* result) noexcept;
+SURVEILLANCE_API short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode,
+                                                CPtrList* result) noexcept;
 SURVEILLANCE_API short UpdateDPPositionInfo(tagDPUpload* upload) noexcept;

@@ -48,10 +48,10 @@ class CSurveillanceCategory {
     CSurveillanceCategory& operator=(const CSurveillanceCategory&) = delete;
 
     // Level -------------------------------------------------------------------------------------------------
-    std::int16_t lastLevel = -1;        ///< entityLevel of the last limit row added
-    std::int16_t secondLevel = -1;      ///< subLevel of it
-    std::int16_t definitionLevel = 0;   ///< entityLevel of the last limit row added or updated
-    std::int32_t allSecuritiesMask = 0;  ///< segment bits of all rows with token -9
+    std::int16_t lastLevel = -1;                       ///< entityLevel of the last limit row added
+    std::int16_t secondLevel = -1;                     ///< subLevel of it
+    std::int16_t definitionLevel = 0;                  ///< entityLevel of the last limit row added or updated
+    std::int32_t allSecuritiesMask = 0;                ///< segment bits of all rows with token -9
     const PreferenceMap* ownPreferences = nullptr;     ///< not owned
     const PreferenceMap* familyPreferences = nullptr;  ///< not owned; only with familyLevelEnabled
 

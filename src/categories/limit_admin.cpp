@@ -89,8 +89,7 @@ PositionKey RowKey(const BKSurveillanceLimitDefTag& row) {
 }  // namespace
 
 void CSurveillanceCategory::WorkOutUsedFigures(BKSurveillanceLimitDefTag& row) {
-    const LotWeighting weighting =
-        context_.settings.mcxLotWeightOn == 1 ? LotWeighting::kOn : LotWeighting::kOff;
+    const LotWeighting weighting = context_.settings.mcxLotWeightOn == 1 ? LotWeighting::kOn : LotWeighting::kOff;
     CExposureDetails& set = Book(PeriodOfMask(row.limitMask)).exposures;
     if (row.token == kAllSecurities) {
         for (const auto& position : set.positions) {
@@ -140,17 +139,19 @@ RuleAnswer CSurveillanceCategory::StoreRow(std::unique_ptr<CSurvLimitEntry> entr
     const std::int16_t subLevel = row.subLevel;
     const bool allSecurities = row.token == kAllSecurities;
 
-    CSurveillanceInfo* info = limitStores.Find(mask);
-    if (!info) {
-        info = &limitStores.Insert(mask, std::make_unique<CSurveillanceInfo>());
+    if (CSurveillanceInfo* info = limitStores.Find(mask)) {
+        RuleAnswer answer = info->store.AddRow(std::move(entry));
+        if (!answer.Passed()) return answer;
+    } else {
+        auto fresh = std::make_unique<CSurveillanceInfo>();
+        fresh->store.AddRow(std::move(entry));
+        limitStores.Insert(mask, std::move(fresh));
         ++Book(PeriodOfMask(mask)).rowCount;
     }
-    RuleAnswer answer = info->store.AddRow(std::move(entry));
-    if (!answer.Passed()) return answer;
     lastLevel = level;
     secondLevel = subLevel;
     if (allSecurities) allSecuritiesMask |= mask & kSegmentBits;
-    return answer;
+    return {};
 }
 
 RuleAnswer CSurveillanceCategory::UpdateSurvLimit(const BKSurveillanceLimitDefTag& row) {

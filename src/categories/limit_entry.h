@@ -14,10 +14,10 @@ namespace surv {
 struct ScripTrial;
 
 // Bits of limitOptions.
-inline constexpr std::uint8_t kRetainMultiplier = 1 << 0;       ///< limits stay as defined; 0: multipliers rebuild them
-inline constexpr std::uint8_t kCarriedOption = 1 << 1;          ///< taken over by a change, read by nothing
+inline constexpr std::uint8_t kRetainMultiplier = 1 << 0;  ///< limits stay as defined; 0: multipliers rebuild them
+inline constexpr std::uint8_t kCarriedOption = 1 << 1;     ///< taken over by a change, read by nothing
 inline constexpr std::uint8_t kPremiumInMargin = 1 << 2;
-inline constexpr std::uint8_t kGrossBasis = 1 << 3;             ///< the exposure rules use the grossing figures
+inline constexpr std::uint8_t kGrossBasis = 1 << 3;  ///< the exposure rules use the grossing figures
 inline constexpr std::uint8_t kExposureMarginInLimit = 1 << 4;
 inline constexpr std::uint8_t kCollateralInFund = 1 << 5;
 inline constexpr std::uint8_t kSaleCreditInFund = 1 << 6;
@@ -47,7 +47,8 @@ void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise);
 /// One limit row: the definition and its running account in one record.
 ///
 /// 1. `Row()` is the live record: the library's own copy, or the row that the host handed in at the start.
-/// 2. A judgement works on a copy; the row takes the new figures only on a pass, after its image went to the log.
+/// 2. A judgement moves the figures in place, after the row's image went to the log, and puts the row back at once if
+///    it refuses. An enquiry works on a copy.
 class CSurvLimitEntry {
  public:
     explicit CSurvLimitEntry(const BKSurveillanceLimitDefTag& row)

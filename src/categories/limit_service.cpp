@@ -9,10 +9,10 @@ namespace {
 
 constexpr const char* kAddNoMemory = "Not enough memory (CSurveillanceInfo::AddSurvLimits)";
 
-void Report(tagAdminErrMessage* error, const std::string& text) {
+void Report(tagAdminErrMessage* error, std::string_view text) {
     if (error) WriteField(error->errorText, text);
 }
-void ReportWithTime(tagAdminErrMessage* error, const CClock& clock, const std::string& text) {
+void ReportWithTime(tagAdminErrMessage* error, const CClock& clock, std::string_view text) {
     if (!error) return;
     error->timeStamp = clock.Stamp();
     Report(error, text);
@@ -21,8 +21,7 @@ void ReportWithTime(tagAdminErrMessage* error, const CClock& clock, const std::s
 std::string EntityOf(const BKSurveillanceLimitDefTag& row) { return std::string{FieldText(row.entityCode)}; }
 
 std::string NotAvailableText(const BKSurveillanceLimitDefTag& row) {
-    return Format("%ld|Surveillance Limits not available for  %s", static_cast<long>(row.token),
-                  EntityOf(row).c_str());
+    return Format("%ld|Surveillance Limits not available for  %s", static_cast<long>(row.token), EntityOf(row).c_str());
 }
 
 }  // namespace
@@ -47,17 +46,25 @@ std::int16_t CSurveillanceManager::AddSurvLimits(BKSurveillanceLimitDefTag& limi
         ReportWithTime(error, context_.clock, text);
         return kNotDone;
     }
-    const bool isNew = fresh != nullptr;
-    if (isNew) categories.Insert(code, std::move(fresh));
-    if (context_.settings.HoldsClientPositions()) {
-        if (row.subLevel == -1) row.subLevel = 0;
-        if (isNew) categoriesByPeriod.Add(row.entityLevel, row.subLevel, code, *category);
-    }
+    if (fresh) StoreCategory(code, std::move(fresh), row.entityLevel, row.subLevel);
+    if (context_.settings.HoldsClientPositions() && row.subLevel == -1) row.subLevel = 0;
     limit = row;
     return kDone;
 } catch (const std::bad_alloc&) {
     ReportWithTime(error, context_.clock, kAddNoMemory);
     return kNotDone;
+}
+
+void CSurveillanceManager::StoreCategory(const CodeText& code, std::unique_ptr<CSurveillanceCategory> category,
+                                         std::int16_t entityLevel, std::int16_t subLevel) {
+    CSurveillanceCategory& stored = categories.Insert(code, std::move(category));
+    if (!context_.settings.HoldsClientPositions()) return;
+    try {
+        categoriesByPeriod.Add(entityLevel, subLevel, code, stored);
+    } catch (...) {
+        categories.Take(code);
+        throw;
+    }
 }
 
 std::int16_t CSurveillanceManager::UpdateSurvLimits(BKSurveillanceLimitDefTag& limit, tagAdminErrMessage* error) {
@@ -67,8 +74,8 @@ std::int16_t CSurveillanceManager::UpdateSurvLimits(BKSurveillanceLimitDefTag& l
         if (category->UpdateSurvLimit(limit).Passed()) return kDone;
     }
     if (limit.token == kAllSecurities) {
-        Report(error, Format("Surveillance Limits not available for %s - across all securities",
-                             EntityOf(limit).c_str()));
+        Report(error,
+               Format("Surveillance Limits not available for %s - across all securities", EntityOf(limit).c_str()));
     } else {
         ReportWithTime(error, context_.clock, NotAvailableText(limit));
     }

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string>
 
+#include "platform/host_list.h"
+
 namespace surv {
 namespace {
 
@@ -72,11 +74,15 @@ RuleAnswer CSurvLimitStore::RemoveRow(std::int32_t token) {
 }
 
 void CSurvLimitStore::AppendRows(CPtrList& list, bool live) const {
-    for (const auto& entry : entries) list.AddTail(RowForHost(*entry.value, live));
+    for (const auto& entry : entries) AppendRow(list, *entry.value, live);
 }
 
-BKSurveillanceLimitDefTag* RowForHost(CSurvLimitEntry& entry, bool live) {
-    return live ? &entry.Row() : new BKSurveillanceLimitDefTag(entry.Row());
+void AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live) {
+    if (live) {
+        list.AddTail(&entry.Row());
+    } else {
+        HandOver(list, std::make_unique<BKSurveillanceLimitDefTag>(entry.Row()));
+    }
 }
 
 }  // namespace surv

@@ -37,7 +37,7 @@ class CSurveillanceInfo {
     CSurvLimitStore store;
 };
 
-/// A row for a list of the host: the live one, or a new copy.
-[[nodiscard]] BKSurveillanceLimitDefTag* RowForHost(CSurvLimitEntry& entry, bool live);
+/// Puts a row into a list of the host: the live one, or a new copy that the list's owner frees.
+void AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live);
 
 }  // namespace surv

@@ -5,6 +5,8 @@
 #include "limits/early_stop.h"
 #include "limits/period_trial.h"
 #include "limits/row_masks.h"
+#include "limits/row_tokens.h"
+#include "platform/host_list.h"
 
 namespace surv {
 namespace {
@@ -23,21 +25,6 @@ bool AnswersForAllSecurities(const tagOrderInfoForSurv& order) {
            order.productType != product::kConvertToMargin;
 }
 
-/// Asks one row. Code -313 when the token has none.
-RuleAnswer CheckOrder(CheckRun& run, CSurvLimitStore& store, std::int32_t token, const ScripTrial& trial) {
-    CSurvLimitEntry* entry = store.Find(token);
-    if (!entry) return {code::kNoRow, std::string{CSurvLimitStore::kNotThere}};
-    if (run.mode == CheckMode::kReal) {
-        RuleAnswer answer = entry->CheckGeneralOrder(run.level.order, trial, run.context);
-        if (answer.Passed()) run.buffers.touched.push_back(entry);
-        return answer;
-    }
-    tagBreachRow breach;
-    RuleAnswer answer = entry->CheckReportOrder(run.level.order, trial, run.context, breach);
-    if (!answer.Passed()) run.buffers.breaches.push_back(breach);
-    return answer;
-}
-
 /// The three rows of one store in turn: all securities, the scrip's group, the scrip. A Net Quantity refusal of a
 /// wider row is put off until the scrip's row has been asked, and a scrip row that passes lifts it.
 class CStoreCheck {
@@ -45,56 +32,16 @@ class CStoreCheck {
     CStoreCheck(CheckRun& run, CSurvLimitStore& store, const ScripTrial& trial)
         : run_(run), store_(store), trial_(trial), order_(run.level.order) {}
 
-    RuleAnswer Run() {
+    /// True when the store lets the order pass; else Refusal tells why.
+    bool Run() {
         AskAllSecurities();
-        if (answer_.Passed()) AskGroup();
-        if (answer_.Passed() || run_.mode == CheckMode::kProbe) AskScrip();
-        if (!answer_.Passed()) AddSuffix();
-        return std::move(answer_);
+        if (code_ == 0) AskGroup();
+        if (code_ == 0 || run_.mode == CheckMode::kProbe) AskScrip();
+        return code_ == 0;
     }
 
- private:
-    void AskAllSecurities() {
-        answer_ = CheckOrder(run_, store_, kAllSecurities, trial_);
-        if (answer_.code == code::kNoRow) answer_ = {};
-        allPassed_ = answer_.Passed();
-        if (answer_.code == code::kNetQuantity) PutOff();
-    }
-
-    void AskGroup() {
-        const std::int32_t group = order_.scripGroupNumber;
-        if (group == 0 || group == kAllSecurities) return;
-        answer_ = CheckOrder(run_, store_, group, trial_);
-        if (answer_.code == code::kNoRow) answer_ = {};
-        if (answer_.code == code::kNetQuantity) {
-            passedGroup_ = deferred_;
-            PutOff();
-        } else {
-            passedGroup_ = answer_.Passed();
-        }
-    }
-
-    void AskScrip() {
-        const bool askedBefore = order_.token == kAllSecurities ||
-                                 (order_.token == order_.scripGroupNumber && order_.scripGroupNumber != 0);
-        RuleAnswer answer{code::kNoRow, {}};
-        if (!askedBefore) answer = CheckOrder(run_, store_, order_.token, trial_);
-        if (answer.code == code::kNoRow) {
-            answer_ = deferred_ ? RuleAnswer{code::kNetQuantity, std::move(heldText_)} : RuleAnswer{};
-            return;
-        }
-        if (answer.Passed()) deferred_ = false;
-        answer_ = std::move(answer);
-    }
-
-    void PutOff() {
-        heldText_ = std::move(answer_.text);
-        answer_ = {};
-        deferred_ = true;
-    }
-
-    void AddSuffix() {
-        std::string& text = answer_.text;
+    [[nodiscard]] RuleAnswer Refusal() const {
+        std::string text = text_;
         if (!passedGroup_) {
             text.append(" for the Group ").append(order_.scripGroup.View());
         } else if (!allPassed_) {
@@ -103,13 +50,73 @@ class CStoreCheck {
             text.append(" for ").append(FieldText(order_.contract.symbol));
             text.append(" ").append(FieldText(order_.contract.series));
         }
+        return {code_, std::move(text)};
+    }
+
+ private:
+    /// Asks the row of a token: 0 for a pass, -313 when there is none, else the code of a refusal, whose text is kept.
+    std::int16_t Ask(std::int32_t token) {
+        CSurvLimitEntry* entry = store_.Find(token);
+        if (!entry) return code::kNoRow;
+        RuleAnswer answer = run_.mode == CheckMode::kReal ? Judge(*entry) : Report(*entry);
+        if (!answer.Passed()) text_ = std::move(answer.text);
+        return answer.code;
+    }
+
+    RuleAnswer Judge(CSurvLimitEntry& entry) {
+        RuleAnswer answer = entry.CheckGeneralOrder(order_, trial_, run_.context);
+        if (answer.Passed()) run_.buffers.touched.push_back(&entry);
+        return answer;
+    }
+
+    RuleAnswer Report(const CSurvLimitEntry& entry) {
+        tagBreachRow breach;
+        RuleAnswer answer = entry.CheckReportOrder(order_, trial_, run_.context, breach);
+        if (!answer.Passed()) run_.buffers.breaches.push_back(breach);
+        return answer;
+    }
+
+    void AskAllSecurities() {
+        const std::int16_t answer = Ask(kAllSecurities);
+        code_ = answer == code::kNoRow ? std::int16_t{0} : answer;
+        allPassed_ = code_ == 0;
+        if (code_ == code::kNetQuantity) PutOff();
+    }
+
+    void AskGroup() {
+        if (!HasGroupRow(order_)) return;
+        const std::int16_t answer = Ask(order_.scripGroupNumber);
+        code_ = answer == code::kNoRow ? std::int16_t{0} : answer;
+        if (code_ == code::kNetQuantity) {
+            passedGroup_ = deferred_;
+            PutOff();
+        } else {
+            passedGroup_ = code_ == 0;
+        }
+    }
+
+    void AskScrip() {
+        const std::int16_t answer = HasScripRow(order_) ? Ask(order_.token) : code::kNoRow;
+        if (answer == code::kNoRow) {
+            code_ = deferred_ ? code::kNetQuantity : std::int16_t{0};
+            if (deferred_) text_ = heldText_;
+        } else {
+            code_ = answer;
+        }
+    }
+
+    void PutOff() {
+        heldText_ = text_;
+        code_ = 0;
+        deferred_ = true;
     }
 
     CheckRun& run_;
     CSurvLimitStore& store_;
     const ScripTrial& trial_;
     const tagOrderInfoForSurv& order_;
-    RuleAnswer answer_;
+    std::int16_t code_ = 0;
+    std::string text_;
     std::string heldText_;
     bool allPassed_ = false;
     bool passedGroup_ = true;
@@ -120,37 +127,38 @@ class CStoreCheck {
 void ReportBreaches(const TrialBuffers& buffers, std::size_t from, CPtrList* list) {
     if (!list) return;
     for (std::size_t i = from; i < buffers.breaches.size(); ++i) {
-        list->AddTail(new tagBreachRow(buffers.breaches[i]));
+        HandOver(*list, std::make_unique<tagBreachRow>(buffers.breaches[i]));
     }
 }
 
-/// Asks the stores of one period in the order of the masks. The first refusal ends it; in a probe the last answer
-/// stands.
-RuleAnswer CheckPeriodicities(CheckRun& run, Period period, const ScripTrial& trial) {
+/// Asks the stores of one period in the order of the masks. The first refusal ends it; in a probe all are asked, and
+/// the last answer decides.
+void CheckPeriodicities(CheckRun& run, Period period, const ScripTrial& trial, CategoryAnswer& answer) {
     tagOrderInfoForSurv& order = run.level.order;
     CEarlyStop stop(*run.level.category, period);
-    RuleAnswer answer;
     for (const std::int16_t mask : MasksOfScope(order.marketSegment).Of(period)) {
         order.periodicity = mask;
         if (CSurveillanceInfo* info = run.level.category->limitStores.Find(mask)) {
             stop.Matched();
             const std::size_t breachesBefore = run.buffers.breaches.size();
-            answer = CStoreCheck(run, info->store, trial).Run();
+            CStoreCheck store(run, info->store, trial);
+            answer.asked = true;
+            answer.passed = store.Run();
+            if (!answer.passed) answer.refusal = store.Refusal();
             if (run.mode == CheckMode::kProbe) {
                 ReportBreaches(run.buffers, breachesBefore, run.limitRows);
-            } else if (!answer.Passed()) {
-                answer.text.append(LimitMaskLabel(mask));
-                return answer;
+            } else if (!answer.passed) {
+                answer.refusal.text.append(LimitMaskLabel(mask));
+                return;
             }
         }
-        if (stop.AllMet()) break;
+        if (stop.AllMet()) return;
     }
-    return answer;
 }
 
 }  // namespace
 
-RuleAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode mode, CPtrList* limitRows) {
+CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode mode, CPtrList* limitRows) {
     CSurveillanceCategory& category = *level.category;
     tagOrderInfoForSurv& order = level.order;
     CUndoLog& undo = category.Context().undo;
@@ -161,20 +169,21 @@ RuleAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode mod
     const GrossMode grossMode = apart ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
     order.ownerInfo = category.OwnerOf(order);
+    const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
     CUndoGuard guard(undo);  // runs out before the trials' new accounts do: the log never points at a dead one
     for (std::size_t i = 0; i < kPeriods.size(); ++i) {
-        TryPeriod(category, order, kPeriods[i], FlatPosition::kMoves, grossMode, undo, trials[i]);
+        TryPeriod(level, kPeriods[i], accountKey, FlatPosition::kMoves, grossMode, trials[i]);
     }
-    RuleAnswer answer;
-    for (std::size_t i = 0; i < kPeriods.size() && answer.Passed(); ++i) {
-        answer = CheckPeriodicities(run, kPeriods[i], trials[i].scrip);
+    CategoryAnswer answer;
+    for (std::size_t i = 0; i < kPeriods.size() && answer.passed; ++i) {
+        CheckPeriodicities(run, kPeriods[i], trials[i].scrip, answer);
     }
-    if (!answer.Passed()) {
+    if (!answer.passed) {
         buffers.touched.resize(touchedBefore);
         return answer;
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, order, kPeriods[i], trials[i]);
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, accountKey, kPeriods[i], trials[i]);
     guard.Keep();
     return answer;
 }

@@ -6,6 +6,8 @@
 #include "limits/early_stop.h"
 #include "limits/period_trial.h"
 #include "limits/row_masks.h"
+#include "limits/row_tokens.h"
+#include "mtm/row_mtm.h"
 
 namespace surv {
 namespace {
@@ -21,11 +23,9 @@ void UpdateRow(CSurvLimitStore& store, std::int32_t token, const tagOrderInfoFor
 /// The rows of one store: all securities, the scrip's group, the scrip, each token once.
 void UpdateLimits(CSurvLimitStore& store, const tagOrderInfoForSurv& order, const ScripTrial& trial,
                   const RuleContext& context, TrialBuffers& buffers) {
-    const std::int32_t group = order.scripGroupNumber;
-    const std::int32_t token = order.token;
     UpdateRow(store, kAllSecurities, order, trial, context, buffers);
-    if (group != 0 && group != kAllSecurities) UpdateRow(store, group, order, trial, context, buffers);
-    if (token != kAllSecurities && token != group) UpdateRow(store, token, order, trial, context, buffers);
+    if (HasGroupRow(order)) UpdateRow(store, order.scripGroupNumber, order, trial, context, buffers);
+    if (HasScripRow(order)) UpdateRow(store, order.token, order, trial, context, buffers);
 }
 
 void UpdatePeriodicities(LevelTrial& level, Period period, const ScripTrial& trial, const RuleContext& context,
@@ -52,14 +52,17 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
     const GrossMode mode = order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
     order.ownerInfo = category.OwnerOf(order);
+    const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
     CUndoGuard guard(context.undo);
     for (std::size_t i = 0; i < kPeriods.size(); ++i) {
-        TryPeriod(category, order, kPeriods[i], active ? FlatPosition::kMoves : FlatPosition::kStays, mode,
-                  context.undo, trials[i]);
+        TryPeriod(level, kPeriods[i], accountKey, active ? FlatPosition::kMoves : FlatPosition::kStays, mode,
+                  trials[i]);
+        ScripTrial& scrip = trials[i].scrip;
+        scrip.mtm = FormMtmFigures(order, scrip.before, scrip.after, context.settings);
         if (active) UpdatePeriodicities(level, kPeriods[i], trials[i].scrip, rowContext, buffers);
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, order, kPeriods[i], trials[i]);
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, accountKey, kPeriods[i], trials[i]);
     guard.Keep();
 }
 

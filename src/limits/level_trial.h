@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,7 +15,7 @@ namespace surv {
 enum class LevelRoad : std::uint8_t {
     kPassedOver,  ///< the walk didn't come here, or left the level alone
     kChecked,
-    kUpdated,     ///< taken in without a check: stays after a refusal
+    kUpdated,  ///< taken in without a check: stays after a refusal
 };
 
 /// A run of elements in one of the shared buffers below.
@@ -23,14 +24,21 @@ struct BufferRange {
     std::size_t to = 0;
 };
 
+/// The lists of the host that a check fills; each may be null.
+struct CheckLists {
+    CPtrList* limitRows = nullptr;
+    CPtrList* rollbackRows = nullptr;
+};
+
 /// One level's part in a call: its category, the order record its trial used, and where its traces lie.
 struct LevelTrial {
     CSurveillanceCategory* category = nullptr;
     tagOrderInfoForSurv order;
     LevelRoad road = LevelRoad::kPassedOver;
+    std::array<CSurvPosition*, 2> flatPositions{};  ///< the scrip's, by period, as the trial found them
     CUndoLog::Mark undoFrom;
     CUndoLog::Mark undoTo;
-    BufferRange touched;  ///< rows that took the order
+    BufferRange touched;   ///< rows that took the order
     BufferRange breaches;  ///< breach rows of a probe
 };
 

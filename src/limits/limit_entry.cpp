@@ -16,8 +16,11 @@ namespace {
 
 constexpr std::int16_t kShortTextLevel = 7;
 
-/// The figure of the position before the order leaves the sum, the figure after it enters.
+/// How a stored sum moves with one figure of one position. A check forms the new sum, an update adds the change: the
+/// same to the last paisa, but for lot-weighted values not to the last bit.
+using Move = double (*)(double stored, double before, double after);
 double Moved(double stored, double before, double after) { return after + stored - before; }
+double Changed(double stored, double before, double after) { return stored + (after - before); }
 
 double MaxGrossValue(const GrossParts& parts, std::int32_t pct) { return std::max(0.0, parts.Value(pct)); }
 
@@ -45,42 +48,41 @@ void RebuildLimitsFromFund(BKSurveillanceLimitDefTag& row, const tagOrderInfoFor
 }
 
 /// The exposures over the worst case and the order side, netted and grossing.
-void MoveExposures(BKSurveillanceLimitDefTag& row, const ScripTrial& trial, std::int32_t pct) {
+void MoveExposures(BKSurveillanceLimitDefTag& row, const ScripTrial& trial, std::int32_t pct, Move move) {
     const ExposureFigures& a = trial.figuresBefore;
     const ExposureFigures& b = trial.figuresAfter;
-    row.usedMaxGross = Moved(row.usedMaxGross, MaxGrossValue(a.maxGross, pct), MaxGrossValue(b.maxGross, pct));
-    row.usedGrossOrder = Moved(row.usedGrossOrder, a.grossOrder.Value(pct), b.grossOrder.Value(pct));
-    row.usedMaxNet = Moved(row.usedMaxNet, a.maxNet, b.maxNet);
-    row.usedNetOrder = Moved(row.usedNetOrder, a.netOrder, b.netOrder);
-    row.usedMaxNetSale = Moved(row.usedMaxNetSale, a.maxNetSale, b.maxNetSale);
-    row.usedNetSaleOrder = Moved(row.usedNetSaleOrder, a.netSaleOrder, b.netSaleOrder);
-    row.usedMaxNetPosition = Moved(row.usedMaxNetPosition, a.maxNetPosition, b.maxNetPosition);
-    row.usedMaxTurnover = Moved(row.usedMaxTurnover, a.maxTurnover, b.maxTurnover);
+    row.usedMaxGross = move(row.usedMaxGross, MaxGrossValue(a.maxGross, pct), MaxGrossValue(b.maxGross, pct));
+    row.usedGrossOrder = move(row.usedGrossOrder, a.grossOrder.Value(pct), b.grossOrder.Value(pct));
+    row.usedMaxNet = move(row.usedMaxNet, a.maxNet, b.maxNet);
+    row.usedNetOrder = move(row.usedNetOrder, a.netOrder, b.netOrder);
+    row.usedMaxNetSale = move(row.usedMaxNetSale, a.maxNetSale, b.maxNetSale);
+    row.usedNetSaleOrder = move(row.usedNetSaleOrder, a.netSaleOrder, b.netSaleOrder);
+    row.usedMaxNetPosition = move(row.usedMaxNetPosition, a.maxNetPosition, b.maxNetPosition);
+    row.usedMaxTurnover = move(row.usedMaxTurnover, a.maxTurnover, b.maxTurnover);
 
     const ExposureFigures& c = trial.grossFiguresBefore;
     const ExposureFigures& d = trial.grossFiguresAfter;
-    row.grossUsedMaxGross =
-        Moved(row.grossUsedMaxGross, MaxGrossValue(c.maxGross, pct), MaxGrossValue(d.maxGross, pct));
-    row.grossUsedGrossOrder = Moved(row.grossUsedGrossOrder, c.grossOrder.Value(pct), d.grossOrder.Value(pct));
-    row.grossUsedMaxNet = Moved(row.grossUsedMaxNet, c.maxNet, d.maxNet);
-    row.grossUsedNetOrder = Moved(row.grossUsedNetOrder, c.netOrder, d.netOrder);
-    row.grossUsedMaxNetSale = Moved(row.grossUsedMaxNetSale, c.maxNetSale, d.maxNetSale);
-    row.grossUsedNetSaleOrder = Moved(row.grossUsedNetSaleOrder, c.netSaleOrder, d.netSaleOrder);
+    row.grossUsedMaxGross = move(row.grossUsedMaxGross, MaxGrossValue(c.maxGross, pct), MaxGrossValue(d.maxGross, pct));
+    row.grossUsedGrossOrder = move(row.grossUsedGrossOrder, c.grossOrder.Value(pct), d.grossOrder.Value(pct));
+    row.grossUsedMaxNet = move(row.grossUsedMaxNet, c.maxNet, d.maxNet);
+    row.grossUsedNetOrder = move(row.grossUsedNetOrder, c.netOrder, d.netOrder);
+    row.grossUsedMaxNetSale = move(row.grossUsedMaxNetSale, c.maxNetSale, d.maxNetSale);
+    row.grossUsedNetSaleOrder = move(row.grossUsedNetSaleOrder, c.netSaleOrder, d.netSaleOrder);
 }
 
 /// The exposures of the traded side, netted and grossing.
-void MoveTradedExposures(BKSurveillanceLimitDefTag& row, const ScripTrial& trial, std::int32_t pct) {
+void MoveTradedExposures(BKSurveillanceLimitDefTag& row, const ScripTrial& trial, std::int32_t pct, Move move) {
     const ExposureFigures& a = trial.figuresBefore;
     const ExposureFigures& b = trial.figuresAfter;
-    row.usedGrossTraded = Moved(row.usedGrossTraded, a.grossTraded.Value(pct), b.grossTraded.Value(pct));
-    row.usedNetTraded = Moved(row.usedNetTraded, a.netTraded, b.netTraded);
-    row.usedNetSaleTraded = Moved(row.usedNetSaleTraded, a.netSaleTraded, b.netSaleTraded);
+    row.usedGrossTraded = move(row.usedGrossTraded, a.grossTraded.Value(pct), b.grossTraded.Value(pct));
+    row.usedNetTraded = move(row.usedNetTraded, a.netTraded, b.netTraded);
+    row.usedNetSaleTraded = move(row.usedNetSaleTraded, a.netSaleTraded, b.netSaleTraded);
 
     const ExposureFigures& c = trial.grossFiguresBefore;
     const ExposureFigures& d = trial.grossFiguresAfter;
-    row.grossUsedGrossTraded = Moved(row.grossUsedGrossTraded, c.grossTraded.Value(pct), d.grossTraded.Value(pct));
-    row.grossUsedNetTraded = Moved(row.grossUsedNetTraded, c.netTraded, d.netTraded);
-    row.grossUsedNetSaleTraded = Moved(row.grossUsedNetSaleTraded, c.netSaleTraded, d.netSaleTraded);
+    row.grossUsedGrossTraded = move(row.grossUsedGrossTraded, c.grossTraded.Value(pct), d.grossTraded.Value(pct));
+    row.grossUsedNetTraded = move(row.grossUsedNetTraded, c.netTraded, d.netTraded);
+    row.grossUsedNetSaleTraded = move(row.grossUsedNetSaleTraded, c.netSaleTraded, d.netSaleTraded);
 }
 
 /// The row as a check of the order leaves it, margin figures apart.
@@ -88,14 +90,14 @@ void MoveForCheck(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& ord
     const std::int32_t pct = OptionNetPercent(row, RowShape(row.limitMask));
     const double sign = Sign(order);
     const bool correction = order.orderEventKind == event::kCorrection;
-    MoveExposures(row, trial, pct);
+    MoveExposures(row, trial, pct, &Moved);
     row.usedNetPositionOrder = Moved(row.usedNetPositionOrder, sign * trial.oldValue, sign * trial.newValue);
     row.usedPendingOrder = correction ? 0.0 : Moved(row.usedPendingOrder, trial.oldValue, trial.newValue);
     if (!IsAmong(kWholeTurnoverRows, row.limitMask)) {
         row.usedTurnoverOrder = Moved(row.usedTurnoverOrder, trial.oldValue, trial.newValue);
     }
     if (correction) {
-        MoveTradedExposures(row, trial, pct);
+        MoveTradedExposures(row, trial, pct, &Moved);
         row.usedNetPositionTraded = Moved(row.usedNetPositionTraded, sign * trial.oldValue, sign * trial.newValue);
         row.usedTurnoverTraded = Moved(row.usedTurnoverTraded, trial.oldValue, trial.newValue);
     }
@@ -134,22 +136,21 @@ void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise) {
 
 RuleAnswer CSurvLimitEntry::CheckGeneralOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
                                               const RuleContext& context) {
-    BKSurveillanceLimitDefTag now = *row_;
+    BKSurveillanceLimitDefTag& now = *row_;
+    const CUndoLog::Mark before = context.undo.Here();
+    const BKSurveillanceLimitDefTag& stored = context.undo.Save(now);
     AddFundDeltas(now, order);
     RebuildLimitsFromFund(now, order);
     MoveForCheck(now, order, trial);
 
-    const RuleInput input{*row_, now, order, trial, RowShape(now.limitMask)};
-    for (const RuleId id : GeneralRules()) {
-        const tagLimitRule& rule = FindRule(id);
-        if (!BreaksRule(rule, input)) continue;
-        const bool conversion = order.productType == product::kConvertToMargin;
-        const Wording wording = conversion ? Wording::kShort : WordingAt(now, order, context.settings);
-        return {rule.code, RefusalText(rule, input, wording)};
-    }
-    context.undo.Save(*row_);
-    *row_ = now;
-    return {};
+    const RuleInput input{stored, now, order, trial, RowShape(now.limitMask)};
+    const tagLimitRule* broken = FirstBrokenRule(input);
+    if (!broken) return {};
+    const bool conversion = order.productType == product::kConvertToMargin;
+    const Wording wording = conversion ? Wording::kShort : WordingAt(now, order, context.settings);
+    RuleAnswer answer{broken->code, RefusalText(*broken, input, wording)};
+    context.undo.RestoreBackTo(before);
+    return answer;
 }
 
 RuleAnswer CSurvLimitEntry::CheckReportOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
@@ -167,12 +168,14 @@ RuleAnswer CSurvLimitEntry::CheckReportOrder(const tagOrderInfoForSurv& order, c
 
     RuleAnswer answer;
     const RuleInput input{*row_, now, order, trial, RowShape(now.limitMask)};
-    for (const RuleId id : ReportRules()) {
-        const tagLimitRule& rule = FindRule(id);
-        if (!BreaksReportRule(rule, input)) continue;
-        breach.breachBitsA |= rule.breachBitsA;
-        breach.breachBitsB |= rule.breachBitsB;
-        answer = {rule.code, ReportText(rule, input, WordingAt(now, order, context.settings))};
+    const std::vector<const tagLimitRule*> broken = BrokenReportRules(input);
+    for (const tagLimitRule* rule : broken) {
+        breach.breachBitsA |= rule->breachBitsA;
+        breach.breachBitsB |= rule->breachBitsB;
+    }
+    if (!broken.empty()) {
+        const tagLimitRule& last = *broken.back();
+        answer = {last.code, ReportText(last, input, WordingAt(now, order, context.settings))};
     }
     return answer;
 }
@@ -186,7 +189,7 @@ void CSurvLimitEntry::UpdateGeneralOrder(const tagOrderInfoForSurv& order, const
 
     const std::int32_t pct = OptionNetPercent(row, RowShape(row.limitMask));
     const double sign = Sign(order);
-    MoveExposures(row, trial, pct);
+    MoveExposures(row, trial, pct, &Changed);
     row.usedNetPositionOrder += sign * trial.newValue - sign * trial.oldValue;
     if (order.orderEventKind == event::kOrder) {
         row.usedPendingOrder += trial.newValue - trial.oldValue;
@@ -195,11 +198,11 @@ void CSurvLimitEntry::UpdateGeneralOrder(const tagOrderInfoForSurv& order, const
     }
     if (!IsAmong(kWholeTurnoverRows, row.limitMask)) row.usedTurnoverOrder += trial.newValue - trial.oldValue;
     if (MovesTradedSide(order)) {
-        MoveTradedExposures(row, trial, pct);
+        MoveTradedExposures(row, trial, pct, &Changed);
         row.usedNetPositionTraded += sign * trial.newValue;
         row.usedTurnoverTraded += trial.newValue;
     }
-    UpdateRowMtm(row, order, trial.before, trial.after, context.settings);
+    UpdateRowMtm(row, order.riskPreference.marginFlags, trial.mtm);
 }
 
 }  // namespace surv

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "platform/format.h"
 
@@ -26,9 +27,8 @@ RuleFigures MaxQuantity(const RuleInput& in) { return Compared(in.order.quantity
 RuleFigures MinValue(const RuleInput& in) { return Compared(in.trial.newValue, in.now.minSingleOrderValue); }
 RuleFigures MinQuantity(const RuleInput& in) { return Compared(in.order.quantity, in.now.minSingleOrderQty); }
 RuleFigures Gross(const RuleInput& in) {
-    return in.GrossBasis()
-               ? Compared(in.now.grossUsedMaxGross, in.now.grossExposureLimit, in.stored.grossUsedMaxGross)
-               : Compared(in.now.usedMaxGross, in.now.grossExposureLimit, in.stored.usedMaxGross);
+    return in.GrossBasis() ? Compared(in.now.grossUsedMaxGross, in.now.grossExposureLimit, in.stored.grossUsedMaxGross)
+                           : Compared(in.now.usedMaxGross, in.now.grossExposureLimit, in.stored.usedMaxGross);
 }
 RuleFigures Net(const RuleInput& in) {
     return in.GrossBasis() ? Compared(in.now.grossUsedMaxNet, in.now.netExposureLimit, in.stored.grossUsedMaxNet)
@@ -74,9 +74,7 @@ bool SquareOffModeApplies(const RuleInput& in) { return in.order.squareOffOnlyFl
 bool AutoSquareOffPossible(const RuleInput& in) {
     return in.now.limitMask == kWholeHouseMask && in.now.mtmLossLimit != kNoLimit && HasMtmLoss(in);
 }
-bool PreAutoSquareOffApplies(const RuleInput& in) {
-    return in.order.preAutoSquareOffOn && AutoSquareOffPossible(in);
-}
+bool PreAutoSquareOffApplies(const RuleInput& in) { return in.order.preAutoSquareOffOn && AutoSquareOffPossible(in); }
 bool AutoSquareOffApplies(const RuleInput& in) { return in.order.autoSquareOffOn && AutoSquareOffPossible(in); }
 bool NriConversionApplies(const RuleInput& in) {
     return IsAmong(kMarginRows, in.now.limitMask) && in.order.productType == product::kConvertToMargin &&
@@ -223,35 +221,57 @@ constexpr bool RulesStandInOrder() {
 }
 static_assert(RulesStandInOrder(), "one row per RuleId, in its order");
 
+const tagLimitRule& RuleOf(RuleId id) { return kRules[static_cast<std::size_t>(id)]; }
+
 /// The margin rule takes its place between the square-off modes and the NRI rule.
 constexpr std::array kGeneralRules{
-    RuleId::kNetQuantity,   RuleId::kMaxValue,         RuleId::kMaxQuantity,   RuleId::kMinValue,
-    RuleId::kMinQuantity,   RuleId::kGross,            RuleId::kNet,           RuleId::kNetSale,
-    RuleId::kNetPosition,   RuleId::kPendingOrder,     RuleId::kTurnover,      RuleId::kMtmLoss,
-    RuleId::kSquareOffMode, RuleId::kPreAutoSquareOff, RuleId::kAutoSquareOff, RuleId::kNriConversion,
+    RuleId::kNetQuantity,   RuleId::kMaxValue,         RuleId::kMaxQuantity,
+    RuleId::kMinValue,      RuleId::kMinQuantity,      RuleId::kGross,
+    RuleId::kNet,           RuleId::kNetSale,          RuleId::kNetPosition,
+    RuleId::kPendingOrder,  RuleId::kTurnover,         RuleId::kMtmLoss,
+    RuleId::kSquareOffMode, RuleId::kPreAutoSquareOff, RuleId::kAutoSquareOff,
+    RuleId::kNriConversion,
 };
 /// An enquiry is told no minimum, no MTM loss and no mode. Its two margin rules take their place at the end.
 constexpr std::array kReportRules{
-    RuleId::kNetQuantity, RuleId::kMaxValue, RuleId::kMaxQuantity,  RuleId::kGross,    RuleId::kNet,
+    RuleId::kNetQuantity, RuleId::kMaxValue,    RuleId::kMaxQuantity,  RuleId::kGross,    RuleId::kNet,
     RuleId::kNetSale,     RuleId::kNetPosition, RuleId::kPendingOrder, RuleId::kTurnover,
 };
 
 // ---------------------------------------------------------------------------------------------------------------
 // Judging and wording
 
-bool IsExempt(const tagLimitRule& rule, const RuleInput& in, bool netting) {
+[[gnu::always_inline]] inline bool IsExempt(const tagLimitRule& rule, const RuleInput& in, bool netting) {
     if (rule.exempt == Exempt::kNobody) return false;
     if (rule.exempt == Exempt::kSquareOffUnlessNoNetting && !netting) return false;
-    const bool onGross = in.GrossBasis() && (rule.id == RuleId::kGross || rule.id == RuleId::kNet ||
-                                             rule.id == RuleId::kNetSale);
+    const bool onGross =
+        in.GrossBasis() && (rule.id == RuleId::kGross || rule.id == RuleId::kNet || rule.id == RuleId::kNetSale);
     return onGross ? in.trial.grossSquareOff : in.trial.squareOff;
 }
 
-bool IsBroken(const tagLimitRule& rule, const RuleFigures& figures) {
+[[gnu::always_inline]] inline bool IsBroken(const tagLimitRule& rule, const RuleFigures& figures) {
     if (rule.breaks == Breaks::kAlways) return true;
     if (figures.shownLimit == kNoLimit) return false;
     if (!std::isfinite(figures.limit)) return true;
     return rule.breaks == Breaks::kAbove ? !(figures.figure <= figures.limit) : !(figures.figure >= figures.limit);
+}
+
+/// One rule of the general set. The rule is known when this is compiled, so that its row of the table costs nothing.
+template <RuleId kId>
+[[gnu::always_inline]] inline bool BreaksGeneralRule(const RuleInput& in) {
+    constexpr const tagLimitRule& kRule = kRules[static_cast<std::size_t>(kId)];
+    if constexpr (kRule.applies != nullptr) {
+        if (!kRule.applies(in)) return false;
+    }
+    return IsBroken(kRule, kRule.figures(in)) && !IsExempt(kRule, in, !in.order.NoNetting());
+}
+
+template <std::size_t... kAt>
+const tagLimitRule* FirstBroken(const RuleInput& in, std::index_sequence<kAt...>) {
+    const tagLimitRule* broken = nullptr;
+    static_cast<void>(
+        ((BreaksGeneralRule<kGeneralRules[kAt]>(in) ? (broken = &RuleOf(kGeneralRules[kAt]), true) : false) || ...));
+    return broken;
 }
 
 const char* PickForm(const RuleText& text, const RuleInput& in) {
@@ -288,19 +308,19 @@ std::string Word(const RuleText& text, Unit unit, const RuleInput& in, const Rul
 
 }  // namespace
 
-const tagLimitRule& FindRule(RuleId id) { return kRules[static_cast<std::size_t>(id)]; }
-std::span<const RuleId> GeneralRules() { return kGeneralRules; }
-std::span<const RuleId> ReportRules() { return kReportRules; }
-
-bool BreaksRule(const tagLimitRule& rule, const RuleInput& input) {
-    if (rule.applies && !rule.applies(input)) return false;
-    return IsBroken(rule, rule.figures(input)) && !IsExempt(rule, input, !input.order.NoNetting());
+const tagLimitRule* FirstBrokenRule(const RuleInput& input) {
+    return FirstBroken(input, std::make_index_sequence<kGeneralRules.size()>{});
 }
 
-bool BreaksReportRule(const tagLimitRule& rule, const RuleInput& input) {
-    const RuleFigures figures = rule.figures(input);
-    if (rule.reportOnlyIfRaised && figures.figure <= figures.stored) return false;
-    return IsBroken(rule, figures) && !IsExempt(rule, input, true);
+std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input) {
+    std::vector<const tagLimitRule*> broken;
+    for (const RuleId id : kReportRules) {
+        const tagLimitRule& rule = RuleOf(id);
+        const RuleFigures figures = rule.figures(input);
+        if (rule.reportOnlyIfRaised && figures.figure <= figures.stored) continue;
+        if (IsBroken(rule, figures) && !IsExempt(rule, input, true)) broken.push_back(&rule);
+    }
+    return broken;
 }
 
 std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording) {

@@ -4,8 +4,8 @@
 // and the texts. A rule set is an ordered list of rules; the order is the order of judgement.
 
 #include <cstdint>
-#include <span>
 #include <string>
+#include <vector>
 
 #include "categories/limit_entry.h"
 #include "limits/row_masks.h"
@@ -46,9 +46,9 @@ struct RuleInput {
 /// The numbers of one rule at one row: quantities, or paise.
 struct RuleFigures {
     double figure = 0;
-    double limit = 0;        ///< what the figure is compared with
-    double stored = 0;       ///< what was used before
-    double shownLimit = 0;   ///< the limit that the text shows
+    double limit = 0;       ///< what the figure is compared with
+    double stored = 0;      ///< what was used before
+    double shownLimit = 0;  ///< the limit that the text shows
 };
 
 enum class Breaks : std::uint8_t { kAbove, kBelow, kAlways };
@@ -74,26 +74,22 @@ struct tagLimitRule {
     Exempt exempt;
     bool (*applies)(const RuleInput&);  ///< null: always
     RuleFigures (*figures)(const RuleInput&);
-    const char* shortText;              ///< null: the long text in every case
+    const char* shortText;  ///< null: the long text in every case
     RuleText longText;
     // The report set:
-    bool reportOnlyIfRaised;            ///< a row already over its limit isn't reported unless the order raises it
+    bool reportOnlyIfRaised;  ///< a row already over its limit isn't reported unless the order raises it
     std::uint8_t breachBitsA;
     std::uint8_t breachBitsB;
     RuleText reportText;
 };
 
-[[nodiscard]] const tagLimitRule& FindRule(RuleId id);
+// Judging. A figure equal to its limit passes; a figure that isn't a number refuses, and a limit that isn't finite
+// counts as exceeded.
 
-/// The sets, in order of judgement.
-[[nodiscard]] std::span<const RuleId> GeneralRules();
-[[nodiscard]] std::span<const RuleId> ReportRules();
-
-/// Whether the order breaks the rule at the row. A figure equal to its limit passes; a figure that isn't a number
-/// refuses, and a limit that isn't finite counts as exceeded.
-[[nodiscard]] bool BreaksRule(const tagLimitRule& rule, const RuleInput& input);
-/// The same as the report set has it.
-[[nodiscard]] bool BreaksReportRule(const tagLimitRule& rule, const RuleInput& input);
+/// The first rule of the general set that the order breaks at the row; null when it breaks none.
+[[nodiscard]] const tagLimitRule* FirstBrokenRule(const RuleInput& input);
+/// Every rule of the report set that it breaks, in order.
+[[nodiscard]] std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input);
 
 enum class Wording : std::uint8_t { kShort, kLong };
 [[nodiscard]] std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording);

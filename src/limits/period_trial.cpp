@@ -2,36 +2,36 @@
 
 namespace surv {
 
-void TryPeriod(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, FlatPosition flat,
-               GrossMode mode, CUndoLog& undo, PeriodTrial& trial) {
-    const Settings& settings = category.Context().settings;
-    PeriodBook& book = category.Book(period);
+void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, FlatPosition flat, GrossMode mode,
+               PeriodTrial& trial) {
+    tagOrderInfoForSurv& order = level.order;
+    SurvContext& context = level.category->Context();
+    const Settings& settings = context.settings;
+    PeriodBook& book = level.category->Book(period);
     order.periodicity = PeriodicityOf(order.marketSegment, period);
 
     ScripTrial& scrip = trial.scrip;
-    if (const CSurvPosition* position = book.exposures.Find(FlatKey(order))) scrip.before = *position;
+    CSurvPosition* const position = book.exposures.Find(FlatKey(order));
+    level.flatPositions[PeriodIndex(period)] = position;
+    if (position) scrip.before = *position;
     scrip.after = scrip.before;
-    if (flat == FlatPosition::kMoves) {
-        scrip.after.ReversePositions(order);
-        scrip.after.Update11(order);
-        scrip.after.DiscardSavedPosition();
-    }
+    if (flat == FlatPosition::kMoves) scrip.after.ApplyChange(order);
 
-    CClientExposure* account = book.accounts.FindAccount(order);
+    CClientExposure* account = book.accounts.accounts.Find(accountKey);
     if (!account) {
         trial.newAccount = std::make_unique<CClientExposure>();
         account = trial.newAccount.get();
     }
     const ScripPath path = account->FindOrMakePath(order, settings);
     scrip.grossBefore = path.scrip->position;
-    account->ApplyOrder(order, path, TreeContext{settings, &undo});
+    account->ApplyOrder(order, path, TreeContext{settings, &context.undo});
     scrip.grossAfter = path.scrip->position;
 
     scrip.FormFigures(order, mode);
 }
 
-void KeepAccount(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, PeriodTrial& trial) {
-    if (trial.newAccount) category.Book(period).accounts.SetClient(order, std::move(trial.newAccount));
+void KeepAccount(CSurveillanceCategory& category, const AccountKey& accountKey, Period period, PeriodTrial& trial) {
+    if (trial.newAccount) category.Book(period).accounts.SetClient(accountKey, std::move(trial.newAccount));
 }
 
 }  // namespace surv

@@ -4,12 +4,16 @@
 #include <memory>
 
 #include "categories/category.h"
+#include "limits/level_trial.h"
 #include "limits/scrip_trial.h"
 
 namespace surv {
 
 /// Both periods, in the order in which an order is tried and its rows are asked.
 inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+
+/// Where a period stands in arrays by period.
+[[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
 
 /// An order tried in one period of one category: on a copy of the flat position, and in place in the account's tree.
 struct PeriodTrial {
@@ -19,12 +23,12 @@ struct PeriodTrial {
 
 enum class FlatPosition : std::uint8_t { kMoves, kStays };
 
-/// Runs the order. Sets the order's periodicity and leaves it at the period's mask.
-/// REQUIRES: order.ownerInfo is the category's.
-void TryPeriod(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, FlatPosition flat,
-               GrossMode mode, CUndoLog& undo, PeriodTrial& trial);
+/// Runs the level's order. Sets its periodicity and leaves it at the period's mask.
+/// REQUIRES: order.ownerInfo is the category's; accountKey is the order's.
+void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, FlatPosition flat, GrossMode mode,
+               PeriodTrial& trial);
 
 /// The account is in the tree from now on.
-void KeepAccount(CSurveillanceCategory& category, tagOrderInfoForSurv& order, Period period, PeriodTrial& trial);
+void KeepAccount(CSurveillanceCategory& category, const AccountKey& accountKey, Period period, PeriodTrial& trial);
 
 }  // namespace surv

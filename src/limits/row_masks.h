@@ -25,8 +25,8 @@ inline constexpr std::array<std::int16_t, 6> kWholeTurnoverRows{0xD, 0xF, 0x7F, 
 
 /// What the mask of a row covers.
 struct RowShape {
-    bool single = false;     ///< one segment
-    bool hasOther = false;   ///< anything but equity
+    bool single = false;    ///< one segment
+    bool hasOther = false;  ///< anything but equity
     bool hasEquity = false;
     bool hasFutOpt = false;  ///< futures or options of NSE or BSE
     bool odd = false;        ///< expiry or settlement

@@ -24,10 +24,18 @@ struct ExposureFigures {
     [[nodiscard]] static ExposureFigures Of(const CSurvPosition& position, GrossMode mode);
 };
 
+/// The MTM and the booked profit of a position before and after a change, as limit rows count them. Paise.
+struct MtmFigures {
+    double before = 0;
+    double after = 0;
+    double bookedBefore = 0;
+    double bookedAfter = 0;
+};
+
 /// One order at one category in one period: the positions before and after it, and the figures of both. Rows read
 /// it; nothing in it depends on a row.
 struct ScripTrial {
-    CSurvPosition before;       ///< the netted position of the scrip
+    CSurvPosition before;  ///< the netted position of the scrip
     CSurvPosition after;
     CSurvPosition grossBefore;  ///< the account's own
     CSurvPosition grossAfter;
@@ -40,6 +48,7 @@ struct ScripTrial {
     bool grossSquareOff = false;  ///< the same on the grossing position
     double newValue = 0;          ///< paise, of the order after the event
     double oldValue = 0;          ///< paise, before it
+    MtmFigures mtm;               ///< formed for updates alone: a check moves no MTM
 
     /// Forms the figures from the four positions. REQUIRES: they are in place.
     void FormFigures(const tagOrderInfoForSurv& order, GrossMode mode);

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "platform/numeric.h"
+
 namespace surv {
 namespace {
 
@@ -23,15 +25,15 @@ void FillPrices(tagOrderInfoForSurv& order, const CBroadcastScrip& scrip, PriceS
     if (order.marketSegment == kNcdexFutures) {
         factor = (scale == PriceScale::kScrip ? scrip.priceMultiplier : order.priceMultiplier) / kMultiplierOne;
     }
-    const auto scaled = [factor](std::int32_t price) { return static_cast<std::int32_t>(price * factor); };
+    const auto scaled = [factor](std::int32_t price) { return ClampToInt32(price * factor); };
     order.closePrice = scaled(scrip.closePrice);
     order.lastTradedPrice = scaled(scrip.lastTradedPrice > 0 ? scrip.lastTradedPrice : scrip.closePrice);
     if (order.buySell == kBuy) {
-        order.marketSidePrice = scaled(FirstAboveZero<4>(
-            {scrip.bestSellPrice, scrip.bestBuyPrice, scrip.lastTradedPrice, scrip.closePrice}));
+        order.marketSidePrice = scaled(
+            FirstAboveZero<4>({scrip.bestSellPrice, scrip.bestBuyPrice, scrip.lastTradedPrice, scrip.closePrice}));
     } else if (order.buySell == kSell) {
-        order.marketSidePrice = scaled(FirstAboveZero<4>(
-            {scrip.bestBuyPrice, scrip.bestSellPrice, scrip.lastTradedPrice, scrip.closePrice}));
+        order.marketSidePrice = scaled(
+            FirstAboveZero<4>({scrip.bestBuyPrice, scrip.bestSellPrice, scrip.lastTradedPrice, scrip.closePrice}));
     }
 }
 

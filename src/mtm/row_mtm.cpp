@@ -3,7 +3,7 @@
 namespace surv {
 namespace {
 
-constexpr std::uint8_t kMtmProfitCounts = 1 << 1;     // bits of marginFlags
+constexpr std::uint8_t kMtmProfitCounts = 1 << 1;  // bits of marginFlags
 constexpr std::uint8_t kBookedProfitCounts = 1 << 3;
 
 /// What the move from a to b adds to a figure in which losses always count, and profits only if the client has it so.
@@ -15,21 +15,24 @@ double CountedChange(double a, double b, bool profitCounts) {
 
 }  // namespace
 
-void UpdateRowMtm(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, CSurvPosition before,
-                  CSurvPosition after, const Settings& settings) {
-    const bool option = after.GetMarketSegment() == 3 || after.GetMarketSegment() == 6;
+MtmFigures FormMtmFigures(const tagOrderInfoForSurv& order, CSurvPosition before, CSurvPosition after,
+                          const Settings& settings) {
+    MtmFigures mtm;
+    if (after.GetMarketSegment() == 3 || after.GetMarketSegment() == 6) return mtm;  // options never count
     const bool wholeLaidIn = order.rpfRecomputeFlag == 1 && settings.positionMode >= 1 && settings.positionMode <= 3;
-    const bool countsBefore = !option && !wholeLaidIn;
-    const std::uint8_t flags = order.riskPreference.marginFlags;
+    if (!wholeLaidIn) {
+        mtm.before = before.GetMTM(order.lotWeighting);
+        mtm.bookedBefore = before.GetBookedProfit(order.lotWeighting);
+    }
+    mtm.after = after.GetMTM(order.lotWeighting);
+    mtm.bookedAfter = after.GetBookedProfit(order.lotWeighting);
+    return mtm;
+}
 
-    const double a = countsBefore ? before.GetMTM(order.lotWeighting) : 0.0;
-    const double b = option ? 0.0 : after.GetMTM(order.lotWeighting);
-    row.usedMtm += CountedChange(a, b, (flags & kMtmProfitCounts) != 0);
-    row.usedMtmFull += b - a;
-
-    const double bookedBefore = countsBefore ? before.GetBookedProfit(order.lotWeighting) : 0.0;
-    const double bookedAfter = option ? 0.0 : after.GetBookedProfit(order.lotWeighting);
-    row.usedBookedPnl += CountedChange(bookedBefore, bookedAfter, (flags & kBookedProfitCounts) != 0);
+void UpdateRowMtm(BKSurveillanceLimitDefTag& row, std::uint8_t marginFlags, const MtmFigures& mtm) {
+    row.usedMtm += CountedChange(mtm.before, mtm.after, (marginFlags & kMtmProfitCounts) != 0);
+    row.usedMtmFull += mtm.after - mtm.before;
+    row.usedBookedPnl += CountedChange(mtm.bookedBefore, mtm.bookedAfter, (marginFlags & kBookedProfitCounts) != 0);
 }
 
 }  // namespace surv

@@ -3,6 +3,7 @@
 #include "orderpath/hierarchy.h"
 #include "orderpath/intake.h"
 #include "orderpath/level_walk.h"
+#include "orderpath/policy.h"
 #include "orderpath/refusal.h"
 #include "platform/format.h"
 #include "service/manager.h"
@@ -18,16 +19,15 @@ bool TakesMarketPrice(const tagOrderInfoForSurv& order) {
 
 /// Deliveries are looked up under a key of their own.
 std::int64_t PriceKey(const tagOrderInfoForSurv& order) {
-    const bool delivery =
-        order.productType == product::kDelivery || order.productType == product::kConvertToDelivery;
+    const bool delivery = order.productType == product::kDelivery || order.productType == product::kConvertToDelivery;
     return PlainKey(static_cast<std::int16_t>(order.ExchangeMask() + (delivery ? 5 : 0)), order.token);
 }
 
 Refusal NoMarket(const OrderIntake& intake) {
     const std::string symbol{FieldText(intake.order.contract.symbol)};
     const std::string series{FieldText(intake.order.contract.series)};
-    const std::string text = Format("Market for %s %s does not exist. Order pending with admin", symbol.c_str(),
-                                    series.c_str());
+    const std::string text =
+        Format("Market for %s %s does not exist. Order pending with admin", symbol.c_str(), series.c_str());
     return {status::kNoMarket, 0, CodeUse::kNone, WithClientText(intake.clientText, text)};
 }
 
@@ -54,8 +54,7 @@ Refusal UnknownOrLimitless(const OrderIntake& intake, const HierarchyRefusal& fa
 
 /// Products and segments come with their margin sources; until then an order in them is refused, not let through.
 bool IsServed(const tagOrderInfoForSurv& order) {
-    return IsCashSegment(order.marketSegment) &&
-           (order.productType == product::kNone || order.productType == product::kMargin);
+    return IsCashSegment(order.marketSegment) && order.productType == product::kMargin;
 }
 
 Refusal NotServed() {
@@ -94,10 +93,12 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
     if (failed.message) return refuse(UnknownOrLimitless(intake, failed));
 
     FillCheckEvent(intake);
+    ScaleNcdexPrices(order);  // before the market's prices come in, which are scaled already
     const bool priced = TakeMarketPrices(*this, intake);
     order.scripInfo = context_.stores.FindOrMakeScrip(order);
     if (!priced) return refuse(NoMarket(intake));
-    ScaleNcdexPrices(order);
+    order.parentCode = ParentCodeOf(order, request);
+    if (const auto refusal = TestOrderPolicy(*this, request, intake)) return refuse(*refusal);
     if (!IsServed(order)) return refuse(NotServed());
 
     CLevelWalk walk(*this, request, intake, hierarchy, lists, probe ? CheckMode::kProbe : CheckMode::kReal);

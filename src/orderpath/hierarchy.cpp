@@ -1,5 +1,7 @@
 #include "orderpath/hierarchy.h"
 
+#include "service/manager.h"
+
 namespace surv {
 namespace {
 
@@ -32,11 +34,6 @@ constexpr std::array kTests{
 
 enum class Presence : std::uint8_t { kAbsent, kOptional, kRequired };
 
-/// A family is in force when its code holds anything but blanks.
-bool NamesFamily(const tagSurveillanceInfo& request) {
-    return FieldText(request.familyCode).substr(0, 5).find_first_not_of(' ') != std::string_view::npos;
-}
-
 Presence PresenceOf(Level level, const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order,
                     bool familiesInForce) {
     const bool ofClient = request.dealerType == level::kClientsDealer && order.proClient != kProClientOwn;
@@ -67,6 +64,10 @@ bool WantsLimits(const HierarchyTest& test, const tagSurveillanceInfo& request) 
 }
 
 }  // namespace
+
+bool NamesFamily(const tagSurveillanceInfo& request) {
+    return FieldText(request.familyCode).substr(0, 5).find_first_not_of(' ') != std::string_view::npos;
+}
 
 CodeText LevelCodeOf(Level level, const tagSurveillanceInfo& request) {
     switch (level) {

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "categories/category.h"
 #include "orderpath/intake.h"
-#include "service/manager.h"
 
 namespace surv {
+
+class CSurveillanceManager;
 
 enum class Level : std::uint8_t { kSubClient, kClient, kFamily, kDealer, kGroup, kRoot };
 inline constexpr std::size_t kLevelCount = 6;
@@ -27,6 +29,9 @@ struct HierarchyRefusal {
     const char* message = nullptr;
     CodeText code;
 };
+
+/// A family is named when its code holds anything but blanks.
+[[nodiscard]] bool NamesFamily(const tagSurveillanceInfo& request);
 
 /// Code of a level as the request names it; the root's is "-".
 [[nodiscard]] CodeText LevelCodeOf(Level level, const tagSurveillanceInfo& request);

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "platform/numeric.h"
+
 namespace surv {
 namespace {
 
@@ -30,8 +32,8 @@ void ReadCorrectionRecord(OrderIntake& intake, const tagTradeCorrectionRequest& 
     tagOrderInfoForSurv& order = intake.order;
     order.accountCode = AccountOf(record.accountText);
     order.buySell = static_cast<std::int16_t>(record.buySellCharacter[0] - '0');
-    intake.clientText = order.buySell == kSell ? ClientTextOf(record.sellClientAccount)
-                                               : ClientTextOf(record.buyClientAccount);
+    if (order.buySell == kBuy) intake.clientText = ClientTextOf(record.buyClientAccount);
+    if (order.buySell == kSell) intake.clientText = ClientTextOf(record.sellClientAccount);
     order.contract = record.contract;
     if (intake.view.orderInfo) order.proClient = intake.view.orderInfo->proClient;
 }
@@ -161,9 +163,9 @@ void ScaleNcdexPrices(tagOrderInfoForSurv& order) {
     if (order.marketSegment != kNcdexFutures || order.priceMultiplier <= 0) return;
     const float factor = static_cast<float>(order.priceMultiplier) / 10000.0F;
     const auto scaled = [factor](std::int32_t price) {
-        const double product = static_cast<double>(static_cast<float>(price) * factor);
+        const double product = static_cast<double>(price) * static_cast<double>(factor);
         const double whole = std::floor(product);
-        return static_cast<std::int32_t>(product - whole >= 0.5 ? whole + 1 : whole);
+        return ClampToInt32(product - whole >= 0.5 ? whole + 1 : whole);
     };
     order.price = scaled(order.price);
     order.prevPrice = scaled(order.prevPrice);

@@ -12,8 +12,8 @@ namespace surv {
 struct OrderIntake {
     RequestView view;
     tagOrderInfoForSurv order;
-    FixedText<16> clientText;      ///< heads the texts of refusals
-    bool updateAllLevels = true;   ///< false: only levels of type 3, 5 and 8 take the order
+    FixedText<16> clientText;     ///< heads the texts of refusals
+    bool updateAllLevels = true;  ///< false: only levels of type 3, 5 and 8 take the order
 };
 
 /// Reads the records of a check into the order. False when no exchange mask could be read. May clear bits of

@@ -1,7 +1,5 @@
 #include "orderpath/level_commit.h"
 
-#include <memory>
-
 #include "categories/limit_store.h"
 #include "limits/period_trial.h"
 
@@ -16,9 +14,9 @@ std::int16_t EffectiveLevelOf(const LevelTrial& level) {
 void RunAccount(LevelTrial& level, Period period) {
     const Settings& settings = level.category->Context().settings;
     CAccountExposureSet& set = level.category->Book(period).accounts;
-    CClientExposure* account = set.FindAccount(level.order);
-    if (!account) account = &set.SetClient(level.order, std::make_unique<CClientExposure>());
-    account->ApplyOrder(level.order, account->FindOrMakePath(level.order, settings), TreeContext{settings});
+    CClientExposure& account = set.accounts.FindOrMake(MakeAccountKey(level.order));
+    account.ApplyOrder(level.order, account.FindOrMakePath(level.order, settings),
+                       TreeContext{settings, &level.category->Context().undo});
 }
 
 /// Orders of client types 3 and 5 are kept apart at the levels that aggregate them.
@@ -33,29 +31,39 @@ bool MovesClientLevelSets(const LevelTrial& level) {
     return aggregates || order.levelCode == std::string_view{kRootCode};
 }
 
+/// Whether the level's positions and rows take the order.
+bool Moves(const LevelTrial& level, bool updateAllLevels) {
+    return updateAllLevels || IsAlwaysUpdatedLevel(EffectiveLevelOf(level));
+}
+
 }  // namespace
 
-void CommitOrder(LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels, CPtrList* limitRows) {
+void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     CSurveillanceCategory& category = *level.category;
     tagOrderInfoForSurv& order = level.order;
-    const SurvContext& context = category.Context();
-    const bool moves = updateAllLevels || IsAlwaysUpdatedLevel(EffectiveLevelOf(level));
+    CUndoLog& undo = category.Context().undo;
+    const bool moves = Moves(level, updateAllLevels);
     const bool clientLevelSets = MovesClientLevelSets(level);
 
     order.ownerInfo = category.OwnerOf(order);
     for (const Period period : kPeriods) {
         order.periodicity = PeriodicityOf(order.marketSegment, period);
         PeriodBook& book = category.Book(period);
-        if (moves) book.exposures.CommitPosition(order);
+        if (moves) book.exposures.CommitPosition(order, level.flatPositions[PeriodIndex(period)], undo);
         if (level.road == LevelRoad::kPassedOver) RunAccount(level, period);
-        if (clientLevelSets) book.clientLevelExposures.CommitPosition(order);
+        if (clientLevelSets) book.clientLevelExposures.CommitPosition(order, nullptr, undo);
     }
+}
+
+void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,
+                CPtrList* limitRows) {
+    SurvContext& context = level.category->Context();
+    const bool moves = Moves(level, updateAllLevels);
     for (CSurvLimitEntry* row : rows) {
         if (!moves) {
-            CUndoLog& undo = category.Context().undo;
-            undo.RestoreObject(&row->Row(), CUndoLog::Mark{}, undo.Here());
+            context.undo.RestoreObject(&row->Row(), CUndoLog::Mark{}, context.undo.Here());
         } else if (limitRows) {
-            limitRows->AddTail(RowForHost(*row, context.settings.RowsAreLive()));
+            AppendRow(*limitRows, *row, context.settings.RowsAreLive());
         }
     }
 }

@@ -7,9 +7,13 @@
 
 namespace surv {
 
-/// Makes the order real at one level: the flat positions take it, a level that the walk passed over runs its accounts,
-/// and the touched rows go to limitRows. Where the level's positions don't move its rows get their images back.
-/// `rows` are those that the level touched.
-void CommitOrder(LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels, CPtrList* limitRows);
+/// Makes the order real at one level: the flat positions take it, and a level that the walk passed over runs its
+/// accounts.
+void CommitOrder(LevelTrial& level, bool updateAllLevels);
+
+/// Ends the trial of the rows that a level has touched: they go to limitRows, which may be null. Where the level's
+/// positions don't move they get their images back instead.
+void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,
+                CPtrList* limitRows);
 
 }  // namespace surv

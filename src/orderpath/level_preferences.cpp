@@ -1,6 +1,7 @@
 #include "orderpath/level_preferences.h"
 
 #include "reference/preferences.h"
+#include "service/manager.h"
 
 namespace surv {
 namespace {
@@ -35,13 +36,13 @@ const char* ProductRefusal(const tagOrderInfoForSurv& order) {
 }
 
 /// Links the level to its family's preferences if that hasn't happened yet.
-void LinkFamily(CSurveillanceManager& manager, const CSurveillanceCategory& category, const CodeText& levelCode,
+void LinkFamily(CSurveillanceManager& manager, CSurveillanceCategory& category, const CodeText& levelCode,
                 const tagSurveillanceInfo& request) {
     if (category.familyPreferences) return;
     auto& families = manager.Context().stores.clientFamilyMap;
     const CodeText family = FieldText(request.familyCode);
-    if (!family.Empty() && !families.Find(levelCode)) families.FindOrMake(levelCode, family);
-    manager.AddClientRiskPreference(levelCode);
+    if (NamesFamily(request)) families.FindOrMake(levelCode, family);
+    manager.LinkPreferences(category, levelCode);
 }
 
 /// The family's record of the exchange, when families count at this level.
@@ -56,8 +57,8 @@ void TakeOverall(tagOrderInfoForSurv& order, const Record& overall) {
     order.autoSquareOffPart = overall.autoSquareOffPart;
     order.preAutoSquareOffOn = (overall.fundFlags & kPreAutoSquareOffOn) != 0;
     order.autoSquareOffOn = (overall.fundFlags & kAutoSquareOffOn) != 0;
-    order.riskPreference.fundFlags = static_cast<std::uint8_t>((order.riskPreference.fundFlags & ~kFundBits) |
-                                                               (overall.fundFlags & kFundBits));
+    order.riskPreference.fundFlags =
+        static_cast<std::uint8_t>((order.riskPreference.fundFlags & ~kFundBits) | (overall.fundFlags & kFundBits));
 }
 
 /// The client takes the overall record of the family, else its own; the dealer's own overrides the family's.

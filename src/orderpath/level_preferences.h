@@ -2,9 +2,10 @@
 
 #include "orderpath/hierarchy.h"
 #include "orderpath/refusal.h"
-#include "service/manager.h"
 
 namespace surv {
+
+class CSurveillanceManager;
 
 /// The preferences that stand for an order when no record does.
 [[nodiscard]] RiskPreference DefaultPreferenceOf(std::int16_t exchangeMask);

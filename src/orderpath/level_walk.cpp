@@ -4,6 +4,8 @@
 
 #include "orderpath/level_commit.h"
 #include "orderpath/level_preferences.h"
+#include "platform/host_list.h"
+#include "service/manager.h"
 
 namespace surv {
 namespace {
@@ -70,12 +72,10 @@ LevelTrial& CLevelWalk::Open(Level level) {
     trial.order = intake_.order;
     tagOrderInfoForSurv& order = trial.order;
     order.levelCode = LevelCodeOf(level, request_);
-    order.parentCode = level == Level::kSubClient ? CodeText{FieldText(request_.clientCode)}
-                                                  : ParentCodeOf(intake_.order, request_);
+    if (level == Level::kSubClient) order.parentCode = FieldText(request_.clientCode);
     const bool marginApplies =
-        level == Level::kRoot
-            ? order.contract.expiryDate != 0
-            : Flag(request_.levelMarginFlags, kLevelFlags[static_cast<std::size_t>(level)].marginBit);
+        level == Level::kRoot ? order.contract.expiryDate != 0
+                              : Flag(request_.levelMarginFlags, kLevelFlags[static_cast<std::size_t>(level)].marginBit);
     order.levelMarginFlag = marginApplies ? 1 : 0;
     order.riskPreference = DefaultPreferenceOf(order.ExchangeMask());
     return trial;
@@ -116,11 +116,10 @@ void CLevelWalk::RunLevel(Level level, LevelTrial& trial) {
     trial.breaches.from = buffers.breaches.size();
     if (IsChecked(level)) {
         trial.road = LevelRoad::kChecked;
-        RuleAnswer answer = CheckCategory(trial, buffers, mode_, lists_.limitRows);
-        passing_ = answer.Passed();
-        if (!passing_) {
-            refusal_ = {status::kRefused, answer.code, CodeUse::kErrorAndHeadCode, std::move(answer.text)};
-        }
+        CategoryAnswer answer = CheckCategory(trial, buffers, mode_, lists_.limitRows);
+        if (answer.asked) passing_ = answer.passed;
+        RuleAnswer& told = answer.refusal;
+        if (!told.Passed()) refusal_ = {status::kRefused, told.code, CodeUse::kErrorAndHeadCode, std::move(told.text)};
     } else if (mode_ == CheckMode::kReal) {
         const bool takesIt = intake_.updateAllLevels || IsAlwaysUpdatedLevel(LevelTypeOf(level, request_));
         if (takesIt) {
@@ -131,38 +130,53 @@ void CLevelWalk::RunLevel(Level level, LevelTrial& trial) {
     trial.undoTo = context_.undo.Here();
     trial.touched.to = buffers.touched.size();
     trial.breaches.to = buffers.breaches.size();
-    DropRowsOfEarlierLevels(trial);
 }
 
-/// Where one category stands at two levels a row goes to the host once.
-void CLevelWalk::DropRowsOfEarlierLevels(LevelTrial& trial) {
-    const bool shared = std::any_of(levels_.begin(), levels_.end(), [&trial](const LevelTrial& other) {
-        return &other != &trial && other.category == trial.category && other.road != LevelRoad::kPassedOver;
-    });
-    if (!shared) return;
-    auto& rows = manager_.Buffers().touched;
-    const auto first = rows.begin() + static_cast<std::ptrdiff_t>(trial.touched.from);
-    rows.erase(std::remove_if(first, rows.end(),
-                              [&](const CSurvLimitEntry* row) { return std::find(rows.begin(), first, row) != first; }),
-               rows.end());
-    trial.touched.to = rows.size();
+/// The rows that the level hands out. Where one category stands at two levels, the first to commit hands out the rows
+/// of both, each once.
+std::vector<CSurvLimitEntry*> CLevelWalk::TakeSharedRows(const CSurveillanceCategory* category) {
+    const auto& touched = manager_.Buffers().touched;
+    std::vector<CSurvLimitEntry*> rows;
+    for (LevelTrial& trial : levels_) {
+        if (trial.category != category) continue;
+        for (std::size_t i = trial.touched.from; i < trial.touched.to; ++i) {
+            if (std::find(rows.begin(), rows.end(), touched[i]) == rows.end()) rows.push_back(touched[i]);
+        }
+        trial.touched = {};
+    }
+    return rows;
+}
+
+bool CLevelWalk::IsShared(Level level) const {
+    const CSurveillanceCategory* category = hierarchy_.At(level);
+    return std::count_if(kWalkOrder.begin(), kWalkOrder.end(),
+                         [&](Level other) { return hierarchy_.At(other) == category; }) > 1;
 }
 
 void CLevelWalk::CommitLevel(Level level) {
     LevelTrial& trial = TrialOf(level);
-    if (trial.road == LevelRoad::kPassedOver) Open(level);
-    const auto& rows = manager_.Buffers().touched;
-    const std::span<CSurvLimitEntry* const> touched{rows.data() + trial.touched.from,
-                                                    trial.touched.to - trial.touched.from};
-    CommitOrder(trial, touched, intake_.updateAllLevels, lists_.limitRows);
+    if (IsShared(level)) {
+        CommitRows(trial, TakeSharedRows(trial.category), intake_.updateAllLevels, lists_.limitRows);
+        return;
+    }
+    const auto& touched = manager_.Buffers().touched;
+    const std::span<CSurvLimitEntry* const> rows{touched.data() + trial.touched.from,
+                                                 trial.touched.to - trial.touched.from};
+    CommitRows(trial, rows, intake_.updateAllLevels, lists_.limitRows);
 }
 
 void CLevelWalk::Commit() {
-    request_.failedLevelType = -1;
-    WriteField(request_.failedLevelCode, {});
+    for (const Level level : kCommitOrder) {
+        if (!hierarchy_.At(level)) continue;
+        LevelTrial& trial = TrialOf(level);
+        if (trial.road == LevelRoad::kPassedOver) Open(level);
+        CommitOrder(trial, intake_.updateAllLevels);
+    }
     for (const Level level : kCommitOrder) {
         if (hierarchy_.At(level)) CommitLevel(level);
     }
+    request_.failedLevelType = -1;
+    WriteField(request_.failedLevelCode, {});
     EndTrial();
 }
 
@@ -175,7 +189,7 @@ void CLevelWalk::Rollback() {
         for (const Level level : kRollbackOrder) {
             const BufferRange& range = TrialOf(level).breaches;
             for (std::size_t i = range.from; i < range.to; ++i) {
-                lists_.rollbackRows->AddTail(new tagBreachRow(manager_.Buffers().breaches[i]));
+                HandOver(*lists_.rollbackRows, std::make_unique<tagBreachRow>(manager_.Buffers().breaches[i]));
             }
         }
     }

@@ -1,15 +1,17 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include "limits/category_check.h"
 #include "limits/level_trial.h"
 #include "orderpath/hierarchy.h"
 #include "orderpath/intake.h"
 #include "orderpath/refusal.h"
-#include "service/manager.h"
 
 namespace surv {
+
+class CSurveillanceManager;
 
 /// Tries an order at each level from the lowest to the root, and is the only owner of that trial: it ends in a commit
 /// of all levels or in a rollback of all, on any way out.
@@ -45,7 +47,8 @@ class CLevelWalk {
     [[nodiscard]] bool WalkComesTo(Level level) const;
     [[nodiscard]] bool IsChecked(Level level) const;
     void CommitLevel(Level level);
-    void DropRowsOfEarlierLevels(LevelTrial& trial);
+    [[nodiscard]] bool IsShared(Level level) const;
+    [[nodiscard]] std::vector<CSurvLimitEntry*> TakeSharedRows(const CSurveillanceCategory* category);
     void EndTrial();
     LevelTrial& TrialOf(Level level) { return levels_[static_cast<std::size_t>(level)]; }
 
@@ -57,7 +60,7 @@ class CLevelWalk {
     CheckLists lists_;
     CheckMode mode_;
     std::array<LevelTrial, kLevelCount> levels_;  ///< in the order of the walk, which is that of Level
-    bool passing_ = true;                          ///< the last level asked has passed
+    bool passing_ = true;                         ///< the last level asked has passed
     bool ended_ = false;
     Refusal refusal_;
 };

@@ -33,7 +33,10 @@ FixedText<32> AccountOf(const char (&accountText)[16]) {
     constexpr std::size_t kTailFrom = 12;
     std::array<char, 14> account{};
     std::memcpy(account.data(), accountText, kHead);
-    std::memcpy(account.data() + kHead, accountText + kTailFrom, account.size() - kHead);
+    // A zero in the gap ends the account: what stands behind it is of another.
+    if (accountText[kHead] != '\0' && accountText[kHead + 1] != '\0') {
+        std::memcpy(account.data() + kHead, accountText + kTailFrom, account.size() - kHead);
+    }
     const std::string_view whole{account.data(), ::strnlen(account.data(), account.size())};
     return Trimmed(whole);
 }

@@ -18,7 +18,7 @@ struct RequestView {
     tagTradeCorrectionRequest* correction = nullptr;
     tagTradeInfo* primaryTrade = nullptr;
     tagOrderInfo* orderInfo = nullptr;
-    tagTradeInfo* trade = nullptr;            ///< the trailing one
+    tagTradeInfo* trade = nullptr;  ///< the trailing one
 };
 
 /// Finds the records behind the head: the primary record of the message code, then the stored order if bit 7 of

@@ -55,19 +55,27 @@ class FixedText {
     [[nodiscard]] bool Empty() const { return bytes_[0] == '\0'; }
     [[nodiscard]] std::uint64_t Hash() const {
         std::uint64_t hash = 0;
-        for (std::size_t i = 0; i < Capacity; i += 8) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, bytes_.data() + i, 8);
-            hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
+        for (std::size_t at = 0; at < Capacity; at += 8) {
+            hash = (hash ^ Word(at)) * 0x9E3779B97F4A7C15ULL;
             hash ^= hash >> 32;
         }
         return hash;
     }
 
-    friend bool operator==(const FixedText& a, const FixedText& b) { return a.bytes_ == b.bytes_; }
+    friend bool operator==(const FixedText& a, const FixedText& b) {
+        std::uint64_t difference = 0;
+        for (std::size_t at = 0; at < Capacity; at += 8) difference |= a.Word(at) ^ b.Word(at);
+        return difference == 0;
+    }
     friend bool operator==(const FixedText& a, std::string_view b) { return a.View() == b; }
 
  private:
+    [[nodiscard]] std::uint64_t Word(std::size_t at) const {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes_.data() + at, 8);
+        return word;
+    }
+
     std::array<char, Capacity> bytes_{};
 };
 

@@ -38,6 +38,8 @@ class HashMap {
         Key key;
         std::unique_ptr<Value> value;
     };
+    /// Numbers go by value: a reference to a field of a packed record may not be aligned.
+    using KeyArgument = std::conditional_t<std::is_integral_v<Key>, Key, const Key&>;
 
     /// buckets: the size at which the index starts.
     explicit HashMap(std::uint32_t buckets = 16) : buckets_(buckets) {}
@@ -46,37 +48,38 @@ class HashMap {
     [[nodiscard]] bool Empty() const { return entries_.empty(); }
 
     /// Null when the key isn't there.
-    [[nodiscard]] Value* Find(const Key& key) const {
+    [[nodiscard]] Value* Find(KeyArgument key) const {
         const std::size_t at = Position(key);
         return at == kNowhere ? nullptr : entries_[at].value.get();
     }
 
-    /// REQUIRES: the key isn't there, value is not null.
-    Value& Insert(const Key& key, std::unique_ptr<Value> value) {
-        entries_.push_back(Entry{key, std::move(value)});
+    /// REQUIRES: the key isn't there, value is not null. If memory runs out the value stays with the caller.
+    Value& Insert(KeyArgument key, std::unique_ptr<Value>&& value) {
+        entries_.push_back(Entry{key, nullptr});
         try {
             Grow();
         } catch (...) {
             entries_.pop_back();
             throw;
         }
+        entries_.back().value = std::move(value);
         return *entries_.back().value;
     }
 
     /// The value under the key; a missing one is made from the arguments.
     template <class... Arguments>
-    Value& FindOrMake(const Key& key, Arguments&&... arguments) {
+    Value& FindOrMake(KeyArgument key, Arguments&&... arguments) {
         if (Value* found = Find(key)) return *found;
         return Insert(key, std::make_unique<Value>(std::forward<Arguments>(arguments)...));
     }
 
     /// Takes the value out; null when the key isn't there. The order of the others stays.
-    std::unique_ptr<Value> Take(const Key& key) {
+    std::unique_ptr<Value> Take(KeyArgument key) {
         const std::size_t at = Position(key);
         if (at == kNowhere) return nullptr;
         std::unique_ptr<Value> value = std::move(entries_[at].value);
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
-        if (!index_.empty()) Reindex(index_.size());
+        if (!index_.empty()) FillIndex();
         return value;
     }
 
@@ -98,7 +101,7 @@ class HashMap {
         std::uint32_t entry = 0;
     };
 
-    [[nodiscard]] std::size_t Position(const Key& key) const {
+    [[nodiscard]] std::size_t Position(KeyArgument key) const {
         if (index_.empty()) {
             for (std::size_t i = 0; i < entries_.size(); ++i) {
                 if (entries_[i].key == key) return i;
@@ -116,7 +119,7 @@ class HashMap {
     }
 
     void Grow() {
-        if (entries_.size() <= kScanLimit) return;
+        if (index_.empty() && entries_.size() <= kScanLimit) return;
         const std::size_t needed = entries_.size() * 2;
         if (index_.size() >= needed) {
             Enter(entries_.size() - 1);
@@ -128,6 +131,11 @@ class HashMap {
     void Reindex(std::size_t size) {
         std::vector<Slot> fresh(size);
         index_.swap(fresh);
+        FillIndex();
+    }
+
+    void FillIndex() {
+        std::fill(index_.begin(), index_.end(), Slot{});
         for (std::size_t i = 0; i < entries_.size(); ++i) Enter(i);
     }
 

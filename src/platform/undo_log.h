@@ -17,14 +17,12 @@ class CUndoLog {
         std::size_t images = 0;
     };
 
-    /// Keeps the figures as they are now. REQUIRES: they stay where they are until the log is cleared.
+    /// Keeps the figures as they are now, and gives the image, which is good until the next save.
+    /// REQUIRES: the figures stay where they are until the log is cleared.
     template <class Figures>
-    void Save(Figures& figures) {
+    const Figures& Save(Figures& figures) {
         static_assert(std::is_trivially_copyable_v<Figures>, "plain figures only: children and links stay out");
-        const std::size_t at = bytes_.size();
-        bytes_.resize(at + sizeof(Figures));
-        std::memcpy(bytes_.data() + at, &figures, sizeof(Figures));
-        images_.push_back(Image{&figures, at, sizeof(Figures)});
+        return *reinterpret_cast<const Figures*>(SaveBytes(&figures, sizeof(Figures)));
     }
 
     [[nodiscard]] Mark Here() const { return Mark{images_.size()}; }
@@ -64,6 +62,16 @@ class CUndoLog {
     [[nodiscard]] bool Empty() const { return images_.empty(); }
 
  private:
+    /// Images lie at multiples of 8, so that any plain struct may be read in place.
+    const std::byte* SaveBytes(void* object, std::size_t size) {
+        const std::size_t at = bytes_.size();
+        const auto* from = static_cast<const std::byte*>(object);
+        bytes_.insert(bytes_.end(), from, from + size);
+        bytes_.resize(at + (size + 7) / 8 * 8);
+        images_.push_back(Image{object, at, size});
+        return bytes_.data() + at;
+    }
+
     struct Image {
         void* object;
         std::size_t at;

@@ -78,9 +78,7 @@ ProductGroup ProductGroupOf(std::int16_t productType) {
 void CScripExposure::ApplyOrder(const tagOrderInfoForSurv& order, const TreeContext& context) {
     for (CSurvPosition* part : {&position, &dayPosition}) {
         context.Save(part->data);
-        part->ReversePositions(order);
-        part->Update11(order);
-        part->DiscardSavedPosition();  // the log holds the image
+        part->ApplyChange(order);
     }
 }
 
@@ -98,11 +96,13 @@ void CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& pa
         FillOwner(*ownerInfo, order);
     }
     tagPositionOwnerInfo* const orderOwner = std::exchange(order.ownerInfo, ownerInfo.get());
-    const CSurvPosition oldPosition = path.scrip->position;
+    const bool trade = order.orderEventKind == event::kTrade;
+    CSurvPosition oldPosition;
+    if (trade) oldPosition = path.scrip->position;
 
     path.scrip->ApplyOrder(order, context);
     if (context.settings.HoldsClientPositions()) MoveSegmentPosition(order, context);
-    if (order.orderEventKind == event::kTrade) MoveSegmentMtm(order, oldPosition, path.scrip->position, context);
+    if (trade) MoveSegmentMtm(order, oldPosition, path.scrip->position, context);
 
     context.Save(levelTypes);
     levelTypes = {order.clientLevelType, order.groupLevelType, order.subClientLevelType};
@@ -110,20 +110,18 @@ void CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& pa
 }
 
 void CClientExposure::MoveSegmentPosition(const tagOrderInfoForSurv& order, const TreeContext& context) {
-    if (!FindSegment(order.marketSegment)) return;
+    if (!IsSegment(order.marketSegment)) return;
     auto& positions = segmentPositions_[static_cast<std::size_t>(ProductGroupOf(order.productType))];
     if (!positions) positions = std::make_unique<SegmentPositions>();
     auto& position = (*positions)[SlotOf(order.marketSegment)];
     if (!position) position = std::make_unique<CSurvPosition>();
     context.Save(position->data);
-    position->ReversePositions(order);
-    position->Update11(order);
-    position->DiscardSavedPosition();
+    position->ApplyChange(order);
 }
 
 void CClientExposure::MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition,
                                      CSurvPosition newPosition, const TreeContext& context) {
-    if (!FindSegment(order.marketSegment)) return;
+    if (!IsSegment(order.marketSegment)) return;
     if (!segmentFigures_) segmentFigures_ = std::make_unique<std::array<SegmentFigures, kSegmentCount>>();
     SegmentFigures& figures = (*segmentFigures_)[SlotOf(order.marketSegment)];
     context.Save(figures);
@@ -152,19 +150,14 @@ CScripExposure* CClientExposure::FindScripByKey(const PositionKey& key) const {
 }
 
 const SegmentFigures* CClientExposure::FindSegmentFigures(std::int16_t marketSegment) const {
-    if (!segmentFigures_ || !FindSegment(marketSegment)) return nullptr;
+    if (!segmentFigures_ || !IsSegment(marketSegment)) return nullptr;
     return &(*segmentFigures_)[SlotOf(marketSegment)];
 }
 
 const CSurvPosition* CClientExposure::FindSegmentPosition(std::int16_t marketSegment, ProductGroup group) const {
     const auto& positions = segmentPositions_[static_cast<std::size_t>(group)];
-    if (!positions || !FindSegment(marketSegment)) return nullptr;
+    if (!positions || !IsSegment(marketSegment)) return nullptr;
     return (*positions)[SlotOf(marketSegment)].get();
-}
-
-CClientExposure& CAccountExposureSet::SetClient(const tagOrderInfoForSurv& order,
-                                                std::unique_ptr<CClientExposure> account) {
-    return accounts.Insert(MakeAccountKey(order), std::move(account));
 }
 
 }  // namespace surv

@@ -70,7 +70,7 @@ class CUnderlyingExposure {
 
 /// MTM sums of an account over one market segment, paise.
 struct SegmentFigures {
-    double lossSum = 0;    ///< absolute values of the losses
+    double lossSum = 0;  ///< absolute values of the losses
     double profitSum = 0;
     double openValueSum = 0;
 };
@@ -100,7 +100,7 @@ class CClientExposure {
     HashMap<UnderlyingKey, CUnderlyingExposure> underlyings{31};
     std::unique_ptr<tagPositionOwnerInfo> ownerInfo;  ///< made from the first order or row
     AccountLevelTypes levelTypes;
-    bool aggregate = false;                           ///< a '+' account: left out of every sum over accounts
+    bool aggregate = false;  ///< a '+' account: left out of every sum over accounts
 
     /// The nodes of the order's contract; missing ones are made.
     ScripPath FindOrMakePath(const tagOrderInfoForSurv& order, const Settings& settings);
@@ -132,8 +132,8 @@ class CClientExposure {
     void MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition, CSurvPosition newPosition,
                         const TreeContext& context);
 
-    std::unique_ptr<std::array<SegmentFigures, kSegmentCount>> segmentFigures_;                  // made at need
-    std::array<std::unique_ptr<SegmentPositions>, kProductGroupCount> segmentPositions_;         // made at need
+    std::unique_ptr<std::array<SegmentFigures, kSegmentCount>> segmentFigures_;           // made at need
+    std::array<std::unique_ptr<SegmentPositions>, kProductGroupCount> segmentPositions_;  // made at need
 };
 
 /// The accounts of a category for one period.
@@ -147,8 +147,10 @@ class CAccountExposureSet {
     [[nodiscard]] CClientExposure* FindAccount(std::string_view groupCode, std::string_view accountCode) const {
         return accounts.Find(MakeAccountKey(groupCode, accountCode));
     }
-    /// Stores a new account under the key of the order.
-    CClientExposure& SetClient(const tagOrderInfoForSurv& order, std::unique_ptr<CClientExposure> account);
+    /// Stores a new account. REQUIRES: the key isn't there. If memory runs out the account stays with the caller.
+    CClientExposure& SetClient(const AccountKey& key, std::unique_ptr<CClientExposure>&& account) {
+        return accounts.Insert(key, std::move(account));
+    }
 };
 
 }  // namespace surv

@@ -4,24 +4,24 @@
 
 namespace surv {
 
-CSurvPosition& CExposureDetails::CommitPosition(const tagOrderInfoForSurv& order) {
-    CSurvPosition& position = positions.FindOrMake(FlatKey(order));
-    position.ReversePositions(order);
-    position.Update11(order);
-    position.DiscardSavedPosition();
+CSurvPosition& CExposureDetails::CommitPosition(const tagOrderInfoForSurv& order, CSurvPosition* known,
+                                                CUndoLog& undo) {
+    CSurvPosition& position = known ? *known : positions.FindOrMake(FlatKey(order));
+    undo.Save(position.data);
+    position.ApplyChange(order);
     return position;
 }
 
-CSurvPosition& CExposureDetails::CommitLegPosition(const tagOrderInfoForSurv& order, int leg) {
+CSurvPosition& CExposureDetails::CommitLegPosition(const tagOrderInfoForSurv& order, int leg, CUndoLog& undo) {
     CSurvPosition& position = positions.FindOrMake(FlatKey(order, leg));
+    undo.Save(position.data);
     if (order.productType == product::kMarginPlus && leg == 1) {
         position.ReverseMarginPlusLeg(order);
         position.ApplyMarginPlusLeg(order);
+        position.DiscardSavedPosition();
     } else {
-        position.ReversePositions(order);
-        position.Update11(order);
+        position.ApplyChange(order);
     }
-    position.DiscardSavedPosition();
     return position;
 }
 

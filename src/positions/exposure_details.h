@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/hash_map.h"
+#include "platform/undo_log.h"
 #include "positions/position.h"
 #include "positions/position_key.h"
 
@@ -22,10 +23,11 @@ class CExposureDetails {
     [[nodiscard]] CSurvPosition* Find(const PositionKey& key) const { return positions.Find(key); }
 
     // Changes -----------------------------------------------------------------------------------------------
-    /// The order's position, or a new one, takes the change for good.
-    CSurvPosition& CommitPosition(const tagOrderInfoForSurv& order);
+    /// The order's position, or a new one, takes the change. Its image goes to the log, for a call that is cut short.
+    /// known: the position, if the caller has found it; null looks it up.
+    CSurvPosition& CommitPosition(const tagOrderInfoForSurv& order, CSurvPosition* known, CUndoLog& undo);
     /// As CommitPosition; leg 1 of a two-leg order takes the two-leg arithmetic.
-    CSurvPosition& CommitLegPosition(const tagOrderInfoForSurv& order, int leg);
+    CSurvPosition& CommitLegPosition(const tagOrderInfoForSurv& order, int leg, CUndoLog& undo);
     /// Gives back the saved image. -1 for a missing key.
     std::int16_t RestorePosition(const PositionKey& key);
     /// A position row: a new key takes its figures, an existing one adds them.

@@ -165,6 +165,7 @@ struct ProfitTerms {
     [[nodiscard]] double Booked() const { return (sellAverage - buyAverage) * weight * matchedQty; }
 };
 
+/// 0 where nothing was traded, and for a contract that weighs nothing.
 double AveragePrice(double value, double weightedQty) { return weightedQty == 0 ? 0.0 : value / weightedQty; }
 
 /// A stored value of a lot-weighted scrip holds the weight already, so its average is a price like any other.
@@ -182,8 +183,7 @@ ProfitTerms MakeProfitTerms(const tagSurvPositionData& d, LotWeighting weighting
 double CSurvPosition::GetMTM(LotWeighting weighting) {
     if (!data.scripInfo) return 0.0;
     const ProfitTerms terms = MakeProfitTerms(data, weighting);
-    // An open quantity without a price, or a contract that weighs nothing, can't be marked.
-    if ((data.lastPrice == 0 && terms.openQty != 0) || terms.weight == 0) {
+    if (data.lastPrice == 0 && terms.openQty != 0) {  // no price to mark it with
         data.openPositionValue = 0.0;
         data.mtmValue = 0.0;
         return 0.0;

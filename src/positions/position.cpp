@@ -145,8 +145,13 @@ void CSurvPosition::Update11(const tagOrderInfoForSurv& order) {
     // A change keeps the image from before its reversal, also when it takes the whole quantity away.
     const bool reversed = order.prevQuantity != 0 && (order.quantity != 0 || HasSavedPosition());
     if (!conversion && !reversed) SavePosition();
+    PutIn(order);
+}
+
+void CSurvPosition::PutIn(const tagOrderInfoForSurv& order) {
     if (order.lastTradedPrice != 0) data.lastPrice = order.lastTradedPrice;
 
+    const bool conversion = IsConversion(order.productType);
     const bool fill = IsFill(order.orderEventKind);
     const bool withoutLegs = order.productType == product::kMarginPlus && order.marginPlusLeg == 0;
     const Amount amount = NewAmount(order);
@@ -162,6 +167,10 @@ void CSurvPosition::Update11(const tagOrderInfoForSurv& order) {
 
 void CSurvPosition::ReversePositions(const tagOrderInfoForSurv& order) {
     SavePosition();
+    TakeOut(order);
+}
+
+void CSurvPosition::TakeOut(const tagOrderInfoForSurv& order) {
     const Amount amount = OldAmount(order);
     Totals own = Own(data, order);
     own.TakeFromOrders(amount);

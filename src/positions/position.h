@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "shared/order.h"
 
@@ -36,16 +37,16 @@ struct tagSurvPositionData {
     double tradedBuyValue = 0;
     std::int64_t tradedSellQty = 0;
     double tradedSellValue = 0;
-    double openPositionValue = 0;  ///< written by GetMTM
-    double mtmValue = 0;           ///< written by GetMTM
+    double openPositionValue = 0;                       ///< written by GetMTM
+    double mtmValue = 0;                                ///< written by GetMTM
     tagExposureScripSpecificInfo* scripInfo = nullptr;  ///< shared, not owned
     tagPositionOwnerInfo* ownerInfo = nullptr;          ///< not owned
 };
 
 /// What a gross exposure is put together from: the share argument of a limit row only matters to options.
 struct GrossParts {
-    double base = 0;     ///< counts whole
-    double perNet = 0;   ///< counts times the whole part of optionNetPercent / 10000; 0 unless an option
+    double base = 0;    ///< counts whole
+    double perNet = 0;  ///< counts times the whole part of optionNetPercent / 10000; 0 unless an option
 
     [[nodiscard]] double Value(std::int32_t optionNetPercent) const {
         return optionNetPercent > 0 ? base + static_cast<double>(optionNetPercent / 10000) * perNet : base;
@@ -78,6 +79,11 @@ class CSurvPosition {
     void Update11(const tagOrderInfoForSurv& order);
     /// Takes the order's previous quantity and price out.
     void ReversePositions(const tagOrderInfoForSurv& order);
+    /// Both at once, and for good: whoever calls it keeps an image of its own if one is wanted.
+    void ApplyChange(const tagOrderInfoForSurv& order) {
+        TakeOut(order);
+        PutIn(order);
+    }
     /// The same two for a two-leg order.
     void ApplyMarginPlusLeg(const tagOrderInfoForSurv& order);
     void ReverseMarginPlusLeg(const tagOrderInfoForSurv& order);
@@ -85,16 +91,13 @@ class CSurvPosition {
     void SetLastPrice(const tagOrderInfoForSurv& order) { data.lastPrice = order.lastTradedPrice; }
 
     /// A second save overwrites the image.
-    void SavePosition() {
-        saved_ = data;
-        hasSaved_ = true;
-    }
+    void SavePosition() { saved_ = std::make_unique<tagSurvPositionData>(data); }
     void RestorePosition() {
-        if (hasSaved_) data = saved_;
-        hasSaved_ = false;
+        if (saved_) data = *saved_;
+        saved_.reset();
     }
-    void DiscardSavedPosition() { hasSaved_ = false; }
-    [[nodiscard]] bool HasSavedPosition() const { return hasSaved_; }
+    void DiscardSavedPosition() { saved_.reset(); }
+    [[nodiscard]] bool HasSavedPosition() const { return saved_ != nullptr; }
 
     // Data movement -----------------------------------------------------------------------------------------
     /// Copies the figures out; then shortens the '+' code of the owner record itself.
@@ -163,16 +166,26 @@ class CSurvPosition {
     [[nodiscard]] double GetMaxExtraCashMargin(const tagOrderInfoForSurv& order) const;
 
     // The scrip ---------------------------------------------------------------------------------------------
-    [[nodiscard]] std::int16_t GetMarketSegment() const { return data.scripInfo ? data.scripInfo->marketSegment : std::int16_t{0}; }
+    [[nodiscard]] std::int16_t GetMarketSegment() const {
+        return data.scripInfo ? data.scripInfo->marketSegment : std::int16_t{0};
+    }
     [[nodiscard]] std::int32_t GetToken() const { return data.scripInfo ? data.scripInfo->token : 0; }
-    [[nodiscard]] std::int32_t GetUnderlyingToken() const { return data.scripInfo ? data.scripInfo->underlyingToken : 0; }
-    [[nodiscard]] std::int32_t GetExpiryDate() const { return data.scripInfo ? data.scripInfo->contract.expiryDate : 0; }
-    [[nodiscard]] std::int16_t GetCaLevel() const { return data.scripInfo ? data.scripInfo->contract.caLevel : std::int16_t{0}; }
+    [[nodiscard]] std::int32_t GetUnderlyingToken() const {
+        return data.scripInfo ? data.scripInfo->underlyingToken : 0;
+    }
+    [[nodiscard]] std::int32_t GetExpiryDate() const {
+        return data.scripInfo ? data.scripInfo->contract.expiryDate : 0;
+    }
+    [[nodiscard]] std::int16_t GetCaLevel() const {
+        return data.scripInfo ? data.scripInfo->contract.caLevel : std::int16_t{0};
+    }
     [[nodiscard]] bool IsOption() const { return data.scripInfo && data.scripInfo->contract.strikePrice >= 1; }
 
  private:
-    tagSurvPositionData saved_;
-    bool hasSaved_ = false;
+    void TakeOut(const tagOrderInfoForSurv& order);
+    void PutIn(const tagOrderInfoForSurv& order);
+
+    std::unique_ptr<tagSurvPositionData> saved_;  ///< the undo image, while a change is in progress
 };
 
 }  // namespace surv

@@ -17,8 +17,9 @@ using surv::kDone;
 using surv::kNotDone;
 using surv::Library;
 
+/// Made at the first call and never destroyed: a call from the host's own last steps still finds it.
 Library& TheLibrary() {
-    static Library library;
+    static Library& library = *new Library;
     return library;
 }
 
@@ -90,18 +91,25 @@ constexpr std::size_t kEntityCodeWidth = sizeof(BKSurveillanceLimitDefTag::entit
 // The host's side
 
 void SetHostWindow(HostWindowFunction window, void* context) noexcept {
-    TheLibrary().context.window.Set(window, context);
+    Contained(0, [&](Library& library) {
+        library.context.window.Set(window, context);
+        return 0;
+    });
 }
 
-void SetHostClock(HostClockFunction clock, void* context) noexcept { TheLibrary().context.clock.Set(clock, context); }
+void SetHostClock(HostClockFunction clock, void* context) noexcept {
+    Contained(0, [&](Library& library) {
+        library.context.clock.Set(clock, context);
+        return 0;
+    });
+}
 
 // ---------------------------------------------------------------------------------------------------------------
 // Life cycle and settings
 
-short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
-                            short limitDetailMessages, short mtmMode, short /*unused6*/, short positionMode,
-                            std::int32_t featureBits, short /*unused9*/, CPtrList* securityList, CPtrList* dpList,
-                            CPtrList* sarList) noexcept {
+short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode, short limitDetailMessages,
+                            short mtmMode, short /*unused6*/, short positionMode, std::int32_t featureBits,
+                            short /*unused9*/, CPtrList* securityList, CPtrList* dpList, CPtrList* sarList) noexcept {
     return Contained<short>(kNotDone, [&](Library& library) {
         return library.Start({rpfMarginMode, limitDetailMessages, mtmMode, positionMode, featureBits},
                              {limitList, exposureList, securityList, dpList, sarList});
@@ -164,10 +172,16 @@ CPtrList* GetTransactionLogList() noexcept { return nullptr; }
 
 short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, short* status, CPtrList* limitRows,
                         CPtrList* /*breachRows*/, CPtrList* rollbackRows, short probe) noexcept {
-    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+    bool cutShort = false;
+    const short result = Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
         if (!request || !error || !status) return kNotDone;
-        return manager.CheckSurveillance(*request, *error, *status, {limitRows, rollbackRows}, probe != 0);
+        cutShort = true;
+        const short done = manager.CheckSurveillance(*request, *error, *status, {limitRows, rollbackRows}, probe != 0);
+        cutShort = false;
+        return done;
     });
+    if (cutShort) *status = surv::status::kRefused;  // a call that memory ended must not look like a pass
+    return result;
 }
 
 short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /*error*/, CPtrList* /*limitRows*/,
@@ -178,7 +192,7 @@ short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /
 short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord, char* text) noexcept {
     constexpr short kOwnAccount = 1;
     if (kind != 0) return kOwnAccount;
-    if (!rawRecord || !text) return kNotDone;
+    if (!rawRecord) return kNotDone;
     std::int16_t messageCode = 0;
     std::memcpy(&messageCode, rawRecord + offsetof(tagOrderRequest, messageCode), sizeof messageCode);
 
@@ -215,6 +229,7 @@ short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawR
         default: return kNotDone;
     }
     if (proClient == surv::kProClientOwn) return kOwnAccount;
+    if (!text) return kNotDone;
     const std::string_view view = account.View();
     std::memcpy(text, view.data(), view.size());
     text[view.size()] = '\0';
@@ -369,15 +384,19 @@ short ClientPositionPresentFromDLL(char* /*text1*/, char* /*text2*/, char* /*tex
 
 short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        if (positionRows) return NotServed(TheLibrary());
         if (limitRows) manager.AppendAllLimitRows(*limitRows);
-        return positionRows ? NotServed(TheLibrary()) : kDone;
+        return kDone;
     });
 }
 
 short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
+        // Positions are captured in one mode alone; the others have none to give.
+        constexpr std::int16_t kCapturing = 1;
+        if (positionRows && manager.Context().settings.positionMode == kCapturing) return NotServed(TheLibrary());
         if (limitRows) manager.AppendAllLimitRows(*limitRows);
-        return positionRows ? NotServed(TheLibrary()) : kDone;
+        return kDone;
     });
 }
 
@@ -389,7 +408,8 @@ short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
                    });
 }
 
-short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/, CPtrList* /*result*/) noexcept {
+short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/,
+                               CPtrList* /*result*/) noexcept {
     return GuardedNotServed(kCheckNotStarted);
 }
 short UpdateDPPositionInfo(tagDPUpload* /*upload*/) noexcept { return GuardedNotServed(kUpdateNotStarted); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <new>
 
 #include "reference/context.h"
 #include "service/manager.h"
@@ -11,7 +12,8 @@ namespace surv {
 /// Everything that one loaded library holds. The exports use one static instance; a test makes its own.
 class Library {
  public:
-    Library() : manager(std::make_unique<CSurveillanceManager>(context)) {}
+    /// Without memory for a manager there is none; a long start tries again.
+    Library() : manager(new (std::nothrow) CSurveillanceManager(context)) {}
 
     SurvContext context;
     std::unique_ptr<CSurveillanceManager> manager;  ///< null between a clean-up and the next long start

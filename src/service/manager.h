@@ -23,12 +23,6 @@ struct LoadLists {
     CPtrList* sarHoldings = nullptr;
 };
 
-/// The lists that a check fills; each may be null.
-struct CheckLists {
-    CPtrList* limitRows = nullptr;
-    CPtrList* rollbackRows = nullptr;
-};
-
 /// The one top-level object. It owns the categories and the indexes into them; each group of its operations is
 /// defined in the folder of its subsystem.
 class CSurveillanceManager {
@@ -55,7 +49,9 @@ class CSurveillanceManager {
 
     // Preferences (categories/preference_links.cpp) -----------------------------------------------------------------
     void SetDefaultRiskPreference();
-    /// Connects the code's category, if there is one, with its preference maps.
+    /// Connects a category with the preference maps of its code and of its family.
+    void LinkPreferences(CSurveillanceCategory& category, const CodeText& code) const;
+    /// The same for the category of a code, if there is one.
     void AddClientRiskPreference(const CodeText& code);
     /// The record of an exchange at a category: its own, else everybody's; null when neither has one.
     [[nodiscard]] const tagClientRiskPreferenceInfoForSurv* FindOwnPreference(const CSurveillanceCategory& category,
@@ -78,8 +74,12 @@ class CSurveillanceManager {
 
  private:
     std::int16_t LoadLimits(CPtrList& list);
-    std::int16_t LoadLimit(BKSurveillanceLimitDefTag* row);
-    void LinkPreferences(CSurveillanceCategory& category, const CodeText& code) const;
+    enum class RowOwner : std::uint8_t { kCopied, kAdopted };
+    std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);
+    bool StoreLoadedRow(BKSurveillanceLimitDefTag& row, RowOwner owner, CSurveillanceCategory& category);
+    /// Enters a new category, and files it by the levels of its first row where categories are filed.
+    void StoreCategory(const CodeText& code, std::unique_ptr<CSurveillanceCategory> category, std::int16_t entityLevel,
+                       std::int16_t subLevel);
     /// Sets exposureMarginInLimit of a row from the preference of its entity.
     void TakeExposureMarginBit(BKSurveillanceLimitDefTag& row, const CSurveillanceCategory& category) const;
 

@@ -40,8 +40,8 @@ void CSurveillanceManager::AddClientRiskPreference(const CodeText& code) {
     if (CSurveillanceCategory* category = FindCategory(code)) LinkPreferences(*category, code);
 }
 
-const tagClientRiskPreferenceInfoForSurv* CSurveillanceManager::FindOwnPreference(
-    const CSurveillanceCategory& category, std::int32_t exchange) const {
+const tagClientRiskPreferenceInfoForSurv* CSurveillanceManager::FindOwnPreference(const CSurveillanceCategory& category,
+                                                                                  std::int32_t exchange) const {
     if (!category.ownPreferences) return nullptr;
     if (const auto* own = category.ownPreferences->Find(exchange)) return own;
     return defaultRiskPreference ? defaultRiskPreference->Find(exchange) : nullptr;

@@ -20,8 +20,8 @@ struct RiskPreference {
     std::int32_t exchange = 0;
     std::int32_t token = 0;
     std::int32_t prefMarginRate = 0;
-    std::int32_t marginAddOnFactor = 0;     ///< millionths
-    std::int32_t prefExtraMarginRate = 0;   ///< millionths of value
+    std::int32_t marginAddOnFactor = 0;    ///< millionths
+    std::int32_t prefExtraMarginRate = 0;  ///< millionths of value
     std::int32_t carried = 0;
     std::int32_t preAutoSquareOffPart = 0;  ///< millionths of mtmLossLimit
     std::int32_t autoSquareOffPart = 0;     ///< millionths of mtmLossLimit
@@ -44,31 +44,31 @@ struct AdditionalMarginBlock {
 /// the level before each level. Prices are paise.
 struct tagOrderInfoForSurv {
     std::int16_t marketSegment = 0;
-    FixedText<8> levelCode;           ///< the level now evaluated
-    FixedText<8> parentCode;          ///< group code, the client code at the sub client level, or empty
+    FixedText<8> levelCode;   ///< the level now evaluated
+    FixedText<8> parentCode;  ///< group code, the client code at the sub client level, or empty
     FixedText<16> userId;
-    FixedText<32> accountCode;        ///< "*****" for own-account orders
+    FixedText<32> accountCode;         ///< "*****" for own-account orders
     std::int16_t levelMarginFlag = 0;  ///< 1: the margin rule applies at this level
     std::int32_t underlyingToken = 0;
     std::int32_t token = 0;
     std::int32_t scripGroupNumber = 0;
-    FixedText<8> scripGroup;           ///< text of scripGroupNumber
+    FixedText<8> scripGroup;  ///< text of scripGroupNumber
     tagContractDescriptor contract{};
 
     std::int16_t orderEventKind = 0;
     std::int16_t buySell = 0;
-    std::int32_t prevQuantity = 0;     ///< the order before this event
+    std::int32_t prevQuantity = 0;  ///< the order before this event
     std::int32_t prevPrice = 0;
-    std::int32_t quantity = 0;         ///< the order after it
+    std::int32_t quantity = 0;  ///< the order after it
     std::int32_t price = 0;
     std::int32_t lastTradedPrice = 0;  ///< of the scrip, or its close
     std::int32_t marketSidePrice = 0;  ///< best offer for a buy, best bid for a sell
     std::int32_t closePrice = 0;
 
-    const CRPFContractWiseInfo* contractRpf = nullptr;      ///< null: margin isn't taken from risk parameters
+    const CRPFContractWiseInfo* contractRpf = nullptr;  ///< null: margin isn't taken from risk parameters
     const CRPFUnderlyingWiseInfo* underlyingRpf = nullptr;
-    std::int16_t periodicity = 0;      ///< limit mask that the evaluation works on now
-    std::int16_t riskModeCopy = 0;     ///< rpfMarginMode
+    std::int16_t periodicity = 0;                    ///< limit mask that the evaluation works on now
+    std::int16_t riskModeCopy = 0;                   ///< rpfMarginMode
     LotWeighting lotWeighting = LotWeighting::kOff;  ///< mcxLotWeightOn
     std::int16_t clientLevelType = 0;
     std::int16_t subClientLevelType = 0;
@@ -76,7 +76,7 @@ struct tagOrderInfoForSurv {
     std::int32_t priceMultiplier = 0;  ///< 10000 = 1.0
     tagScripRateBlock scripRates{};
     std::int16_t productType = 0;
-    FixedText<16> isinCode;            ///< cash segments only
+    FixedText<16> isinCode;  ///< cash segments only
     std::int32_t dpSetQty = 0;
     std::int32_t dpPrevBlockedQty = 0;
     std::int32_t dpTodayFreeQty = 0;
@@ -86,10 +86,10 @@ struct tagOrderInfoForSurv {
     std::int32_t autoSquareOffPart = 0;
     bool preAutoSquareOffOn = false;
     bool autoSquareOffOn = false;
-    bool compulsoryDelivery = false;   ///< the series is one of compulsory delivery
-    bool squareOffOnlyFlag = false;    ///< this level accepts square-off orders alone
-    std::int16_t proClient = 0;        ///< 1 client, 2 own account
-    bool deliveryLevel = false;        ///< this level is the one where delivery holdings count
+    bool compulsoryDelivery = false;  ///< the series is one of compulsory delivery
+    bool squareOffOnlyFlag = false;   ///< this level accepts square-off orders alone
+    std::int16_t proClient = 0;       ///< 1 client, 2 own account
+    bool deliveryLevel = false;       ///< this level is the one where delivery holdings count
     bool nriClient = false;
     tagMarginRateBlock marginRates{};
     std::int16_t marginPlusLeg = 0;
@@ -101,15 +101,13 @@ struct tagOrderInfoForSurv {
     tagExposureScripSpecificInfo* scripInfo = nullptr;
     tagPositionOwnerInfo* ownerInfo = nullptr;
     bool secondPass = false;
-    double collateralDelta = 0;        ///< paise
-    double saleCreditDelta = 0;        ///< paise
+    double collateralDelta = 0;  ///< paise
+    double saleCreditDelta = 0;  ///< paise
 
     [[nodiscard]] std::int16_t ExchangeMask() const { return SegmentToExchangeMask(marketSegment); }
     [[nodiscard]] bool IsBuy() const { return buySell == kBuy; }
     /// Compulsory delivery or an NRI client, on a cash exchange: buys and sells don't net.
-    [[nodiscard]] bool NoNetting() const {
-        return IsCashExchange(ExchangeMask()) && (compulsoryDelivery || nriClient);
-    }
+    [[nodiscard]] bool NoNetting() const { return IsCashExchange(ExchangeMask()) && (compulsoryDelivery || nriClient); }
 };
 
 /// Fills a scrip's description from an order.

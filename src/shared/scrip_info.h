@@ -11,10 +11,10 @@ namespace surv {
 /// The description of one scrip, shared by every position in it. The first request or row that names a scrip
 /// describes it for the whole day.
 struct tagExposureScripSpecificInfo {
-    char rowHead[24]{};          ///< head of the position rows made from it
+    char rowHead[24]{};  ///< head of the position rows made from it
     std::int32_t rowStamp = 0;
     std::int16_t marketSegment = 0;
-    std::int32_t token = 0;      ///< -9 in an artificial all-securities position
+    std::int32_t token = 0;  ///< -9 in an artificial all-securities position
     std::int32_t underlyingToken = 0;
     std::int32_t priceMultiplier = 0;  ///< factor of the money figures of segment 1, applied as it stands
     tagContractDescriptor contract{};

@@ -11,9 +11,12 @@ struct SquareOffPlace {
     std::array<std::size_t, 2> place;  // by kind
 };
 constexpr std::array kSquareOffPlaces{
-    SquareOffPlace{kMaskNseCash, {0, 0}},        SquareOffPlace{kMaskBseCash, {1, 1}},
-    SquareOffPlace{kMaskNseDerivatives, {2, 2}}, SquareOffPlace{kMaskBseDerivatives, {0, 3}},
-    SquareOffPlace{kMaskMcx, {4, 4}},            SquareOffPlace{kMaskNcdex, {5, 5}},
+    SquareOffPlace{kMaskNseCash, {0, 0}},
+    SquareOffPlace{kMaskBseCash, {1, 1}},
+    SquareOffPlace{kMaskNseDerivatives, {2, 2}},
+    SquareOffPlace{kMaskBseDerivatives, {0, 3}},
+    SquareOffPlace{kMaskMcx, {4, 4}},
+    SquareOffPlace{kMaskNcdex, {5, 5}},
 };
 
 const SquareOffPlace* FindPlace(std::int16_t exchangeMask) {

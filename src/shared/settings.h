@@ -24,26 +24,26 @@ class CAutoSquareOffSettings {
 
 /// Everything that the host fixes at the start or changes later; all zero when the library is loaded.
 struct Settings {
-    bool started = false;                   ///< survInitialized: a start has succeeded and no clean-up has followed
-    std::int16_t rpfMarginMode = 0;         ///< 1: derivative orders are margined from the risk parameter tables
-    std::int16_t limitDetailMessages = 0;   ///< 0: short refusal texts at the root, ADMIN and entities of type 7
-    std::int16_t mtmMode = 0;               ///< 0: no mark to market; else bits 1 cash, 2 futures, 4 options
-    bool mtmCashOn = false;                 ///< class flags of mtmMode: they only ever turn on
+    bool started = false;                  ///< survInitialized: a start has succeeded and no clean-up has followed
+    std::int16_t rpfMarginMode = 0;        ///< 1: derivative orders are margined from the risk parameter tables
+    std::int16_t limitDetailMessages = 0;  ///< 0: short refusal texts at the root, ADMIN and entities of type 7
+    std::int16_t mtmMode = 0;              ///< 0: no mark to market; else bits 1 cash, 2 futures, 4 options
+    bool mtmCashOn = false;                ///< class flags of mtmMode: they only ever turn on
     bool mtmFuturesOn = false;
     bool mtmOptionsOn = false;
-    bool mtmReloadPhase = false;            ///< the opening pass and the online rebuild: the whole MTM is laid in
-    std::int16_t positionMode = 0;          ///< 0 to 3: how positions are held; any other value acts as 0
-    bool familyLevelEnabled = false;        ///< the family level of the hierarchy is in force; only ever turns on
-    std::int32_t featureBits = 0;           ///< as the long start gave them
-    std::int32_t tradingDayBase = 0;        ///< today's local midnight, exchange seconds
+    bool mtmReloadPhase = false;               ///< the opening pass and the online rebuild: the whole MTM is laid in
+    std::int16_t positionMode = 0;             ///< 0 to 3: how positions are held; any other value acts as 0
+    bool familyLevelEnabled = false;           ///< the family level of the hierarchy is in force; only ever turns on
+    std::int32_t featureBits = 0;              ///< as the long start gave them
+    std::int32_t tradingDayBase = 0;           ///< today's local midnight, exchange seconds
     std::int32_t marginPlusMinOrderValue = 0;  ///< rupees; 0: no such test
-    std::int16_t orderBasedPosition = 0;    ///< 1: positions are built from orders
-    std::int32_t mtmTimeInterval = 0;       ///< seconds between two MTM recomputations of a scrip
-    std::int16_t mtmTickCount = 0;          ///< ticks that force one
-    std::int16_t mcxLotWeightOn = 0;        ///< 1: MCX quantities and values are weighted by lot
-    std::int16_t transactionLogging = 0;    ///< stored; nothing reads it
+    std::int16_t orderBasedPosition = 0;       ///< 1: positions are built from orders
+    std::int32_t mtmTimeInterval = 0;          ///< seconds between two MTM recomputations of a scrip
+    std::int16_t mtmTickCount = 0;             ///< ticks that force one
+    std::int16_t mcxLotWeightOn = 0;           ///< 1: MCX quantities and values are weighted by lot
+    std::int16_t transactionLogging = 0;       ///< stored; nothing reads it
     CAutoSquareOffSettings autoSquareOff;
-    std::string survLogFileName;            ///< rebuilt by each operation that logs
+    std::string survLogFileName;  ///< rebuilt by each operation that logs
 
     /// positionMode 2 or 3: limit rows in lists are the live rows.
     [[nodiscard]] bool RowsAreLive() const { return positionMode == 2 || positionMode == 3; }

@@ -5,9 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
-#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,19 +23,30 @@ struct Member {
 };
 using Records = std::map<std::string, std::vector<Member>>;
 
-/// The members of every record of the header, with the offsets of their notes.
+/// "symbol[13];" as name and count.
+Member Declared(const std::string& type, const std::string& declarator, std::size_t offset) {
+    const auto bracket = declarator.find('[');
+    const auto end = std::min(bracket, declarator.find(';'));
+    return {type, declarator.substr(0, end),
+            bracket == std::string::npos ? 1 : std::stoul(declarator.substr(bracket + 1)), offset};
+}
+
+/// The members of every record of the header, with the offsets of their notes. Bytes of the host's own have no note.
 Records ReadHeader() {
     std::ifstream header(SURVEILLANCE_SOURCE_DIR "/include/surveillance/records.h");
-    const std::regex start(R"(struct \[\[gnu::packed\]\] (\w+).*)");
-    const std::regex member(R"(\s+([\w:]+) (\w+)(?:\[(\d+)\])?;\s*//\s*(\d+).*)");
     Records records;
-    std::string current;
-    std::smatch found;
+    std::string record;
     for (std::string line; std::getline(header, line);) {
-        if (std::regex_match(line, found, start)) current = found[1];
-        if (!std::regex_match(line, found, member)) continue;
-        records[current].push_back(
-            {found[1], found[2], found[3].matched ? std::stoul(found[3]) : 1, std::stoul(found[4])});
+        std::istringstream words(line);
+        std::string first;
+        std::string second;
+        std::string third;
+        std::size_t offset = 0;
+        words >> first >> second >> third;
+        if (first == "struct") record = third;
+        if (third == "//" && second.find(';') != std::string::npos && words >> offset) {
+            records[record].push_back(Declared(first, second, offset));
+        }
     }
     return records;
 }

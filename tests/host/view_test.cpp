@@ -28,7 +28,8 @@ TEST(OrderView, RefusalsOfOneRuleShareItsName) {
          "Gross Exposure"},
         {"C1|Gross Exposure Limit exceeded of ", "Gross Exposure"},
         {"C1|Limits not Set or Invalid Client Code : C1 ", "Limits not Set or Invalid Client Code"},
-        {"Only Square Off Orders allowed - User is in SquareOff mode", "Only Square Off Orders allowed"},
+        {"Only Square Off Orders allowed - User is in SquareOff mode",
+         "Only Square Off Orders allowed - User is in SquareOff mode"},
         {"", ""},
     };
     for (const auto& c : cases) {
@@ -69,8 +70,8 @@ TEST(Pretty, AnOrderIsOneLine) {
         R"({"call":"CheckSurveillance","result":0,"status":-312,"errorCode":-206,"failedLevelCode":"C1","failedLevelType":2,
             "errorText":"C1|Max. Single Transaction Qty. exceeded of "})");
     EXPECT_EQ(PrettyLine({line, answer, std::nullopt}, Painter(false)),
-              "          order        margin       sell  1,50,000 @  1,23,456.78  NIFTY 23JUL25 24150.5CE    G1/D1/C1"
-              "          REFUSED [-206, client C1]  Max. Single Transaction Qty. exceeded");
+              "          order        margin       sell  1,50,000 @  1,23,456.78  NIFTY 23JUL25 24150.5CE  G1/D1/C1"
+              "               REFUSED [-206, client C1]  Max. Single Transaction Qty. exceeded");
 }
 
 TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {

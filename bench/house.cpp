@@ -1,0 +1,166 @@
+#include "house.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "limits/row_masks.h"
+
+namespace surv::bench {
+namespace {
+
+constexpr int kClientsPerDealer = 1000;
+constexpr int kScrips = 500;
+constexpr std::int16_t kNseEquity = 1;
+
+using Code = char[6];
+
+/// A letter and four places of base 36, which serve 1.6 million entities.
+void WriteCode(char letter, int number, Code& code) {
+    constexpr const char* kDigits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    code[0] = letter;
+    for (int place = 4; place >= 1; --place, number /= 36) code[place] = kDigits[number % 36];
+    code[5] = '\0';
+}
+void ClientCode(int client, Code& code) { WriteCode('C', client, code); }
+void DealerCode(int client, Code& code) { WriteCode('D', client / kClientsPerDealer, code); }
+std::int32_t TokenOf(int client) { return 1000 + client % kScrips; }
+
+BKSurveillanceLimitDefTag FarLimits(const char* entity, std::int16_t mask) {
+    constexpr double kFar = 1e15;
+    constexpr std::int32_t kFarQuantity = 2'000'000'000;
+    BKSurveillanceLimitDefTag row{};
+    std::memcpy(row.entityCode, entity, ::strnlen(entity, sizeof row.entityCode - 1));
+    row.limitMask = mask;
+    row.token = kAllSecurities;
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kFar;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kFar;
+    row.maxSingleOrderQty = row.netQuantityLimit = kFarQuantity;
+    row.marginLimit = kNoLimit;
+    row.limitOptions = kRetainMultiplier;
+    return row;
+}
+
+}  // namespace
+
+CHouse::CHouse(int rowsPerLevel, int clients) : clients_(clients), library_(std::make_unique<Library>()) {
+    masks_ = {2, 3};
+    if (rowsPerLevel == 8) masks_ = {2, 3, 0x12, 0x13, 0xE, 0xF, 0x1FE, 0x1FF};
+    Library::StartSettings settings;
+    settings.positionMode = 2;
+    library_->Start(settings, {});
+    AddLimits(kRootCode);
+    AddLimits("G1");
+    for (int client = 0; client < clients; client += kClientsPerDealer) {
+        char dealer[6];
+        DealerCode(client, dealer);
+        AddLimits(dealer);
+    }
+    for (int client = 0; client < clients; ++client) {
+        char code[6];
+        ClientCode(client, code);
+        AddLimits(code);
+    }
+    request_.resize(sizeof(tagSurveillanceInfo) + sizeof(tagOrderRequest));
+    // Every client has traded once, so that the run meets what a day holds and makes nothing new.
+    for (int client = 0; client < clients; ++client) {
+        if (!CheckAndCommit(client)) std::abort();
+    }
+}
+
+void CHouse::AddLimits(const char* entity) {
+    for (const std::int16_t mask : masks_) {
+        BKSurveillanceLimitDefTag row = FarLimits(entity, mask);
+        library_->manager->AddSurvLimits(row, nullptr);
+    }
+}
+
+bool CHouse::CheckAndCommit(int client) {
+    auto& head = *reinterpret_cast<tagSurveillanceInfo*>(request_.data());
+    auto& order = *reinterpret_cast<tagOrderRequest*>(request_.data() + sizeof head);
+    head = {};
+    order = {};
+    head.messageCode = 2000;
+    head.exchangeMask = kMaskNseCash;
+    head.token = TokenOf(client);
+    std::memcpy(head.groupCode, "G1", 3);
+    DealerCode(client, head.dealerCode);
+    ClientCode(client, head.clientCode);
+    head.clientType = 2;
+    head.subClientType = level::kNone;
+    head.levelCheckFlags = 62;
+    head.priceMultiplier = 1;
+    order.exchangeMask = kMaskNseCash;
+    std::memcpy(order.contract.symbol, "SCRIP", 5);
+    std::memcpy(order.contract.series, "EQ", 2);
+    ClientCode(client, *reinterpret_cast<char(*)[6]>(order.accountText));
+    order.buySell = kBuy;
+    order.quantity = 10;
+    order.price = 25000;
+    order.proClient = 1;
+    order.productType = product::kMargin;
+
+    static tagOrdErrMessage error{};
+    CPtrList limitRows;
+    short status = 0;
+    library_->manager->CheckSurveillance(head, error, status, {&limitRows, nullptr}, false);
+    return status == status::kPass;
+}
+
+tagOrderInfoForSurv CHouse::OrderOf(int client) const {
+    tagOrderInfoForSurv order;
+    char code[6];
+    ClientCode(client, code);
+    order.marketSegment = kNseEquity;
+    order.token = TokenOf(client);
+    order.parentCode = "G1";
+    order.accountCode = code;
+    return order;
+}
+
+void CHouse::FloorOfLevel(const CodeText& code, const tagOrderInfoForSurv& order, double& sum) {
+    const CSurveillanceCategory& category = *library_->manager->FindCategory(code);
+    const Settings& settings = library_->context.settings;
+    for (const Period period : {Period::kDaily, Period::kExpiry}) {
+        const PeriodBook& book = category.Book(period);
+        sum += book.exposures.Find(FlatKey(order))->data.orderBuyValue;
+        CClientExposure* account = book.accounts.FindAccount(order);
+        sum += account->FindScrip(order, settings)->position.data.orderBuyValue;
+        for (const std::int16_t mask : MasksOfScope(order.marketSegment).Of(period)) {
+            const CSurveillanceInfo* info = category.limitStores.Find(mask);
+            if (!info) continue;
+            CSurvLimitEntry* entry = info->store.Find(kAllSecurities);
+            if (info->store.Find(order.token)) std::abort();
+            BKSurveillanceLimitDefTag row = entry->Row();
+            row.usedTurnoverTraded += 1;
+            sum += row.usedGrossOrder;
+            entry->Row() = row;
+        }
+        sum += book.exposures.Find(FlatKey(order))->data.orderSellValue;  // the commit's own look-up
+    }
+}
+
+double CHouse::Floor(int client) {
+    const tagOrderInfoForSurv order = OrderOf(client);
+    char dealer[6];
+    DealerCode(client, dealer);
+    double sum = library_->manager->broadcastHash.Find(PlainKey(kMaskNseCash, order.token)) ? 1.0 : 0.0;
+    sum += library_->context.stores.FindScrip(kMaskNseCash, order.token)->token;
+    FloorOfLevel(order.accountCode.View(), order, sum);
+    FloorOfLevel(CodeText{dealer}, order, sum);
+    FloorOfLevel("G1", order, sum);
+    FloorOfLevel(kRootCode, order, sum);
+    return sum;
+}
+
+CHouse& HouseOf(int rowsPerLevel, int clients) {
+    static std::unique_ptr<CHouse> house;
+    static int rows = 0;
+    if (!house || rows != rowsPerLevel || house->Clients() != clients) {
+        house.reset();
+        house = std::make_unique<CHouse>(rowsPerLevel, clients);
+        rows = rowsPerLevel;
+    }
+    return *house;
+}
+
+}  // namespace surv::bench

@@ -1,0 +1,244 @@
+// Which rows of a category an order meets, in which order, and what the host is told of a refusal.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "limits/row_masks.h"
+#include "platform/format.h"
+#include "support/row_bench.h"
+
+namespace surv::test {
+namespace {
+
+using Row = BKSurveillanceLimitDefTag;
+
+constexpr std::int32_t kGroupB = -101;
+constexpr std::int32_t kScrip = 2885;
+
+OrderSpec OrderOfGroup(std::int32_t group) {
+    OrderSpec order;
+    order.symbol = "SYM";
+    order.scripGroupNumber = group;
+    return order;
+}
+
+/// What is expected of a client's refusal: "quantity 10" or "size 10", by the rule and its limit, and the suffix.
+std::string Refusal(const std::string& rule, const std::string& suffix, const char* label) {
+    const std::string limit = rule.substr(rule.find(' ') + 1);
+    const std::string text = rule[0] == 'q' ? "Order failed Net Quantity check where the limit is " + limit +
+                                                  " , prev. utilized was 0 and current value is 100 "
+                                            : "Order failed Max. Single Transaction Qty Check where the limit is " +
+                                                  limit + " and current value is 100 ";
+    return "C1|" + text + suffix + label + " of ";
+}
+
+TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
+    // Rows of all securities, the group, the scrip: absent, passing, over net quantity, over order size. Their limits
+    // are 10, 20 and 30.
+    constexpr const char* kAll = " across all securities";
+    constexpr const char* kGroup = " for the Group B";
+    constexpr const char* kSymbol = " for SYM EQ";
+    const struct {
+        const char* refusing;  ///< empty: the order passes
+        const char* suffix;
+        std::vector<const char*> rows;
+    } cases[] = {
+        {"", "", {"---", "p--", "ppp", "q-p", "qpp", "qqp", "pqp"}},
+        {"quantity 10", kAll, {"q--", "qp-"}},
+        {"quantity 20", kAll, {"qq-"}},
+        {"quantity 30", kAll, {"q-q", "qqq"}},
+        {"size 10", kAll, {"spp", "sqq"}},
+        {"size 30", kAll, {"q-s", "qqs"}},
+        {"quantity 20", kGroup, {"pq-", "-q-"}},
+        {"quantity 30", kGroup, {"pqq"}},
+        {"size 20", kGroup, {"psp", "-s-", "qsp"}},
+        {"size 30", kGroup, {"pqs"}},
+        {"quantity 30", kSymbol, {"ppq", "--q"}},
+        {"size 30", kSymbol, {"pps", "p-s", "--s"}},
+    };
+    constexpr std::int32_t kTokens[] = {kAllSecurities, kGroupB, kScrip};
+    for (const auto& c : cases) {
+        for (const char* rows : c.rows) {
+            SCOPED_TRACE(rows);
+            CScenario s;
+            s.House();
+            s.House(0x13);
+            // Without a row of all securities on mask 3 the client still has one on another.
+            s.library.manager->FindCategory("C1")->limitStores.Find(3)->store.RemoveRow(kAllSecurities);
+            for (int i = 0; i < 3; ++i) {
+                const auto limit = [&](Row& row) {
+                    if (rows[i] == 'q') row.netQuantityLimit = 10 * (i + 1);
+                    if (rows[i] == 's') row.maxSingleOrderQty = 10 * (i + 1);
+                };
+                if (rows[i] != '-') s.Limit("C1", 3, limit, kTokens[i]);
+            }
+            const std::string before = s.Dump();
+            const Answer answer = s.Check(OrderOfGroup(kGroupB));
+            if (*c.refusing) {
+                EXPECT_EQ(answer.text, Refusal(c.refusing, c.suffix, " of Equity ( NSE-Settlement) "));
+                EXPECT_EQ(answer.errorCode, c.refusing[0] == 'q' ? -229 : -206);
+                EXPECT_EQ(s.Dump(), before);
+                continue;
+            }
+            EXPECT_TRUE(answer.Passed()) << answer.text;
+            for (int i = 0; i < 3; ++i) {
+                if (rows[i] == '-') continue;
+                EXPECT_EQ(s.Row("C1", 3, kTokens[i]).usedMaxGross, rows[i] == 'p' ? 25'000'00 : 0)
+                    << "a row that has refused takes no figures";
+            }
+        }
+    }
+}
+
+TEST(StoreCheck, AnEnquiryAsksTheScripWhateverTheWiderRowsSay) {
+    CScenario s;
+    s.House();
+    const auto tooLarge = [](Row& row) { row.maxSingleOrderQty = 99; };
+    const auto tooMuch = [](Row& row) { row.netQuantityLimit = 99; };
+    s.Limit("C1", 2, tooLarge);
+    s.Limit("C1", 2, tooLarge, kGroupB);
+    s.Limit("C1", 2, tooLarge, kScrip);
+    s.Limit("C1", 0x12, tooMuch);
+    s.Limit("C1", 0x12, tooMuch, kGroupB);
+    s.Limit("C1", 0x1FE);
+    s.Limit("C1", 0x13, tooLarge, kScrip);
+    s.Limit("G1", 2, tooLarge);
+    const std::string before = s.Dump();
+    const Answer answer = s.Probe(OrderOfGroup(kGroupB));
+    const auto rows = [](const std::vector<tagBreachRow>& breaches) {
+        std::vector<std::pair<int, int>> found;
+        for (const tagBreachRow& row : breaches) found.emplace_back(row.limitMask, row.token);
+        return found;
+    };
+    // The group of mask 2 isn't asked behind a refusal, that of mask 0x12 is, its refusal being put off. The last
+    // daily row passes, so the settlement rows are asked too.
+    const std::vector<std::pair<int, int>> expected{{2, kAllSecurities}, {2, kScrip},    {0x12, kAllSecurities},
+                                                    {0x12, kGroupB},     {0x13, kScrip}, {2, kAllSecurities}};
+    EXPECT_EQ(rows(answer.probeRows), expected);
+    EXPECT_EQ(s.Dump(), before);
+}
+
+TEST(StoreCheck, NarrowMasksAnswerBeforeWideOnesAndDailyBeforeSettlement) {
+    const struct {
+        std::int16_t exchangeMask;
+        std::vector<std::int16_t> masks;
+    } cases[] = {
+        {kMaskNseCash, {2, 0x12, 0xE, 0x7E, 0x1FE, 3, 0x13, 0xF, 0x7F, 0x1FF}},
+        {kMaskBseCash, {0x10, 0x12, 0x7E, 0x1FE, 0x11, 0x13, 0x7F, 0x1FF}},
+    };
+    for (const auto& c : cases) {
+        CScenario s;
+        s.House(0x13);
+        // Rows arrive widest first, among others that don't meet the order.
+        for (auto mask = kRowMasks.rbegin(); mask != kRowMasks.rend(); ++mask) {
+            if (*mask == 0x13) continue;
+            s.Limit("C1", *mask, [](Row& row) { row.maxSingleOrderQty = 99; });
+        }
+        s.Row("C1", 0x13).maxSingleOrderQty = 99;
+        OrderSpec order = OrderOfGroup(0);
+        order.exchangeMask = c.exchangeMask;
+        for (const std::int16_t mask : c.masks) {
+            SCOPED_TRACE(mask);
+            const Answer answer = s.Check(order);
+            const std::string label{LimitMaskLabel(mask)};
+            EXPECT_EQ(answer.text, Refusal("size 99", " across all securities", label.c_str()));
+            s.Row("C1", mask).maxSingleOrderQty = -1;
+        }
+        EXPECT_TRUE(s.Check(order).Passed());
+    }
+}
+
+/// The walk ends once every store of the period has been met. It mustn't end before, whatever else there is.
+TEST(StoreCheck, NoStoreIsSkippedForTheSakeOfAnEarlyStop) {
+    constexpr std::int16_t kScopes[] = {2, 0x12, 0xE, 0x7E, 0x1FE};
+    for (const int period : {0, 1}) {
+        for (std::size_t refusing = 0; refusing < std::size(kScopes); ++refusing) {
+            for (unsigned present = 0; present < 1U << std::size(kScopes); ++present) {
+                CScenario s;
+                s.House();
+                const auto limit = [&](std::int16_t scope, int odd, std::int32_t size) {
+                    s.Limit("C2", static_cast<std::int16_t>(scope + odd),
+                            [size](Row& row) { row.maxSingleOrderQty = size; });
+                };
+                for (std::size_t i = 0; i < std::size(kScopes); ++i) {
+                    if (i == refusing)
+                        limit(kScopes[i], period, 99);
+                    else if (present >> i & 1)
+                        limit(kScopes[i], period, -1);
+                }
+                // The bit that the refusing scope doesn't need says whether the other period has rows.
+                if (present >> refusing & 1) limit(0x12, 1 - period, -1);
+                OrderSpec order;
+                order.client = "C2";
+                EXPECT_EQ(s.Check(order).errorCode, -206) << kScopes[refusing] + period << " beside " << present;
+            }
+        }
+    }
+}
+
+TEST(StoreCheck, ARowThatStandsForTwoOfTheThreeIsAskedOnce) {
+    const struct {
+        const char* name;
+        std::int32_t token, group, row;
+    } cases[] = {
+        {"the scrip is all securities", kAllSecurities, 0, kAllSecurities},
+        {"the group is all securities", kScrip, kAllSecurities, kAllSecurities},
+        {"the scrip is the group", kGroupB, kGroupB, kGroupB},
+        {"all are one", kAllSecurities, kAllSecurities, kAllSecurities},
+    };
+    for (const auto& c : cases) {
+        for (const int clientAsked : {1, 0}) {
+            SCOPED_TRACE(c.name);
+            CScenario s;
+            s.House();
+            if (c.row != kAllSecurities) s.Limit("C1", 3, {}, c.row);
+            OrderSpec order = OrderOfGroup(c.group);
+            order.token = c.token;
+            if (!clientAsked) order.levelCheckFlags = 62 & ~(1 << 4);
+            const Answer answer = s.Check(order);
+            ASSERT_TRUE(answer.Passed()) << answer.text;
+            EXPECT_EQ(s.Row("C1", 3, c.row).usedMaxGross, 25'000'00);
+        }
+    }
+}
+
+TEST(RowMasks, EachSegmentHasItsMasksNarrowestFirst) {
+    const auto list = [](const CMaskList& masks) {
+        std::string text;
+        for (const std::int16_t mask : masks) text.append(text.empty() ? "" : " ").append(Format("%X", mask));
+        return text;
+    };
+    const char* const daily[] = {"2 12 E 7E 1FE", "4 C E 7E 1FE", "8 C E 7E 1FE", "10 12 7E 1FE",
+                                 "20 60 7E 1FE",  "40 60 7E 1FE", "80 180 1FE",   "100 180 1FE"};
+    for (std::int16_t segment = 1; segment <= 8; ++segment) {
+        EXPECT_EQ(list(MasksOfScope(segment).daily), daily[segment - 1]);
+    }
+    EXPECT_EQ(list(MasksOfScope(1).expiry), "3 13 F 7F 1FF");
+    EXPECT_EQ(list(MasksOutsideScope(1).daily), "10 4 8 C 20 40 60 80 100 180");
+    EXPECT_EQ(list(MasksOutsideScope(8).expiry), "3 11 5 9 D 21 41 61 13 F 7F 81");
+}
+
+TEST(RowMasks, LabelsTellScopeAndPeriod) {
+    std::string labels;
+    for (std::int16_t mask = 0; mask < 0x400; ++mask) {
+        if (!LimitMaskLabel(mask).empty()) labels.append(LimitMaskLabel(mask)).append("|");
+    }
+    EXPECT_EQ(
+        labels,
+        " of Equity ( NSE-Daily) | of Equity ( NSE-Settlement) | of Futures ( NSE-Daily)| of Futures ( NSE-Expiry)|"
+        " of Options ( NSE-Daily)| of Options ( NSE-Expiry)| of Derivatives ( NSE-Daily)|"
+        " of Derivatives ( NSE-Expiry)| of Combined  (NSE-Daily)| of Combined  (NSE-Expiry)|"
+        " of Equity ( BSE-Daily) | of Equity ( BSE-Settlement) | of Combined Equity (Daily)|"
+        " of Combined Equity (Settlement)| of Futures ( BSE-Daily)| of Futures ( BSE-Expiry)|"
+        " of Options ( BSE-Daily)| of Options ( BSE-Expiry)| of Derivatives ( BSE-Daily)|"
+        " of Derivatives ( BSE-Expiry)| of Combined (Daily)| of Combined (Expiry)| of Futures ( MCX-Daily)|"
+        " of Futures ( MCX-Expiry)| of Futures ( NDX-Daily)| of Futures ( NDX-Expiry)|"
+        " of Combined Commodity (Daily)| of Combined Commodity (Expiry)| of Combined ALL (Daily)|"
+        " of Combined ALL (Expiry)|");
+}
+
+}  // namespace
+}  // namespace surv::test

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "support/scenario.h"
+
+namespace surv::test {
+namespace {
+
+TEST(Check, CodesThatDecideBeforeAnythingIsLookedUp) {
+    CScenario s;
+    EXPECT_TRUE(s.Check({.messageCode = 2070}).Passed());
+    constexpr std::int16_t kUnknown[] = {2012, 2222, 31000, 4711};
+    for (const std::int16_t code : kUnknown) {
+        const Answer answer = s.Check({.messageCode = code});
+        EXPECT_EQ(answer.result, -1) << code;
+        EXPECT_EQ(answer.status, 1) << code;
+        EXPECT_EQ(answer.text + answer.failedLevelCode, "") << code;
+    }
+    EXPECT_EQ(s.Check({.exchangeMask = 0}).result, -1);
+}
+
+TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
+    const struct {
+        const char* name;
+        std::int32_t bid, offer, last, close, bought, sold;
+    } cases[] = {
+        {"own side first", 100, 200, 300, 400, 200, 100}, {"the other side", 100, 0, 300, 400, 100, 100},
+        {"no bid", 0, 200, 300, 400, 200, 200},           {"last trade", 0, 0, 300, 400, 300, 300},
+        {"close", 0, 0, 0, 400, 400, 400},                {"nothing", 0, 0, 0, 0, 0, 0},
+    };
+    for (const auto& c : cases) {
+        for (const std::int16_t side : {kBuy, kSell}) {
+            SCOPED_TRACE(testing::Message() << c.name << ", side " << side);
+            CScenario s;
+            s.House();
+            s.Market(kMaskNseCash, 2885, c.bid, c.offer, c.last, c.close);
+            const std::int32_t price = side == kBuy ? c.bought : c.sold;
+            EXPECT_EQ(s.Check({.buySell = side, .quantity = 10, .price = 0}).status, price ? 1 : -314);
+            EXPECT_EQ(s.Row("C1", 3).usedPendingOrder, 10.0 * price);
+            EXPECT_TRUE(s.Check({.buySell = side, .price = 500}).Passed()) << "a price of its own needs no market";
+            EXPECT_EQ(s.Row("C1", 3).usedPendingOrder, 10.0 * price + 50000);
+        }
+    }
+}
+
+TEST(MarketPrice, WithoutAMarketTheOrderIsHeld) {
+    CScenario s;
+    s.House();
+    s.Market(kMaskBseCash, 2885, 1, 1, 1, 1);
+    s.Market(kMaskNseCash, 2886, 1, 1, 1, 1);
+    const std::string before = s.Dump();
+    for (const OrderSpec& order : {OrderSpec{.price = 0}, OrderSpec{.messageCode = 30160}}) {
+        const Answer answer = s.Check(order);
+        EXPECT_EQ(answer.result, 0);
+        EXPECT_EQ(answer.status, -314);
+        EXPECT_EQ(answer.errorCode, 0) << "unchanged";
+        EXPECT_EQ(answer.timeStamp, CScenario::kNow);
+        EXPECT_EQ(answer.text, "C1|Market for SCRIP EQ does not exist. Order pending with admin");
+    }
+    EXPECT_TRUE(s.Dump() == before);
+    s.Market(kMaskNseCash, 2885, 1, 1, 1, 1);
+    EXPECT_TRUE(s.Check({.price = 0}).Passed());
+    EXPECT_EQ(s.Check({.price = 0, .productType = product::kDelivery}).status, -314) << "it has a key of its own";
+}
+
+TEST(OrderPolicy, WhatAnOrderMayBe) {
+    constexpr std::uint8_t kNoNewPositions = 1 << 5;
+    const char* const kNoNew = "New Positions for given scrip are not allowed for ";
+    const struct {
+        const char* name;
+        OrderSpec order;
+        std::int16_t positionMode;
+        std::uint8_t requestFlags;
+        const char* text;  // empty: it passes
+        std::int16_t errorCode;
+    } cases[] = {
+        {"closed scrip", {}, 1, kNoNewPositions, kNoNew, -227},
+        {"closed scrip in another mode", {}, 2, kNoNewPositions, "", 0},
+        {"open scrip", {}, 1, 0xDE, "", 0},
+        {"sale of what is held", {.buySell = kSell, .quantity = 60}, 1, kNoNewPositions, "", 0},
+        {"sale of one more", {.buySell = kSell, .quantity = 61}, 1, kNoNewPositions, kNoNew, -227},
+        {"of another account", {.buySell = kSell, .quantity = 1, .client = "C2"}, 1, kNoNewPositions, kNoNew, -227},
+        {"no product", {.productType = 0}, 0, 0, "Wrong Product type ", -227},
+        {"unknown product", {.exchangeMask = kMaskBseCash, .productType = 3}, 0, 0, "Wrong Product type ", -227},
+        {"correction", {.messageCode = 5445, .hasStored = true}, 0, 0, "Wrong Product type ", -227},
+        {"NRI client", {.clientCategory = "N"}, 0, 0, "Only Delivery Order Allowed", 0},
+        {"another category", {.clientCategory = "n"}, 0, 0, "", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CScenario s({.positionMode = c.positionMode});
+        s.House();
+        s.House(17);
+        s.Limit("C2", 3);
+        EXPECT_TRUE(s.Check({.quantity = 60}).Passed());
+        s.HeldBy("-", Period::kExpiry, "G1", "C1")->data.tradedBuyQty = 60;
+        const std::string before = s.Dump();
+        std::vector<char> buffer = MakeRequest(c.order);
+        reinterpret_cast<tagSurveillanceInfo*>(buffer.data())->requestFlags |= c.requestFlags & 0xFE;
+        const Answer answer = s.Send(buffer);
+        EXPECT_EQ(answer.text, c.text) << "no client ahead of it";
+        EXPECT_EQ(answer.status, *c.text ? -312 : 1);
+        EXPECT_EQ(answer.errorCode, c.errorCode);
+        EXPECT_TRUE(answer.Passed() || s.Dump() == before);
+    }
+}
+
+}  // namespace
+}  // namespace surv::test

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/scenario.h"
+
+namespace surv::test {
+namespace {
+
+/// An order with all six levels, no margin flag set.
+OrderSpec Order() { return {.family = "F1", .subClient = "S1", .subClientType = 12}; }
+constexpr const char* kEntities[] = {"G1", "D1", "F1", "C1", "S1", "-"};
+constexpr std::uint8_t kAllMargins = 0x1F;
+
+struct Refused {
+    const char* entity;
+    const char* unknown;
+    const char* limitless;
+    const char* code;
+    std::uint8_t checkFlag, marginFlag;  // that switches the test of the segment on; none: always made
+};
+constexpr Refused kTests[] = {
+    {"G1", "Limits not Set or Invalid Group Code", "Relevant Limits not Set for Group Code", "G1", 1 << 1, 0},
+    {"D1", "Limits not Set or Invalid Dealer Code", "Relevant Limits not Set for Dealer Code", "D1", 0, 1 << 1},
+    {"F1", "Limits not Set or Invalid Family Code", "Relevant Limits not Set for Family Code", "F1", 0, 1 << 2},
+    {"C1", "Limits not Set or Invalid Client Code", "Relevant Limits not Set for Client Code", "C1", 1 << 4, 0},
+    {"S1", "Limits not Set or Invalid Sub Client Code", "Relevant Limits not Set for Sub Client Code", "S1", 1 << 5, 0},
+    {"-", "Limits not Set or Invalid dealer Code", "Relevant Limits not Set for Dealer Code", "-", 0, 0},
+};
+
+/// A house in which `entity` and all that are tested after it have limits of another market, or are missing.
+void Furnish(CScenario& s, const char* entity, bool there) {
+    const auto* fault = std::find(std::begin(kEntities), std::end(kEntities), std::string_view{entity});
+    for (const auto* at = std::begin(kEntities); at != std::end(kEntities); ++at) {
+        if (at < fault) s.Limit(*at, 3);
+        if (at >= fault && there) s.Limit(*at, 5);
+    }
+}
+
+void ExpectRefusal(const Answer& answer, const std::string& text) {
+    EXPECT_EQ(answer.result, 0);
+    EXPECT_EQ(answer.status, -306);
+    EXPECT_EQ(answer.errorCode, -208);
+    EXPECT_EQ(answer.headCode, 0);
+    EXPECT_EQ(answer.timeStamp, CScenario::kNow);
+    EXPECT_EQ(answer.text, text);
+    EXPECT_EQ(answer.failedLevelCode, "D1") << "the dealer's, until the walk begins";
+    EXPECT_EQ(answer.failedLevelType, -1);
+}
+
+TEST(Hierarchy, TheFirstCodeWithoutLimitsRefuses) {
+    for (const Refused& test : kTests) {
+        SCOPED_TRACE(test.entity);
+        OrderSpec order = Order();
+        order.clientType = 1;
+        order.levelMarginFlags = kAllMargins;
+        for (const bool there : {false, true}) {
+            CScenario s({.featureBits = 0x10});
+            Furnish(s, test.entity, there);
+            const std::string message = there ? test.limitless : test.unknown;
+            const std::string before = s.Dump();
+            ExpectRefusal(s.Check(order), "C1|" + message + " : " + test.code + " ");
+            EXPECT_EQ(s.Dump(), before);
+        }
+        // Without its flag the test of the segment isn't made.
+        CScenario s({.featureBits = 0x10});
+        for (const char* entity : kEntities) s.Limit(entity, std::string_view{entity} == test.entity ? 5 : 3);
+        order.levelCheckFlags = static_cast<std::uint8_t>(0xFF & ~test.checkFlag);
+        order.levelMarginFlags = static_cast<std::uint8_t>(kAllMargins & ~test.marginFlag);
+        const bool always = test.checkFlag == 0 && test.marginFlag == 0;
+        EXPECT_EQ(s.Check(order).status, always ? -306 : 1);
+        // And the flags of the other byte, or of its neighbours, don't matter.
+        order.levelCheckFlags = test.checkFlag;
+        order.levelMarginFlags = test.marginFlag;
+        EXPECT_EQ(s.Check(order).status, -306);
+    }
+}
+
+TEST(Hierarchy, WhichLevelsAnOrderHas) {
+    const struct {
+        const char* name;
+        std::int32_t features;
+        std::uint8_t dealer, client, subClient;
+        std::int16_t proClient;
+        const char* family;
+        const char* refusal;  // of a house without F1, C1 and S1; null: it passes
+    } cases[] = {
+        {"client required", 0, 0, 2, 255, 1, "", "Limits not Set or Invalid Client Code : C1 "},
+        {"no client level", 0, 0, 255, 255, 1, "", nullptr},
+        {"sub client required", 0, 0, 255, 2, 1, "", "Limits not Set or Invalid Sub Client Code : S1 "},
+        {"of a dealer", 0, 1, 2, 2, 1, "", nullptr},
+        {"own account", 0, 0, 2, 2, 2, "", nullptr},
+        {"family not in force", 0, 0, 255, 255, 1, "F1", nullptr},
+        {"family", 0x10, 0, 255, 255, 1, "F1", "Limits not Set or Invalid Family Code : F1 "},
+        {"family of an own account", 0x10, 4, 255, 255, 2, "F1", "Limits not Set or Invalid Family Code : F1 "},
+        {"blank family", 0x10, 0, 255, 255, 1, "     ", nullptr},
+        {"family beyond five blanks", 0x10, 0, 255, 255, 1, "     F", nullptr},
+        {"family behind a blank", 0x10, 0, 255, 255, 1, " F1", "Limits not Set or Invalid Family Code :  F1 "},
+        {"client 2 under a family", 0x10, 0, 2, 255, 1, "", nullptr},
+        {"client 3 under a family", 0x10, 0, 3, 255, 1, "", nullptr},
+        {"client 1 under a family", 0x10, 0, 1, 255, 1, "", "Limits not Set or Invalid Client Code : C1 "},
+        {"sub client 2 under a family", 0x10, 0, 255, 2, 1, "", nullptr},
+        {"sub client 3 under a family", 0x10, 0, 255, 3, 1, "", "Limits not Set or Invalid Sub Client Code : S1 "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CScenario s({.featureBits = c.features});
+        for (const char* entity : {"-", "G1", "D1"}) s.Limit(entity, 3);
+        const Answer answer = s.Check({.proClient = c.proClient, .family = c.family, .subClient = "S1",
+                                       .dealerType = c.dealer, .clientType = c.client, .subClientType = c.subClient});
+        if (c.refusal) {
+            ExpectRefusal(answer, std::string("C1|") + c.refusal);
+        } else {
+            EXPECT_TRUE(answer.Passed()) << answer.text;
+        }
+    }
+    EXPECT_EQ(CScenario().Check({.group = "ABCDEF"}).text, "C1|Limits not Set or Invalid Group Code : ABCDEF ");
+    // A client that isn't required is taken where its code is known.
+    CScenario s({.featureBits = 0x10});
+    s.House();
+    s.Row("C1", 3).maxSingleOrderQty = 99;
+    EXPECT_EQ(s.Check({}).failedLevelCode, "C1");
+    s.Limit("C2", 5);
+    EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
+}
+
+}  // namespace
+}  // namespace surv::test

@@ -1,0 +1,59 @@
+#include "platform/clock.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "platform/log_file.h"
+
+namespace surv {
+namespace {
+
+/// The time zone of the process, while it lives.
+class CTimeZone {
+ public:
+    explicit CTimeZone(const char* rule) { Set(rule); }
+    CTimeZone(const CTimeZone&) = delete;
+    CTimeZone& operator=(const CTimeZone&) = delete;
+    ~CTimeZone() { Set(before_.empty() ? nullptr : before_.c_str()); }
+
+ private:
+    static void Set(const char* rule) {
+        rule ? ::setenv("TZ", rule, 1) : ::unsetenv("TZ");
+        ::tzset();
+    }
+    std::string before_ = std::getenv("TZ") ? std::getenv("TZ") : "";
+};
+
+TEST(Clock, TheDayBeginsAtLocalMidnight) {
+    constexpr const char* kIndia = "IST-5:30";
+    constexpr std::int64_t kMidnight = 1763663400;  // 2025-11-21 00:00 in India
+    constexpr std::int32_t kDay = 16761 * 86400;    // whole days since 1980-01-01 there
+    const struct {
+        const char* name;
+        const char* zone;
+        std::int64_t now;
+        std::int32_t base;
+        const char* log;
+    } cases[] = {
+        {"evening before", kIndia, kMidnight - 1, kDay - 86400, "SurvDllLog_2025Y11M20D~23h59m59s.log"},
+        {"midnight", kIndia, kMidnight, kDay, "SurvDllLog_2025Y11M21D~00h00m00s.log"},
+        {"morning", kIndia, kMidnight + 9 * 3600 + 61, kDay, "SurvDllLog_2025Y11M21D~09h01m01s.log"},
+        {"the first day", kIndia, 315513000, 0, "SurvDllLog_1980Y01M01D~00h00m00s.log"},
+        {"a host on UTC", "UTC0", kMidnight, kDay - 86400 + 19800, "SurvDllLog_2025Y11M20D~18h30m00s.log"},
+        {"the clocks have gone forward since", "CET-1CEST,M3.5.0,M10.5.0/3", 1743328800, 1743289200 - 315513000,
+         "SurvDllLog_2025Y03M30D~12h00m00s.log"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const CTimeZone zone(c.zone);
+        std::int64_t now = c.now;
+        CClock clock;
+        clock.Set([](void* context) { return *static_cast<std::int64_t*>(context); }, &now);
+        EXPECT_EQ(clock.TradingDayBase(), c.base);
+        EXPECT_EQ(SurvLogFileName(clock), c.log);
+    }
+}
+
+}  // namespace
+}  // namespace surv

@@ -1,0 +1,356 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "positions/position.h"
+
+namespace surv {
+namespace {
+
+constexpr Selector kOrders = Selector::kOrderSide;
+constexpr Selector kTrades = Selector::kTradedSide;
+constexpr Selector kSelectors[] = {kOrders, kTrades, Selector::kWorstLong, Selector::kWorstShort};
+
+struct Side {
+    std::int64_t buyQty;
+    double buyValue;
+    std::int64_t sellQty;
+    double sellValue;
+};
+// Quantities and values of the four selectors: 60, -25, 45, -10 and 2600, -2100, 1700, -1200.
+constexpr Side kMixedOrders{100, 5000, 40, 2400}, kMixedTrades{30, 1200, 55, 3300};
+// Net nothing, and bought or sold for more.
+constexpr Side kFlatLoss{5, 900, 5, 500}, kFlatProfit{5, 500, 5, 900};
+
+CSurvPosition Position(const Side& orders, const Side& trades, tagExposureScripSpecificInfo* scrip = nullptr) {
+    return CSurvPosition({0, 0, orders.buyQty, orders.buyValue, orders.sellQty, orders.sellValue, trades.buyQty,
+                          trades.buyValue, trades.sellQty, trades.sellValue, 0, 0, scrip, nullptr});
+}
+CSurvPosition Mixed(tagExposureScripSpecificInfo* scrip = nullptr) {
+    return Position(kMixedOrders, kMixedTrades, scrip);
+}
+
+tagExposureScripSpecificInfo Scrip(int segment) {
+    tagExposureScripSpecificInfo scrip;
+    scrip.marketSegment = static_cast<std::int16_t>(segment);
+    scrip.priceMultiplier = 3;
+    scrip.contract.strikePrice = 7;
+    return scrip;
+}
+
+template <class... Numbers>
+std::string Text(const Numbers&... numbers) {
+    std::ostringstream text;
+    text.precision(12);
+    ((text << " " << numbers + 0), ...);  // a negative zero shows as 0
+    return text.str();
+}
+
+/// A figure of the four selectors; the first function gives it for the sides, the second for the cross cases.
+template <class Sides, class Crosses>
+std::string Each(const CSurvPosition& p, Sides sides, Crosses crosses) {
+    return Text((p.*sides)(kOrders), (p.*sides)(kTrades), (p.*crosses)(kSelectors[2]), (p.*crosses)(kSelectors[3]));
+}
+
+TEST(Measures, Quantities) {
+    const struct {
+        const char* name;
+        Side orders, trades;
+        const char *sale, *buy, *largest;  // of the four selectors; net and net sale
+    } cases[] = {
+        {"mixed", kMixedOrders, kMixedTrades, " 0 25 0 10", " 60 0 45 0", " 60 25"},
+        {"all open", kMixedOrders, {}, " 0 0 0 40", " 60 0 100 0", " 100 40"},
+        {"traded beyond the orders", {10, 0, 5, 0}, {20, 0, 26, 0}, " 0 6 16 0", " 5 0 0 15", " -16 16"},
+        {"a tie is bought", {50, 0, 50, 0}, {}, " 0 0 0 50", " 0 0 50 0", " 50 50"},
+        {"sold by one more", {50, 0, 51, 0}, {}, " 1 0 0 51", " 0 0 50 0", " -51 51"},
+        {"bought throughout", {9, 0, 1, 0}, {9, 0, 1, 0}, " 0 0 0 0", " 8 8 8 8", " 8 0"},
+    };
+    using P = CSurvPosition;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const P p = Position(c.orders, c.trades);
+        EXPECT_EQ(Each(p, &P::GetNetSaleQuantity, &P::GetCrossNetSaleQuantity), c.sale);
+        EXPECT_EQ(Each(p, &P::GetNetBuyQuantity, &P::GetCrossNetBuyQuantity), c.buy);
+        EXPECT_EQ(Text(p.GetMaxNetQuantity(), p.GetMaxNetSaleQuantity()), c.largest);
+    }
+    const P p = Mixed();
+    const std::int64_t net[] = {-1, 60, -25, -1, -45, -10, 45, -10, -1};
+    for (int selector = 0; selector < 9; ++selector) EXPECT_EQ(p.GetNetQuantity(selector), net[selector]) << selector;
+    EXPECT_EQ(Text(p.GetCrossNetSaleQuantity(kTrades), p.GetCrossNetBuyQuantity(kOrders)), " 0 0");
+}
+
+/// The money figures that the class of a scrip changes.
+std::string ClassFigures(const CSurvPosition& p) {
+    using P = CSurvPosition;
+    const auto gross = [&p](std::int32_t percent, GrossMode mode) {
+        return Text(p.GetGrossExposure(kOrders, percent, mode), p.GetGrossExposure(kTrades, percent, mode),
+                    p.GetMaxGrossExposure(percent, mode));
+    };
+    return "net" + Each(p, &P::GetNetValue, &P::GetCrossNetValue) +  //
+           ", exposure" + Each(p, &P::GetNetExposure, &P::GetCrossNetExposure) + Text(p.GetMaxNetExposure()) +
+           ", sale" + Each(p, &P::GetNetSaleExposure, &P::GetCrossNetSaleExposure) + Text(p.GetMaxNetSaleExposure()) +
+           ", option" + Each(p, &P::GetOptionSaleValue, &P::GetOptionSaleValue) +  //
+           ", gross" + gross(9999, GrossMode::kNetted) + ", 250%" + gross(25000, GrossMode::kNetted) + ", together" +
+           gross(0, GrossMode::kBuyPlusSell);
+}
+
+TEST(Measures, MoneyByClassOfScrip) {
+    const struct {
+        const char* segments;  // 0: no scrip
+        Side orders, trades;
+        const char* figures;  // of the four selectors and the largest; gross of the two sides and the largest
+    } cases[] = {
+        {"1", kMixedOrders, kMixedTrades,
+         "net 7800 -6300 5100 -3600, exposure 7800 0 5100 0 7800, sale 0 6300 0 1200 6300, option 0 0 0 0, "
+         "gross 7800 6300 7800, 250% 7800 6300 7800, together 22200 13500 24900"},
+        {"4", kMixedOrders, kMixedTrades,
+         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 2100 0 1200 2100, option 0 0 0 0, "
+         "gross 2600 2100 2600, 250% 2600 2100 2600, together 7400 4500 8300"},
+        {"2578", kMixedOrders, kMixedTrades,
+         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 2100 0 1200 2100, option 0 0 0 0, "
+         "gross 2600 2100 2600, 250% 2600 2100 2600, together 2600 2100 2600"},
+        {"36", kMixedOrders, kMixedTrades,
+         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 175 0 70 175, option 0 2275 0 1270, "
+         "gross 0 175 175, 250% 5200 175 5375, together 0 175 175"},
+        {"0", kMixedOrders, kMixedTrades,
+         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 0 0 0 0, option 0 0 0 0, "
+         "gross 0 0 0, 250% 0 0 0, together 0 0 0"},
+        {"2",
+         kMixedOrders,
+         {},
+         "net 2600 0 5000 -2400, exposure 2600 0 5000 0 5000, sale 0 0 0 2400 2400, option 0 0 0 0, "
+         "gross 2600 0 5000, 250% 2600 0 5000, together 2600 0 5000"},
+        // Sold for less than bought, and even at a profit.
+        {"2",
+         {4, 900, 10, 500},
+         kFlatProfit,
+         "net 400 -400 0 0, exposure 0 0 0 0 0, sale 0 0 0 0 400, option 0 0 0 0, "
+         "gross 400 400 400, 250% 400 400 400, together 400 400 400"},
+        // One more bought, for less than the sales gave; a written option counts at its strike alone.
+        {"3",
+         {5, 500, 4, 900},
+         {4, 900, 10, 500},
+         "net -400 400 0 0, exposure -400 0 0 0 400, sale 0 42 35 0 42, option 0 0 35 0, "
+         "gross 0 42 42, 250% -800 42 842, together 0 42 42"},
+        {"3",
+         {6, 500, 5, 900},
+         kFlatProfit,
+         "net -400 -400 -400 -400, exposure -400 0 -400 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
+         "gross 0 0 0, 250% -800 0 0, together 0 0 0"},
+    };
+    for (const auto& c : cases) {
+        for (const char* segment = c.segments; *segment; ++segment) {
+            SCOPED_TRACE(*segment);
+            tagExposureScripSpecificInfo scrip = Scrip(*segment - '0');
+            EXPECT_EQ(ClassFigures(Position(c.orders, c.trades, *segment == '0' ? nullptr : &scrip)), c.figures);
+        }
+    }
+}
+
+TEST(Measures, PositionAndTurnoverAreNeverScaled) {
+    tagExposureScripSpecificInfo scrip = Scrip(1);
+    const CSurvPosition p = Mixed(&scrip);
+    // What isn't the order side is the traded side, a cross selector too.
+    const auto sides = [&p](auto figure) { return Text((p.*figure)(kOrders), (p.*figure)(kSelectors[2])); };
+    EXPECT_EQ(sides(&CSurvPosition::GetNetPosition), " 2600 -2100");
+    EXPECT_EQ(sides(&CSurvPosition::GetTurnover), " 7400 4500");
+    EXPECT_EQ(Text(p.GetPendingOrderValue(), p.GetMaxNetPosition(), p.GetMaxTurnover()), " 2900 2600 8300");
+    EXPECT_EQ(Position({0, 50, 0, 50}, {}).GetMaxNetPosition(), 50);
+    EXPECT_EQ(Position({0, 50, 0, 51}, {}).GetMaxNetPosition(), -51);
+}
+
+TEST(Measures, MarkToMarketOfTheTradedSide) {
+    constexpr LotWeighting kOn = LotWeighting::kOn, kOff = LotWeighting::kOff;
+    const tagMarginRateBlock thirty{5, 1, 4, 2, 3};  // 4 / 2 * 5 / 1 * 3
+    const Side bought{10, 1000, 4, 480};             // averages 100 and 120
+    const Side sold{4, 400, 10, 1200}, boughtLots{10, 30000, 4, 14400};
+    const struct {
+        const char* name;
+        int segment;
+        LotWeighting weighting;
+        tagMarginRateBlock rates;
+        Side trades;
+        int lastPrice;
+        const char* figures;  // booked, MTM, open value
+    } cases[] = {
+        {"long", 2, kOff, thirty, bought, 110, " 80 140 660"},
+        {"short", 1, kOff, thirty, sold, 125, " 80 50 -750"},
+        {"bought only", 3, kOff, thirty, {10, 1000, 0, 0}, 90, " 0 -100 900"},
+        {"sold only", 3, kOff, thirty, {0, 0, 10, 1200}, 90, " 0 300 -900"},
+        {"flat without a price", 2, kOff, thirty, kFlatLoss, 0, " -400 -400 0"},
+        {"open without a price", 2, kOff, thirty, bought, 0, " 80 0 0"},
+        {"by lot", 7, kOn, thirty, boughtLots, 110, " 2400 4200 19800"},
+        {"by lot, switched off", 7, kOff, thirty, bought, 110, " 80 140 660"},
+        {"lots of another market", 8, kOn, thirty, bought, 110, " 80 140 660"},
+        {"no general denominator", 7, kOn, {10, 1, 9, 0, 3}, boughtLots, 110, " 2400 4200 19800"},
+        {"no price denominator", 7, kOn, {9, 0, 20, 2, 3}, boughtLots, 110, " 2400 4200 19800"},
+        {"no weight", 7, kOn, {5, 1, 4, 2, 0}, sold, 110, " 0 0 0"},
+        {"no scrip", 0, kOff, thirty, bought, 110, " 0 0 -1"},
+    };
+    for (const auto& c : cases) {
+        tagExposureScripSpecificInfo scrip = Scrip(c.segment);
+        scrip.marginRates = c.rates;
+        CSurvPosition p = Position({1, 1, 2, 2}, c.trades, c.segment == 0 ? nullptr : &scrip);
+        p.data.lastPrice = c.lastPrice;
+        p.data.openPositionValue = p.data.mtmValue = -1;
+        const double booked = p.GetBookedProfit(c.weighting);
+        const double mtm = p.GetMTM(c.weighting);
+        EXPECT_EQ(Text(booked, mtm, p.data.openPositionValue), c.figures) << c.name;
+        EXPECT_EQ(p.data.mtmValue, c.segment == 0 ? -1 : mtm) << c.name;  // without a scrip as they were
+    }
+}
+
+tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
+    tagOrderInfoForSurv order;
+    order.additionalMargin = {2'500'000, 1'000'000, 3'000'000, 30'000, 20'000};  // all, long, short, sold, bought
+    order.riskPreference.prefMarginMode = prefMode;
+    order.riskPreference.prefMarginRate = prefRate;
+    return order;
+}
+
+TEST(Measures, ExposureMargins) {
+    using P = CSurvPosition;
+    using Margin = double (P::*)(const tagOrderInfoForSurv&, Selector) const;
+    constexpr Margin kFutures = &P::GetFuturesExposureMargin, kAdditional = &P::GetAdditionalExposureMargin;
+    constexpr Margin kOption = &P::GetOptionExposureMargin;
+    const struct {
+        const char* name;
+        Margin margin;
+        int segment;
+        std::int16_t prefMode;
+        std::int32_t prefRate;
+        const char* margins;  // of the four selectors
+    } cases[] = {
+        {"NSE", kFutures, 2, 0, 5'000'000, " 65 52.5 42.5 30"},
+        {"NCDEX", kFutures, 8, 0, 0, " 6500 5250 4250 3000"},
+        {"MCX", kFutures, 7, 0, 0, " 26 63 17 36"},
+        {"no derivative of these", kFutures, 5, 1, 5'000'000, " 0 0 0 0"},
+        {"larger for longs only", kFutures, 7, 2, 2'000'000, " 52 63 34 36"},
+        {"own preference", kFutures, 2, 1, 1'000'000, " 26 21 17 12"},
+        {"preference on NCDEX", kFutures, 8, 1, 1'000'000, " 26 21 17 12"},
+        {"additional", kAdditional, 5, 0, 0, " 52 63 34 36"},
+        {"additional on MCX", kAdditional, 7, 0, 0, " 0.52 0.63 0.34 0.36"},
+        {"additional, option", kAdditional, 3, 0, 0, " 52 5.25 34 2.1"},
+        {"option", kOption, 3, 0, 4'000'000, " 0 56.875 0 31.75"},
+        {"option on BSE", kOption, 6, 1, 4'000'000, " 0 0 0 0"},
+        {"option, larger preference", kOption, 3, 2, 4'000'000, " 0 91 0 50.8"},
+        {"option, smaller preference", kOption, 3, 2, 1'000'000, " 0 56.875 0 31.75"},
+        {"option, own preference", kOption, 3, 1, 1'000'000, " 0 22.75 0 12.7"},
+    };
+    for (const auto& c : cases) {
+        tagExposureScripSpecificInfo scrip = Scrip(c.segment);
+        std::string margins;
+        for (const Selector s : kSelectors)
+            margins += Text((Mixed(&scrip).*c.margin)(MarginOrder(c.prefMode, c.prefRate), s));
+        EXPECT_EQ(margins, c.margins) << c.name;
+    }
+
+    tagExposureScripSpecificInfo mcx = Scrip(7), nse = Scrip(2);
+    tagOrderInfoForSurv order = MarginOrder(1, 5'000'000);
+    EXPECT_EQ(Position(kFlatLoss, {}, &mcx).GetFuturesExposureMargin(order, kOrders), 0);
+    EXPECT_EQ(Position(kFlatLoss, {}, &nse).GetFuturesExposureMargin(order, kOrders), 20);
+    order = MarginOrder(2, 0);
+    order.additionalMargin.additionalMarginRate = -2'500'000;
+    EXPECT_EQ(Mixed(&nse).GetFuturesExposureMargin(order, kOrders), -65);  // no rate, nothing to compare with
+    EXPECT_EQ(
+        Text(Mixed().GetFuturesExposureMargin(order, kOrders), Mixed().GetAdditionalExposureMargin(order, kOrders)),
+        " 0 0");
+}
+
+TEST(Measures, McxMarginByTableRate) {
+    const struct {
+        const char* name;
+        std::int16_t basis;
+        double rate;
+        std::int16_t prefMode;
+        std::int32_t prefRate;
+        const char* margins;  // of the four selectors
+    } cases[] = {
+        {"of value", 1, 500, 0, 990'000, " 130 105 85 60"},
+        {"per unit", 2, 300, 0, 990'000, " 180 75 135 30"},
+        {"another basis", 3, 500, 2, 0, " 0 0 0 0"},
+        {"own preference in whole percents", 1, 500, 1, 129'999, " 3.12 2.52 2.04 1.44"},
+        {"smaller preference", 1, 500, 2, 129'999, " 130 105 85 60"},
+        {"larger preference", 1, 500, 2, 10'000'000, " 260 210 170 120"},
+    };
+    for (const auto& c : cases) {
+        const tagOrderInfoForSurv order = MarginOrder(c.prefMode, c.prefRate);
+        std::string margins;
+        for (const Selector s : kSelectors) margins += Text(Mixed().GetMcxPositionMargin(order, s, c.basis, c.rate));
+        EXPECT_EQ(margins, c.margins) << c.name;
+        EXPECT_EQ(Position(kFlatLoss, {}).GetMcxPositionMargin(order, kOrders, c.basis, c.rate), 0) << c.name;
+    }
+}
+
+TEST(Measures, CashMarginScopes) {
+    // Six in scope for every market, three for equity alone, six for none.
+    constexpr std::int16_t kRows[] = {2, 3, 0x10, 0x11, 0x12, 0x13, 0xF, 0x7F, 0x1FF, 1, 4, 0xE, 0x14, 0x7E, 0x181};
+    for (std::size_t i = 0; i < std::size(kRows); ++i) {
+        for (const bool equity : {true, false}) {
+            SCOPED_TRACE(Text(kRows[i], equity));
+            tagOrderInfoForSurv order;
+            order.periodicity = kRows[i];
+            order.marketSegment = equity ? 4 : 2;
+            order.scripRates.marginRate = 2000;
+            order.riskPreference.prefExtraMarginRate = 100'000;
+            const CSurvPosition p = Mixed(), open = Position(kMixedOrders, {});
+            EXPECT_EQ(Text(p.GetCashMargin(order), p.GetTradedCashMargin(order), open.GetMaxCashMargin(order)),
+                      i < (equity ? 9 : 6) ? " 5.2 4.2 10" : " 520 420 1000");
+            // The extra margin asks for the row, whatever the market.
+            EXPECT_EQ(
+                Text(p.GetExtraCashMargin(order), p.GetTradedExtraCashMargin(order), open.GetMaxExtraCashMargin(order)),
+                i < 9 ? " 2.6 2.1 5" : " 0 0 0");
+            EXPECT_EQ(Position(kFlatLoss, {}).GetExtraCashMargin(order), 0);
+        }
+    }
+}
+
+TEST(Measures, CashMarginRules) {
+    const struct {
+        const char* name;
+        std::int16_t periodicity, segment, basis;
+        double rate;
+        std::int16_t prefMode;
+        std::int32_t prefRate;
+        bool noNetting;
+        const char* margins;  // orders, largest; largest of a flat position's open orders
+    } cases[] = {
+        {"rate", 2, 1, 1, 2000, 0, 990'000, false, " 5.2 5.2 1.8"},
+        {"no rate charges the whole value", 2, 1, 0, 0, 0, 0, false, " 26 26 9"},
+        {"no rate out of scope", 4, 1, 0, 0, 0, 0, false, " 0 0 0"},
+        {"larger preference", 2, 1, 1, 2000, 2, 250'000, false, " 6.5 6.5 2.25"},
+        {"smaller preference", 2, 1, 1, 2000, 2, 209'999, false, " 5.2 5.2 1.8"},
+        {"own preference in whole percents", 2, 1, 1, 2000, 1, 129'999, false, " 3.12 3.12 1.08"},
+        {"preference out of scope", 4, 1, 1, 2000, 1, 120'000, false, " 520 520 180"},
+        {"per unit", 2, 1, 2, 300, 1, 120'000, false, " 180 180 15"},
+        {"per unit out of scope", 4, 1, 2, 300, 0, 0, false, " 180 180 15"},
+        {"per unit against a preference", 2, 1, 2, 300, 2, 0, false, " 0.78 0.78 0.27"},
+        {"unknown basis", 2, 1, 5, 300, 0, 120'000, false, " 0 0 0"},
+        {"unknown basis, own preference", 2, 1, 5, 300, 1, 120'000, false, " 3.12 3.12 1.08"},
+        {"unknown basis out of scope", 4, 1, 5, 300, 1, 120'000, false, " 0 0 0"},
+        {"no netting", 2, 4, 1, 2000, 0, 0, true, " 74 83 14"},
+        {"no netting, per unit", 2, 4, 2, 300, 0, 0, true, " 14000 15500 1000"},
+        {"no netting off the cash markets", 2, 2, 1, 2000, 0, 0, true, " 5.2 5.2 1.8"},
+    };
+    for (const auto& c : cases) {
+        tagExposureScripSpecificInfo scrip = Scrip(c.segment);
+        tagOrderInfoForSurv order = MarginOrder(c.prefMode, c.prefRate);
+        order.periodicity = c.periodicity;
+        order.marketSegment = c.segment;
+        (IsCashSegment(c.segment) ? scrip.scripRates : order.scripRates) = {0, c.basis, c.rate};
+        const CSurvPosition flat = Position(kFlatLoss, {}, &scrip);
+        for (const bool delivery : {true, false}) {
+            SCOPED_TRACE(std::string(c.name) + (delivery ? ", compulsory delivery" : ", NRI client"));
+            order.compulsoryDelivery = c.noNetting && delivery;
+            order.nriClient = c.noNetting && !delivery;
+            EXPECT_EQ(Text(Mixed(&scrip).GetCashMargin(order), Mixed(&scrip).GetMaxCashMargin(order),
+                           flat.GetMaxCashMargin(order)),
+                      c.margins);
+            EXPECT_EQ(flat.GetCashMargin(order) != 0, order.NoNetting());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace surv

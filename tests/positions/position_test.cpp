@@ -1,0 +1,218 @@
+#include "positions/position.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace surv {
+namespace {
+
+std::string Text(std::int64_t quantity, double value) {
+    return std::to_string(quantity) + "@" + std::to_string(std::lround(value * 100)) + " ";
+}
+
+/// "order traded | order traded" as quantity@value, values in hundredths: the order's own direction, then the other.
+std::string Totals(const tagSurvPositionData& d, bool buy = true) {
+    const std::string bought = Text(d.orderBuyQty, d.orderBuyValue) + Text(d.tradedBuyQty, d.tradedBuyValue);
+    const std::string sold = Text(d.orderSellQty, d.orderSellValue) + Text(d.tradedSellQty, d.tradedSellValue);
+    return buy ? bought + "| " + sold : sold + "| " + bought;
+}
+
+tagOrderInfoForSurv Order(std::int16_t productType, std::int16_t leg, std::int16_t kind) {
+    tagOrderInfoForSurv order;
+    order.productType = productType;
+    order.marginPlusLeg = leg;
+    order.orderEventKind = kind;
+    order.buySell = kBuy;
+    return order;
+}
+
+TEST(Position, ChangesReachTheSidesOfTheProductAndTheEvent) {
+    using Change = void (CSurvPosition::*)(const tagOrderInfoForSurv&);
+    constexpr Change kUpdate = &CSurvPosition::Update11, kReverse = &CSurvPosition::ReversePositions;
+    constexpr Change kApplyLeg = &CSurvPosition::ApplyMarginPlusLeg, kReverseLeg = &CSurvPosition::ReverseMarginPlusLeg;
+    const struct {
+        const char* name;
+        Change change;
+        std::vector<std::int16_t> products, legs, kinds;
+        const char* totals;
+    } cases[] = {
+        // 10 at 100 come, 3 at 110 go.
+        {"open", kUpdate, {1, 2, 8}, {0}, {1, 4, 8}, "10@100000 0@0 | 0@0 0@0 "},
+        {"filled", kUpdate, {1, 2, 8}, {0}, {2, 3}, "10@100000 10@100000 | 0@0 0@0 "},
+        {"converted", kUpdate, {0x10, 0x20}, {0, 1}, {1, 2}, "10@100000 10@100000 | 0@0 0@0 "},
+        {"without a leg", kUpdate, {4}, {0}, {1, 2, 3}, "10@100000 0@0 | 0@0 0@0 "},
+        {"leg open", kUpdate, {4}, {1, 2}, {1, 8}, "10@100000 0@0 | 0@0 0@0 "},
+        {"leg filled", kUpdate, {4}, {1, 2}, {2, 3}, "10@100000 10@100000 | 0@0 0@0 "},
+        {"open out", kReverse, {1, 4}, {0, 1}, {1, 2}, "-3@-33000 0@0 | 0@0 0@0 "},
+        {"corrected out", kReverse, {1, 4}, {0, 1}, {3}, "-3@-33000 -3@-33000 | 0@0 0@0 "},
+        {"conversion out", kReverse, {0x10, 0x20}, {0}, {1, 2}, "-3@-33000 -3@-33000 | 0@0 0@0 "},
+        {"conversion corrected", kReverse, {0x10, 0x20}, {0}, {3}, "-3@-33000 -6@-66000 | 0@0 0@0 "},
+        // Legs are worth the distance between two prices: entry 130, stop 95.
+        {"first leg", kApplyLeg, {4}, {0, 1}, {1, 8}, "10@35000 0@0 | 0@0 0@0 "},
+        {"first leg filled", kApplyLeg, {4}, {0, 1}, {2, 3}, "10@35000 10@5000 | 0@0 0@0 "},
+        {"second leg", kApplyLeg, {4}, {2}, {1}, "0@0 0@0 | 0@30000 0@0 "},
+        {"second leg filled", kApplyLeg, {4}, {2}, {2, 3}, "10@5000 10@5000 | 0@0 0@0 "},
+        {"second leg ended", kApplyLeg, {4}, {2}, {8, 9}, "0@0 0@0 | 0@30000 10@30000 "},
+        {"first leg out", kReverseLeg, {4}, {0, 1}, {1, 2, 3, 8}, "-3@-6000 0@0 | 0@0 0@0 "},
+        {"second leg out", kReverseLeg, {4}, {2}, {1, 3}, "0@0 0@0 | 0@-6000 0@0 "},
+        {"second leg traded out", kReverseLeg, {4}, {2}, {2}, "-3@-4500 -3@-4500 | 0@0 0@0 "},
+        {"second leg ended out", kReverseLeg, {4}, {2}, {8, 9}, "0@0 0@0 | 0@-6000 -3@-6000 "},
+    };
+    const auto run = [](const auto& c, tagOrderInfoForSurv order) {
+        order.quantity = 10, order.price = 100, order.prevQuantity = 3, order.prevPrice = 110;
+        order.firstLegPrice = 130, order.secondLegPrice = 95;
+        for (const std::int16_t buySell : {kBuy, kSell}) {
+            SCOPED_TRACE(std::string(c.name) + ", kind " + std::to_string(order.orderEventKind));
+            order.buySell = buySell;
+            CSurvPosition position;
+            (position.*c.change)(order);
+            EXPECT_EQ(Totals(position.data, buySell == kBuy), c.totals);
+            EXPECT_EQ(position.HasSavedPosition(), c.change != kUpdate);
+        }
+    };
+    for (const auto& c : cases) {
+        for (const std::int16_t product : c.products) {
+            for (const std::int16_t leg : c.legs) {
+                for (const std::int16_t kind : c.kinds) run(c, Order(product, leg, kind));
+            }
+        }
+    }
+}
+
+TEST(Position, McxValuesAreWeightedByLot) {
+    const tagMarginRateBlock rates{1, 8, 5, 4, 10};  // 1 / 8 * 101 * 5 / 4 * 10 * 7 = 1104.6875
+    const struct {
+        const char* name;
+        std::int16_t segment, productType;
+        LotWeighting weighting;
+        tagMarginRateBlock rates;
+        int quantity;
+        double added, taken;
+    } cases[] = {
+        {"weighted", 7, 1, LotWeighting::kOn, rates, 7, 1104.69, -1104.69},
+        {"switched off", 7, 1, LotWeighting::kOff, rates, 7, 707, -707},
+        {"another market", 8, 1, LotWeighting::kOn, rates, -7, -707, 707},
+        {"conversion", 7, 0x10, LotWeighting::kOn, rates, 7, 707, -707},
+        {"margin+", 7, 4, LotWeighting::kOn, rates, 7, 707, -707},
+        {"less than nothing", 7, 1, LotWeighting::kOn, rates, -7, 0, 1104.69},
+        {"no price denominator", 7, 1, LotWeighting::kOn, {9, 0, 5, 4, 10}, 7, 8837.5, -8837.5},
+        {"no general denominator", 7, 1, LotWeighting::kOn, {1, 8, 9, 0, 10}, 7, 883.75, -883.75},
+    };
+    for (const auto& c : cases) {
+        tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);
+        order.marketSegment = c.segment;
+        order.lotWeighting = c.weighting;
+        order.marginRates = c.rates;
+        order.quantity = order.prevQuantity = c.quantity;
+        order.price = order.prevPrice = 101;
+        CSurvPosition added, taken;
+        added.Update11(order);
+        taken.ReversePositions(order);
+        EXPECT_EQ(added.data.orderBuyValue, c.added) << c.name;
+        EXPECT_EQ(taken.data.orderBuyValue, c.taken) << c.name;
+    }
+}
+
+TEST(Position, RoundsHalfAwayFromZero) {
+    EXPECT_EQ(RoundTo(12.345, 2), 12.35);
+    EXPECT_EQ(RoundTo(-12.345, 2), -12.35);
+    EXPECT_EQ(RoundTo(-12.344, 2), -12.34);
+}
+
+TEST(Position, RestoreGivesBackTheStateBeforeTheWholeChange) {
+    const struct {
+        const char* name;
+        std::int16_t productType;
+        int prevQuantity, quantity;
+        bool reverseFirst, restores;
+    } cases[] = {
+        {"new order", 1, 0, 10, false, true},
+        {"change", 1, 3, 10, true, true},
+        {"cancel", 1, 3, 0, true, true},
+        {"cancel without a reversal", 1, 3, 0, false, true},
+        {"addition alone", 1, 3, 10, false, false},
+        {"conversion", 0x10, 0, 10, true, true},
+        {"target of a conversion", 0x10, 0, 10, false, false},
+    };
+    for (const auto& c : cases) {
+        tagOrderInfoForSurv order = Order(c.productType, 0, event::kTrade);
+        order.prevQuantity = c.prevQuantity, order.quantity = c.quantity;
+        order.price = order.prevPrice = 50, order.lastTradedPrice = 51;
+        CSurvPosition position(tagSurvPositionData{.lastPrice = 9, .orderBuyQty = 20, .mtmValue = 6});
+        if (c.reverseFirst) position.ReversePositions(order);
+        position.Update11(order);
+        position.data.mtmValue = 99;
+        position.RestorePosition();
+        EXPECT_EQ(position.data.lastPrice, c.restores ? 9 : 51) << c.name;
+        EXPECT_EQ(position.data.mtmValue, c.restores ? 6 : 99) << c.name;
+        EXPECT_EQ(Totals(position.data), c.restores ? "20@0 0@0 | 0@0 0@0 " : "30@50000 10@50000 | 0@0 0@0 ") << c.name;
+    }
+}
+
+TEST(Position, LastPriceAndLinksFollowTheOrder) {
+    tagExposureScripSpecificInfo scrip;
+    tagPositionOwnerInfo owner;
+    const struct {
+        std::int16_t kind;
+        int orderPrice, lastPrice;
+    } cases[] = {{event::kOrder, 7, 7}, {event::kOrder, 0, 5}, {event::kTrade, 0, 0}, {event::kCorrection, 0, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE("kind " + std::to_string(c.kind) + ", price " + std::to_string(c.orderPrice));
+        tagOrderInfoForSurv order = Order(4, 1, c.kind);
+        order.lastTradedPrice = c.orderPrice;
+        CSurvPosition plain(tagSurvPositionData{.lastPrice = 5, .scripInfo = &scrip, .ownerInfo = &owner});
+        CSurvPosition leg = plain, fresh;
+        plain.Update11(order);
+        leg.ApplyMarginPlusLeg(order);
+        EXPECT_EQ(plain.data.lastPrice, c.lastPrice);
+        EXPECT_EQ(leg.data.lastPrice, c.lastPrice);
+        // An order without links leaves them, but not on the road of the legs.
+        EXPECT_TRUE(plain.data.scripInfo == &scrip && plain.data.ownerInfo == &owner);
+        EXPECT_TRUE(!leg.data.scripInfo && !leg.data.ownerInfo);
+        order.scripInfo = &scrip, order.ownerInfo = &owner;
+        fresh.Update11(order);
+        EXPECT_TRUE(fresh.data.scripInfo == &scrip && fresh.data.ownerInfo == &owner);
+    }
+}
+
+TEST(Position, ReadingTheDataShortensTheOwnersCode) {
+    const struct {
+        const char* code;
+        std::int16_t clientLevelType;
+        const char *shortened, *group;
+    } cases[] = {
+        {"ABCDEF+HIJ+", 0, "ABCDEF", "G1"},
+        {"ABCDE+G", 6, "ABCDE+G", ""},
+        {"ABCDEFGHIJ+", 5, "ABCDEFGHIJ", "G1"},
+    };
+    for (const auto& c : cases) {
+        tagPositionOwnerInfo owner;
+        owner.groupCode = "G1", owner.accountCode = c.code, owner.clientLevelType = c.clientLevelType;
+        CSurvPosition position(tagSurvPositionData{.orderBuyQty = 4, .ownerInfo = &owner});
+        EXPECT_EQ(position.GetPositionData().orderBuyQty, 4);
+        EXPECT_EQ(owner.accountCode.View(), c.shortened);
+        EXPECT_EQ(owner.groupCode.View(), c.group) << c.code;
+    }
+    EXPECT_EQ(CSurvPosition{}.GetPositionData().ownerInfo, nullptr);
+}
+
+TEST(Position, RowsAddUpAndTheLastOneNamesTheScrip) {
+    tagExposureScripSpecificInfo scrip;
+    const tagSurvPositionData row{2, 7, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, nullptr, nullptr};
+    CSurvPosition merged(tagSurvPositionData{3, 5, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100, &scrip, nullptr});
+    CSurvPosition added = merged;
+    merged.MergePositionData(row);
+    added.AddPositionData(row);
+    EXPECT_EQ(Totals(merged.data), "11@2200 55@6600 | 33@4400 77@8800 ");
+    EXPECT_EQ(Totals(added.data), Totals(merged.data));
+    EXPECT_EQ(merged.data.openPositionValue * 1000 + merged.data.mtmValue, 99110);
+    EXPECT_TRUE(merged.data.limitMask == 2 && !merged.data.scripInfo);
+    EXPECT_EQ(merged.data.lastPrice, 5);
+    EXPECT_EQ(added.data.lastPrice, 7);
+}
+
+}  // namespace
+}  // namespace surv

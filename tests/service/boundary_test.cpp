@@ -1,0 +1,329 @@
+// What a host sees: the public headers and the shared library. All tests share the one library of the process, so
+// each begins by ending what the one before has left.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "surveillance/host.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+template <std::size_t Width>
+void Put(char (&field)[Width], const char* text) {
+    std::memcpy(field, text, std::strlen(text));
+}
+
+/// A row of mask 3 across all securities without a limit.
+BKSurveillanceLimitDefTag Row(const char* entity) {
+    BKSurveillanceLimitDefTag row{};
+    Put(row.entityCode, entity);
+    row.limitMask = 3;
+    row.token = -9;
+    const double none = -1;
+    for (const std::size_t at : {46, 54, 62, 70, 78, 86, 94, 102, 114, 467}) {
+        std::memcpy(reinterpret_cast<char*>(&row) + at, &none, sizeof none);
+    }
+    row.maxSingleOrderQty = row.netQuantityLimit = row.minSingleOrderQty = -1;
+    std::memset(reinterpret_cast<char*>(&row) + offsetof(BKSurveillanceLimitDefTag, grossExposureMultiplier), 0xFF, 32);
+    return row;
+}
+
+/// An order of G, D and the root, 100 at 250.00.
+struct [[gnu::packed]] Request {
+    tagSurveillanceInfo head{};
+    tagOrderRequest order{};
+
+    Request() {
+        head.messageCode = 2000;
+        Put(head.groupCode, "G");
+        Put(head.dealerCode, "D");
+        head.clientType = head.subClientType = 255;
+        order.exchangeMask = order.buySell = order.proClient = 1;
+        order.quantity = 100;
+        order.price = 25000;
+        order.productType = 1;
+    }
+};
+
+class Boundary : public ::testing::Test {
+ protected:
+    Boundary() {
+        CleanupSurvManager();
+        SetHostWindow(
+            [](void* context, unsigned message, unsigned wParam, const char* text) {
+                EXPECT_EQ(message, 1131U);
+                EXPECT_EQ(wParam, 5U);
+                static_cast<Boundary*>(context)->texts_.emplace_back(text);
+            },
+            this);
+    }
+    ~Boundary() override {
+        SetHostWindow(nullptr, nullptr);
+        CleanupSurvManager();
+    }
+    static short Start(short positionMode = 0, short detail = 0, CPtrList* limits = nullptr) {
+        return InitializeSurvManager(limits, nullptr, 0, detail, 0, 0, positionMode, 0, 0, nullptr, nullptr, nullptr);
+    }
+    static short ShortStart() { return InitializeSurvManager(nullptr, nullptr, 0, nullptr, nullptr, nullptr); }
+    /// Rows for G, D and the root, that of the root at 99 shares an order.
+    void AddHouse() {
+        for (const char* entity : {"G", "D", "-"}) {
+            BKSurveillanceLimitDefTag limit = Row(entity);
+            if (entity[0] == '-') limit.maxSingleOrderQty = 99;
+            ASSERT_EQ(AddSurvLimits(&limit, &error), 0) << error.errorText;
+        }
+    }
+    short Check(CPtrList* rows, short probe = 0) {
+        return CheckSurveillance(&request.head, &orderError, &status, rows, rows, rows, probe);
+    }
+    /// The texts since the last call.
+    Strings Texts() { return std::exchange(texts_, {}); }
+
+    Request request;
+    tagAdminErrMessage error{};
+    tagOrdErrMessage orderError{};
+    BKSurveillanceLimitDefTag row = Row("D");
+    BKSurveillanceLimitDefTag* live = &row;
+    char code[2] = "D";
+    short status = 77;
+    CPtrList list;
+
+ private:
+    Strings texts_;
+};
+
+TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
+    std::array<char, 8> opaque{};
+    auto& security = *reinterpret_cast<tagBcastUpdateSecurityInfo*>(opaque.data());
+    const struct {
+        const char* text;
+        std::function<short()> call;
+    } cases[] = {
+        {"Check Surveillance Failed !!!. ", [&] { return Check(&list); }},
+        {"Update Surveillance Failed !!!. ", [&] { return UpdateSurveillance(&request.head, &error, {}, {}, 0); }},
+        {"Add Surv Limits Failed !!!. ", [&] { return AddSurvLimits(&row, &error); }},
+        {"Update Surv Limits !!!. ", [&] { return UpdateSurvLimits(&row, &error); }},
+        {"Remove Surv Limits !!!. ", [&] { return RemoveSurvLimits(row, &error); }},
+        {"", [&] { return GetSurveillancePositions(&row); }},
+        {"", [&] { return GetSurvPositions(code, 3, -9, live); }},
+        {"", [&] { return GetAllSurveillancePositions(&list, nullptr); }},
+        {"", [&] { return CaptureAllSurveillancePositions(&list, nullptr); }},
+        {"Download Failed !!!. ", [&] { return DownloadSurvInfo(code, &list); }},
+        {"Check Surveillance Failed !!!. ", [&] { return AddAndComputeMTM(1, nullptr, &list, nullptr); }},
+        {"Check Surveillance Failed !!!. ", [&] { return RecomputeMTM(&list, nullptr); }},
+        {"RecomputeMTMOnline failed !!!. ", [] { return RecomputeMTMOnline(); }},
+        {"Check Surveillance Failed !!!. ", [&] { return GetMarketExposure(code, 3, &list); }},
+        {"Check Surveillance Failed !!!. ",
+         [&] { return GetNetPositionInfoFromDll(0, code, code, code, -9, 3, &list, 0, 0); }},
+        {"Check Surveillance Failed !!!. ", [&] { return ClientPositionPresentFromDLL(code, code, code, code); }},
+        {"Check Surveillance Failed !!!. ", [&] { return GetDPPositionInfoFromDll(0, code, code, &list); }},
+        {"Update Surveillance Failed !!!. ", [] { return UpdateDPPositionInfo(nullptr); }},
+        {"Update Surveillance Failed !!!. ", [] { return AddUpdateProductMasterInfo(nullptr); }},
+        {"RMSFund Allocation !!!. ", [&] { return RMSFundAllocation(nullptr, &row); }},
+        {"CheckAndUpdateSecurityInfo Failed !!!. ", [&] { return CheckAndUpdateSecurityInfo(security); }},
+        {"SetLastBcastMBOOrMBPTouchline Failed !!!. ",
+         [] { return SetLastBcastMBOOrMBPTouchline(nullptr), short{-1}; }},
+    };
+    int number = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "entry " << number++);
+        EXPECT_EQ(c.call(), -1);
+        EXPECT_EQ(Texts(), Strings{std::string(c.text) + "Surveillance Manager not initialized"});
+    }
+    EXPECT_EQ(live, nullptr) << "no stale row is handed out";
+    EXPECT_TRUE(list.IsEmpty());
+    EXPECT_EQ(ComputeMTMOnOrOff(7), -1);
+    EXPECT_EQ(Texts(), Strings{}) << "the one guarded entry without a text";
+    CleanupSurvManager();
+    EXPECT_EQ(Texts(), Strings{"Cleanup Failed !!!. Surveillance Manager was not initialized."});
+
+    ASSERT_EQ(Start(), 0);
+    EXPECT_EQ(ComputeMTMOnOrOff(7), 0);
+    EXPECT_EQ(CheckAndUpdateSecurityInfo(security), 0);
+    SetLastBcastMBOOrMBPTouchline(nullptr);
+    EXPECT_EQ(Texts(), Strings{});
+}
+
+TEST_F(Boundary, OldFormsAreRefusedAndSettingsTakenWhateverTheState) {
+    for (const bool started : {false, true}) {
+        SCOPED_TRACE(started);
+        EXPECT_EQ(started ? Start() : 0, 0);
+        EXPECT_EQ(CheckSurveillance(static_cast<tagCheckSurveillanceInfo*>(nullptr)), -1);
+        EXPECT_EQ(CheckSurveillance("G", "D", "C", nullptr, &orderError, &status, &list), -1);
+        EXPECT_EQ(UpdateSurveillance(static_cast<tagUpdateSurveillanceInfo*>(nullptr)), -1);
+        EXPECT_EQ(UpdateSurveillance("G", "D", "C", nullptr, nullptr, &error, &list), -1);
+        EXPECT_EQ(Texts(), Strings(4, "This function should not be called."));
+        EXPECT_EQ(status, 77);
+        EXPECT_EQ(orderError.timeStamp + error.timeStamp, 0);
+
+        EXPECT_EQ(UpdateSurvExposure(&list, nullptr, 0) | MTMTimeIntervalAndTickCount(60, 5), 0);
+        EXPECT_EQ(SetMarginPlusMinOrderValue(1) | SetOrderBasedPosition(0) | InitializeMCXLOTWeightOnOrOff(0), 0);
+        EXPECT_EQ(AddUpdateAutoSquareOffTimeSettings(7, 3, 1) | EnableTransactionLogging(1), 0);
+        EXPECT_EQ(GetTransactionLogList(), nullptr);
+        EXPECT_EQ(Texts(), Strings{});
+    }
+}
+
+TEST_F(Boundary, ASecondStartChangesNothing) {
+    ASSERT_EQ(Start(2, 1), 0);
+    AddHouse();
+    EXPECT_EQ(Start(0, 0), -1);
+    EXPECT_EQ(ShortStart(), -1);
+    EXPECT_EQ(Texts(), Strings(2, "Surveillance Manager already initialized"));
+
+    ASSERT_EQ(GetSurvPositions(code, 3, -9, live), 0);
+    ASSERT_EQ(DownloadSurvInfo(code, &list), 0);
+    EXPECT_EQ(list.RemoveHead(), live) << "positionMode is 2 no longer";
+    ASSERT_EQ(Check(nullptr), 0);
+    EXPECT_NE(std::string(orderError.errorText).find("limit is 99 and current value is 100"), std::string::npos)
+        << "limitDetailMessages is 1 no longer: " << orderError.errorText;
+}
+
+TEST_F(Boundary, AfterACleanUpOnlyTheLongFormStartsAgain) {
+    ASSERT_EQ(Start(), 0);
+    AddHouse();
+    CleanupSurvManager();
+    EXPECT_EQ(Texts(), Strings{});
+    EXPECT_EQ(ShortStart(), -1);
+    EXPECT_EQ(GetSurveillancePositions(&row), -1);
+    EXPECT_EQ(Texts(), (Strings{"Surveillance Manager initialization Failed", "Surveillance Manager not initialized"}));
+
+    ASSERT_EQ(Start(), 0);
+    EXPECT_EQ(GetSurveillancePositions(&row), -1) << "a limit has outlived the clean-up";
+    AddHouse();
+    EXPECT_EQ(GetSurveillancePositions(&row), 0);
+    EXPECT_EQ(Texts(), Strings{});
+}
+
+TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
+    CPtrList nulls, limits;
+    nulls.AddTail(nullptr);
+    limits.AddTail(nullptr);
+    EXPECT_EQ(InitializeClientPreferencesInfo(&nulls, nullptr), 0);
+    ASSERT_EQ(Start(0, 0, &limits), 0);
+    AddHouse();
+    BKSurveillanceLimitDefTag unknown = Row("X");
+    const struct {
+        const char* name;
+        short result;
+        std::function<short()> call;
+    } cases[] = {
+        {"check request", -1, [&] { return CheckSurveillance(nullptr, &orderError, &status, {}, {}, {}, 0); }},
+        {"check error", -1, [&] { return CheckSurveillance(&request.head, nullptr, &status, {}, {}, {}, 0); }},
+        {"check status", -1, [&] { return CheckSurveillance(&request.head, &orderError, nullptr, {}, {}, {}, 0); }},
+        {"check lists", 0, [&] { return Check(nullptr); }},
+        {"probe lists", 0, [&] { return Check(nullptr, 1); }},
+        {"add", -1, [&] { return AddSurvLimits(nullptr, &error); }},
+        {"add, error", -1, [&] { return AddSurvLimits(&row, nullptr); }},
+        {"change", -1, [&] { return UpdateSurvLimits(nullptr, &error); }},
+        {"change, error", -1, [&] { return UpdateSurvLimits(&unknown, nullptr); }},
+        {"remove, error", -1, [&] { return RemoveSurvLimits(unknown, nullptr); }},
+        {"read", -1, [] { return GetSurveillancePositions(nullptr); }},
+        {"dump", 0, [] { return GetAllSurveillancePositions(nullptr, nullptr); }},
+        {"capture", 0, [] { return CaptureAllSurveillancePositions(nullptr, nullptr); }},
+        {"download code", 0, [&] { return DownloadSurvInfo(nullptr, &list); }},
+        {"download list", 0, [&] { return DownloadSurvInfo(code, nullptr); }},
+        {"preferences", 0, [] { return InitializeClientPreferencesInfo(nullptr, nullptr); }},
+        {"preference", 0, [] { return AddUpdateClientPreferencesInfo(nullptr); }},
+        {"preference query", 0, [] { return GetClientPreferencesInfo(0, nullptr, -9, nullptr); }},
+        {"preference code", 0, [&] { return GetClientPreferencesInfo(1, nullptr, 4711, &list); }},
+        {"account record", -1, [&] { return GetClientCode1(0, {}, nullptr, code); }},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.call(), c.result) << c.name;
+    EXPECT_EQ(Texts(), Strings{});
+    EXPECT_TRUE(list.IsEmpty());
+    EXPECT_EQ(GetSurvPositions(code, 5, -9, live), 0) << "no such mask is no failure";
+    EXPECT_EQ(live, nullptr);
+    EXPECT_EQ(GetSurvPositions(nullptr, 3, -9, live), -1);
+    EXPECT_EQ(Texts(), Strings{"Surveillance Manager Update Exposure Failed"});
+}
+
+TEST(ClientCode, AccountOfARawRecord) {
+    const struct {
+        const char* name;
+        short kind, messageCode, proClient;
+        const char* accountText;  // '.' stands for a zero
+        short result;
+        const char* text;  // '?': untouched; the stored order says "STORED"
+    } cases[] = {
+        {"over the gap", 0, 2000, 1, "ABCDEFGHIJ##KLMN", 0, "ABCDEFGHIJKLMN"},
+        {"ends in the tail", 0, 2012, 1, "ABCDEFGHIJ  KL.N", 0, "ABCDEFGHIJKL"},
+        {"ends before the gap", 0, 2040, 1, "ABC.............", 0, "ABC"},
+        {"blanks at both ends", 0, 2042, 1, "  AB C    ##  D ", 0, "AB C      D"},
+        {"blank", 0, 2070, 1, "                ", 0, ""},
+        {"own account", 0, 2076, 2, "C1..............", 1, "?"},
+        {"another kind, unknown code", -1, 4711, 1, "C1..............", 1, "?"},
+        {"ended", 0, 2156, 1, "C1..............", 0, "C1"},
+        {"cancelled", 0, 9002, 1, "C1..............", 0, "C1"},
+        {"without a price", 0, 30160, 1, "C1..............", 0, "C1"},
+        {"trade", 0, 2222, 2, "C1..............", 0, "STORED"},
+        {"sent on", 0, 2212, 2, "C1..............", 0, "STORED"},
+        {"correction", 0, 5440, 1, "C1..............", -1, "?"},
+        {"between the codes", 0, 2077, 1, "C1..............", -1, "?"},
+        {"taken up again", 0, 31000, 1, "C1..............", -1, "?"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        tagOrderInfo stored{};
+        Put(stored.accountText, "STORED");
+        tagOrderRequest order{};
+        order.messageCode = c.messageCode;
+        order.proClient = c.proClient;
+        for (std::size_t i = 0; i < 16; ++i) order.accountText[i] = c.accountText[i] == '.' ? '\0' : c.accountText[i];
+        const auto text = std::make_unique<char[]>(15);  // no more than a host must give
+        text[0] = '?';
+        EXPECT_EQ(GetClientCode1(c.kind, stored, reinterpret_cast<char*>(&order), text.get()), c.result);
+        EXPECT_STREQ(text.get(), c.text);
+    }
+}
+
+using Names = std::map<std::string, int>;  // of functions, with the number of their forms
+
+/// What nm says that the loaded library exports.
+Names ExportedNames() {
+    std::ifstream maps("/proc/self/maps");
+    std::string path;
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find("libsurveillance.so") != std::string::npos) path = line.substr(line.find('/'));
+    }
+    Names names;
+    std::FILE* pipe = ::popen(("nm -DC --defined-only " + path).c_str(), "r");
+    std::array<char, 1024> line{};
+    while (std::fgets(line.data(), static_cast<int>(line.size()), pipe)) {
+        const std::string symbol = std::string(line.data()).substr(19);  // behind address and type
+        ++names[symbol.substr(0, symbol.find_first_of("(\n"))];
+    }
+    ::pclose(pipe);
+    return names;
+}
+
+TEST(Exports, TheLibraryShowsWhatItsHeadersDeclareAndNothingElse) {
+    const std::regex declaration(R"(SURVEILLANCE_API\s+[\w*]+\s+(\w+)\()");
+    Names declared;
+    for (const char* header : {"surveillance.h", "host.h"}) {
+        std::ifstream file(SURVEILLANCE_SOURCE_DIR "/include/surveillance/" + std::string(header));
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        for (std::sregex_iterator at(text.begin(), text.end(), declaration), end; at != end; ++at) {
+            ++declared[at->str(1)];
+        }
+    }
+    EXPECT_EQ(declared.size(), 47U);
+    EXPECT_EQ(declared["InitializeSurvManager"], 2);
+    EXPECT_EQ(declared["CheckSurveillance"], 3);
+    EXPECT_EQ(declared["UpdateSurveillance"], 3);
+    EXPECT_EQ(ExportedNames(), declared);
+}
+
+}  // namespace

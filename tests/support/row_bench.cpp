@@ -1,0 +1,115 @@
+#include "support/row_bench.h"
+
+#include <cstring>
+#include <span>
+
+#include "mtm/row_mtm.h"
+#include "platform/format.h"
+
+namespace surv::test {
+namespace {
+
+using Row = BKSurveillanceLimitDefTag;
+
+/// Figures that stand side by side in a row.
+struct FigureGroup {
+    const char* name;
+    std::size_t at;
+    std::span<const char* const> figures;
+    std::size_t netted = 0;  ///< of a group of own exposures: where the netted ones stand
+};
+constexpr const char* kSums[] = {"gross", "net", "sale", "position", "turnover"};
+constexpr std::span<const char* const> kExposures{kSums, 3};
+constexpr const char* kOpen[] = {"pending", "mtm"};
+constexpr std::array kGroups{
+    FigureGroup{"order", offsetof(Row, usedGrossOrder), kSums},
+    FigureGroup{"traded", offsetof(Row, usedGrossTraded), kSums},
+    FigureGroup{"max", offsetof(Row, usedMaxGross), kSums},
+    FigureGroup{"open", offsetof(Row, usedPendingOrder), kOpen},
+    FigureGroup{"own order", offsetof(Row, grossUsedGrossOrder), kExposures, offsetof(Row, usedGrossOrder)},
+    FigureGroup{"own traded", offsetof(Row, grossUsedGrossTraded), kExposures, offsetof(Row, usedGrossTraded)},
+    FigureGroup{"own max", offsetof(Row, grossUsedMaxGross), kExposures, offsetof(Row, usedMaxGross)},
+};
+
+/// The changes of `count` figures from a place on, in rupees.
+std::array<double, 5> ChangesAt(const Row& from, const Row& to, std::size_t at, std::size_t count) {
+    constexpr double kPaisePerRupee = 100.0;
+    std::array<double, 5> changes{};
+    for (std::size_t i = 0; i < count; ++i) {
+        double before, after;
+        std::memcpy(&before, reinterpret_cast<const char*>(&from) + at + i * sizeof before, sizeof before);
+        std::memcpy(&after, reinterpret_cast<const char*>(&to) + at + i * sizeof after, sizeof after);
+        changes[i] = (after - before) / kPaisePerRupee;
+    }
+    return changes;
+}
+
+}  // namespace
+
+void RowField::Set(Row& row, double value) const {
+    char* place = reinterpret_cast<char*>(&row) + at;
+    const auto quantity = whole ? static_cast<std::int32_t>(value) : 0;
+    whole ? std::memcpy(place, &quantity, sizeof quantity) : std::memcpy(place, &value, sizeof value);
+}
+
+tagSurvPositionData Traded(int bought, int buyPrice, int sold, int sellPrice) {
+    tagSurvPositionData position;
+    position.orderBuyQty = position.tradedBuyQty = bought;
+    position.orderBuyValue = position.tradedBuyValue = 1.0 * bought * buyPrice;
+    position.orderSellQty = position.tradedSellQty = sold;
+    position.orderSellValue = position.tradedSellValue = 1.0 * sold * sellPrice;
+    return position;
+}
+
+RowBench::RowBench(std::int16_t mask) : row(EmptyLimit("C1", mask)) {
+    order.marketSegment = scrip.marketSegment = 1;
+    scrip.priceMultiplier = 1;
+    order.token = scrip.token = 2885;
+    order.levelCode = "C1";
+    order.orderEventKind = event::kOrder;
+    order.productType = product::kMargin;
+    order.buySell = kBuy;
+    order.quantity = 100;
+    order.price = 25000;
+}
+
+ScripTrial RowBench::Trial() {
+    order.scripInfo = held.scripInfo = ownHeld.scripInfo = &scrip;
+    order.periodicity = row.limitMask;
+    ScripTrial trial;
+    trial.before = trial.after = CSurvPosition(held);
+    trial.grossBefore = trial.grossAfter = CSurvPosition(ownHeld);
+    for (CSurvPosition* after : {&trial.after, &trial.grossAfter}) {
+        after->ReversePositions(order);
+        after->Update11(order);
+    }
+    trial.FormFigures(order, order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted);
+    trial.mtm = FormMtmFigures(order, trial.before, trial.after, settings);
+    return trial;
+}
+
+RuleAnswer RowBench::Check() { return CSurvLimitEntry(&row).CheckGeneralOrder(order, Trial(), {settings, undo}); }
+RuleAnswer RowBench::Report(tagBreachRow& breach) {
+    return CSurvLimitEntry(&row).CheckReportOrder(order, Trial(), {settings, undo}, breach);
+}
+void RowBench::Update() { CSurvLimitEntry(&row).UpdateGeneralOrder(order, Trial(), {settings, undo}); }
+
+std::string Changes(const Row& from, const Row& to) {
+    std::string text;
+    for (const FigureGroup& group : kGroups) {
+        const std::size_t count = group.figures.size();
+        const std::array<double, 5> changes = ChangesAt(from, to, group.at, count);
+        const bool sameAsNetted = group.netted != 0 && ChangesAt(from, to, group.netted, count) == changes;
+        std::string told;
+        for (std::size_t i = 0; i < count && !sameAsNetted; ++i) {
+            if (changes[i] == 0 && group.netted == 0) continue;
+            told.append(told.empty() || told.back() == ',' ? "" : " ").append(group.figures[i]);
+            const bool shared = i + 1 < count && changes[i + 1] == changes[i];
+            told.append(shared ? "," : Format(" %.12g", changes[i]));
+        }
+        if (!told.empty()) text.append(text.empty() ? "" : "; ").append(group.name).append(": ").append(told);
+    }
+    return text;
+}
+
+}  // namespace surv::test

@@ -1,0 +1,69 @@
+#pragma once
+
+// One limit row and one order on positions made by hand: reaches what no order of a scenario does.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "categories/limit_entry.h"
+#include "limits/scrip_trial.h"
+#include "support/scenario.h"
+
+namespace surv::test {
+
+/// A limit of a row by its place: the record is packed, so nothing may point at its fields.
+struct RowField {
+    std::size_t at = 0;
+    bool whole = false;  ///< a quantity; else money
+
+    void Set(BKSurveillanceLimitDefTag& row, double value) const;
+};
+inline constexpr RowField kNetQuantityLimit{offsetof(BKSurveillanceLimitDefTag, netQuantityLimit), true};
+inline constexpr RowField kMaxValueLimit{offsetof(BKSurveillanceLimitDefTag, maxSingleOrderValue)};
+inline constexpr RowField kMaxQuantityLimit{offsetof(BKSurveillanceLimitDefTag, maxSingleOrderQty), true};
+inline constexpr RowField kMinValueLimit{offsetof(BKSurveillanceLimitDefTag, minSingleOrderValue)};
+inline constexpr RowField kMinQuantityLimit{offsetof(BKSurveillanceLimitDefTag, minSingleOrderQty), true};
+inline constexpr RowField kGrossLimit{offsetof(BKSurveillanceLimitDefTag, grossExposureLimit)};
+inline constexpr RowField kNetLimit{offsetof(BKSurveillanceLimitDefTag, netExposureLimit)};
+inline constexpr RowField kNetSaleLimit{offsetof(BKSurveillanceLimitDefTag, netSaleExposureLimit)};
+inline constexpr RowField kPositionLimit{offsetof(BKSurveillanceLimitDefTag, netPositionLimit)};
+inline constexpr RowField kPendingLimit{offsetof(BKSurveillanceLimitDefTag, pendingOrderLimit)};
+inline constexpr RowField kTurnoverLimit{offsetof(BKSurveillanceLimitDefTag, turnoverLimit)};
+inline constexpr RowField kMtmLossLimit{offsetof(BKSurveillanceLimitDefTag, mtmLossLimit)};
+
+/// Every limit mask in use, in rising order.
+inline constexpr std::array<std::int16_t, 30> kRowMasks{
+    2,    3,    4,    5,    8,    9,    0xC,  0xD,  0xE,  0xF,   0x10,  0x11,  0x12,  0x13,  0x20,
+    0x21, 0x40, 0x41, 0x60, 0x61, 0x7E, 0x7F, 0x80, 0x81, 0x100, 0x101, 0x180, 0x181, 0x1FE, 0x1FF};
+
+/// A position of which everything has traded.
+[[nodiscard]] tagSurvPositionData Traded(int bought, int buyPrice, int sold = 0, int sellPrice = 0);
+
+/// The default is a client's buy of 100 at 250.00 of an NSE equity at its settlement row without limits; nothing is
+/// held, and nothing used.
+struct RowBench {
+    explicit RowBench(std::int16_t mask = 3);
+
+    BKSurveillanceLimitDefTag row;
+    tagOrderInfoForSurv order;
+    tagExposureScripSpecificInfo scrip;
+    tagSurvPositionData held;     ///< the netted position before the order
+    tagSurvPositionData ownHeld;  ///< the account's own
+    Settings settings;
+    CUndoLog undo;
+
+    RuleAnswer Check();
+    RuleAnswer Report(tagBreachRow& breach);
+    void Update();
+
+ private:
+    ScripTrial Trial();
+};
+
+/// How the used figures of two rows differ, in rupees; neighbours that change alike share the number: "order:
+/// gross,net 250; open: pending -10". The account's own exposures are told only where they aren't the netted ones.
+[[nodiscard]] std::string Changes(const BKSurveillanceLimitDefTag& from, const BKSurveillanceLimitDefTag& to);
+
+}  // namespace surv::test

@@ -1,0 +1,307 @@
+#include "support/scenario.h"
+
+#include <gtest/gtest.h>
+
+#include "reference/preferences.h"
+
+namespace surv::test {
+namespace {
+
+template <std::size_t Width>
+void Put(char (&field)[Width], std::string_view text) {
+    std::memset(field, 0, Width);
+    std::memcpy(field, text.data(), std::min(Width, text.size()));
+}
+
+template <class Record>
+void Append(std::vector<char>& buffer, const Record& record) {
+    const std::size_t at = buffer.size();
+    buffer.resize(at + sizeof record);
+    std::memcpy(buffer.data() + at, &record, sizeof record);
+}
+
+template <class Row>
+std::vector<Row> TakeRows(CPtrList& list, bool live) {
+    std::vector<Row> rows;
+    while (!list.IsEmpty()) {
+        auto* row = static_cast<Row*>(list.RemoveHead());
+        rows.push_back(*row);
+        if (!live) delete row;
+    }
+    return rows;
+}
+
+bool IsCorrection(const OrderSpec& spec) { return spec.messageCode == 5440 || spec.messageCode == 5445; }
+
+tagContractDescriptor ContractOf(const OrderSpec& spec) {
+    tagContractDescriptor contract{};
+    Put(contract.symbol, spec.symbol);
+    Put(contract.series, spec.series);
+    contract.strikePrice = spec.strikePrice;
+    return contract;
+}
+
+tagOrderRequest OrderRecord(const OrderSpec& spec) {
+    tagOrderRequest order{};
+    order.exchangeMask = spec.exchangeMask;
+    order.contract = ContractOf(spec);
+    order.buySell = spec.buySell;
+    order.quantity = spec.quantity;
+    order.price = spec.price;
+    order.productType = spec.productType;
+    order.proClient = spec.proClient;
+    Put(order.accountText, spec.client);
+    Put(order.clientAccount, spec.client);
+    Put(order.clientCategory, spec.clientCategory);
+    return order;
+}
+
+tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
+    tagTradeCorrectionRequest correction{};
+    correction.exchangeMask = spec.exchangeMask;
+    correction.contract = ContractOf(spec);
+    correction.buySellCharacter[0] = static_cast<char>('0' + spec.buySell);
+    correction.newQuantity = spec.quantity;
+    correction.tradePrice = spec.price;
+    Put(correction.accountText, spec.client);
+    Put(correction.buyClientAccount, spec.client);
+    Put(correction.sellClientAccount, spec.client);
+    return correction;
+}
+
+void DumpBytes(std::string& out, const void* data, std::size_t size) {
+    out.append(static_cast<const char*>(data), size);
+}
+
+template <class Value>
+void DumpValue(std::string& out, const Value& value) {
+    DumpBytes(out, &value, sizeof value);
+}
+
+/// Field by field: the record has padding.
+void DumpPosition(std::string& out, const tagSurvPositionData& p) {
+    DumpValue(out, p.limitMask);
+    DumpValue(out, p.lastPrice);
+    for (const std::int64_t quantity : {p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty}) {
+        DumpValue(out, quantity);
+    }
+    for (const double value : {p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue,
+                               p.openPositionValue, p.mtmValue}) {
+        DumpValue(out, value);
+    }
+    DumpValue(out, p.scripInfo);
+}
+
+void DumpSet(std::string& out, const CExposureDetails& set) {
+    for (const auto& position : set.positions) {
+        DumpValue(out, position.key.Printed());
+        DumpPosition(out, position.value->data);
+    }
+}
+
+void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure& account) {
+    std::string contracts;
+    account.ForEachScrip([&contracts](const CScripExposure& scrip) {
+        if (scrip.IsBlank()) return;
+        DumpPosition(contracts, scrip.position.data);
+        DumpPosition(contracts, scrip.dayPosition.data);
+    });
+    if (contracts.empty()) return;
+    out.append(key.View()).append(contracts);
+    DumpValue(out, account.levelTypes);
+    for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
+        if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
+        for (std::size_t group = 0; group < kProductGroupCount; ++group) {
+            const auto* position = account.FindSegmentPosition(segment, static_cast<ProductGroup>(group));
+            if (position && position->data.scripInfo) DumpPosition(out, position->data);
+        }
+    }
+}
+
+}  // namespace
+
+BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask, std::int32_t token) {
+    BKSurveillanceLimitDefTag row{};
+    Put(row.entityCode, entity);
+    row.limitMask = mask;
+    row.token = token;
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kNoLimit;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kNoLimit;
+    row.marginLimit = row.minSingleOrderValue = kNoLimit;
+    row.maxSingleOrderQty = row.netQuantityLimit = row.minSingleOrderQty = kNoLimitQuantity;
+    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
+    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
+    row.mtmLossMultiplier = row.marginMultiplier = -1;
+    return row;
+}
+
+std::vector<char> MakeRequest(const OrderSpec& spec) {
+    tagSurveillanceInfo head{};
+    head.messageCode = spec.messageCode;
+    head.exchangeMask = spec.exchangeMask;
+    head.token = spec.token;
+    Put(head.groupCode, spec.group);
+    Put(head.dealerCode, spec.dealer);
+    Put(head.familyCode, spec.family);
+    Put(head.clientCode, spec.client);
+    Put(head.subClientCode, spec.subClient);
+    head.groupType = spec.groupType;
+    head.dealerType = spec.dealerType;
+    head.clientType = spec.clientType;
+    head.subClientType = spec.subClientType;
+    head.levelCheckFlags = spec.levelCheckFlags;
+    head.levelMarginFlags = spec.levelMarginFlags;
+    head.scripGroupNumber = spec.scripGroupNumber;
+    head.priceMultiplier = spec.priceMultiplier;
+    const bool correction = IsCorrection(spec);
+    if (spec.hasStored) {
+        if (correction) {
+            head.requestFlags |= 1;
+        } else {
+            head.levelMarginFlags |= 0x80;
+        }
+    }
+    std::vector<char> buffer;
+    Append(buffer, head);
+    const MessageCodeRow* message = FindMessageCode(spec.messageCode);
+    if (correction) {
+        Append(buffer, CorrectionRecord(spec));
+    } else if (message && message->primary == PrimaryRecord::kOrderRequest) {
+        Append(buffer, OrderRecord(spec));
+    }
+    if (spec.hasStored && correction) {
+        tagTradeInfo trade{};
+        trade.tradedQuantity = spec.storedQuantity;
+        trade.tradePrice = spec.storedPrice;
+        Append(buffer, trade);
+    } else if (spec.hasStored) {
+        tagOrderInfo stored{};
+        stored.quantity = spec.storedQuantity;
+        stored.price = spec.storedPrice;
+        Append(buffer, stored);
+    }
+    buffer.shrink_to_fit();
+    return buffer;
+}
+
+CScenario::CScenario(Library::StartSettings settings, const LoadLists& lists) {
+    library.context.clock.Set([](void*) { return kNow; }, nullptr);
+    library.context.window.Set(
+        [](void* context, unsigned, unsigned, const char* text) {
+            static_cast<CScenario*>(context)->notifications.emplace_back(text);
+        },
+        this);
+    EXPECT_EQ(library.Start(settings, lists), kDone);
+}
+
+void CScenario::Limit(std::string_view entity, std::int16_t mask,
+                      const std::function<void(BKSurveillanceLimitDefTag&)>& change, std::int32_t token) {
+    BKSurveillanceLimitDefTag row = EmptyLimit(entity, mask, token);
+    if (change) change(row);
+    tagAdminErrMessage error{};
+    ASSERT_EQ(library.manager->AddSurvLimits(row, &error), kDone) << error.errorText;
+}
+
+void CScenario::House(std::int16_t mask) {
+    for (const char* entity : {"-", "G1", "D1", "C1"}) Limit(entity, mask);
+}
+
+void CScenario::Preference(std::string_view code, std::int32_t exchange,
+                           const std::function<void(tagClientRiskPreferenceInfoForSurv&)>& change) {
+    tagClientRiskPreferenceInfoForSurv record{};
+    Put(record.preferenceCode, code);
+    record.exchange = exchange;
+    record.token = kAllSecurities;
+    record.allowedProducts = 0xF;
+    if (change) change(record);
+    library.AddUpdatePreference(record);
+}
+
+void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32_t bid, std::int32_t offer,
+                       std::int32_t last, std::int32_t close) {
+    CBroadcastScrip& scrip = library.manager->broadcastHash.FindOrMake(PlainKey(exchangeMask, token));
+    scrip.bestBuyPrice = bid;
+    scrip.bestSellPrice = offer;
+    scrip.lastTradedPrice = last;
+    scrip.closePrice = close;
+}
+
+Answer CScenario::Check(const OrderSpec& order) {
+    std::vector<char> buffer = MakeRequest(order);
+    return Send(buffer, false);
+}
+Answer CScenario::Probe(const OrderSpec& order) {
+    std::vector<char> buffer = MakeRequest(order);
+    return Send(buffer, true);
+}
+
+Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
+    auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
+    tagOrdErrMessage error{};
+    CPtrList limitRows;
+    CPtrList rollbackRows;
+    Answer answer;
+    answer.result =
+        library.manager->CheckSurveillance(request, error, answer.status, {&limitRows, &rollbackRows}, probe);
+    EXPECT_TRUE(library.context.undo.Empty()) << "a trial has outlived the call";
+    answer.errorCode = error.errorCode;
+    answer.headCode = error.headCode;
+    answer.timeStamp = error.timeStamp;
+    answer.text = error.errorText;
+    answer.failedLevelCode = FieldText(request.failedLevelCode);
+    answer.failedLevelType = request.failedLevelType;
+    answer.levelCheckFlags = request.levelCheckFlags;
+    if (probe) {
+        answer.probeRows = TakeRows<tagBreachRow>(limitRows, false);
+    } else {
+        for (CPtrList::Position at = limitRows.GetHeadPosition(); at;) {
+            answer.limitRowAddresses.push_back(static_cast<BKSurveillanceLimitDefTag*>(limitRows.GetNext(at)));
+        }
+        answer.limitRows =
+            TakeRows<BKSurveillanceLimitDefTag>(limitRows, library.context.settings.RowsAreLive());
+    }
+    answer.rollbackRows = TakeRows<tagBreachRow>(rollbackRows, false);
+    return answer;
+}
+
+BKSurveillanceLimitDefTag& CScenario::Row(std::string_view entity, std::int16_t mask, std::int32_t token) {
+    CSurveillanceCategory* category = library.manager->FindCategory(entity);
+    EXPECT_NE(category, nullptr) << entity;
+    CSurvLimitEntry* entry = category->FindRow(mask, token);
+    EXPECT_NE(entry, nullptr) << entity << " " << mask << " " << token;
+    return entry->Row();
+}
+
+namespace {
+PositionKey ScripKey(std::int32_t token) { return {kMaskNseCash, PositionFamily::kPlain, token}; }
+}  // namespace
+
+CSurvPosition* CScenario::Held(std::string_view entity, Period period, std::int32_t token) const {
+    return library.manager->FindCategory(entity)->Book(period).exposures.Find(ScripKey(token));
+}
+
+CSurvPosition* CScenario::HeldBy(std::string_view entity, Period period, std::string_view group,
+                                 std::string_view account, std::int32_t token) const {
+    const auto* found = library.manager->FindCategory(entity)->Book(period).accounts.FindAccount(group, account);
+    CScripExposure* scrip = found ? found->FindScripByKey(ScripKey(token)) : nullptr;
+    return scrip ? &scrip->position : nullptr;
+}
+
+std::string CScenario::Dump() const {
+    std::string out;
+    for (const auto& category : library.manager->categories) {
+        out.append(category.key.View());
+        for (const auto& info : category.value->limitStores) {
+            for (const auto& entry : info.value->store.entries) DumpValue(out, entry.value->Row());
+        }
+        for (const Period period : {Period::kDaily, Period::kExpiry}) {
+            const PeriodBook& book = category.value->Book(period);
+            DumpSet(out, book.exposures);
+            DumpSet(out, book.clientLevelExposures);
+            for (const auto& account : book.accounts.accounts) DumpAccount(out, account.key, *account.value);
+        }
+    }
+    return out;
+}
+
+}  // namespace surv::test

@@ -1,0 +1,117 @@
+#pragma once
+
+// A house in a few verbs. Each test makes its own library, names its entities and limits, and sends orders.
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "service/library.h"
+#include "surveillance/host.h"
+
+namespace surv::test {
+
+/// A limit row with nothing set: every limit and multiplier -1.
+[[nodiscard]] BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask,
+                                                   std::int32_t token = kAllSecurities);
+
+/// An order as a test writes it. The defaults are a client's margin buy of 100 at 250.00 on NSE, checked everywhere.
+struct OrderSpec {
+    std::int16_t messageCode = 2000;
+    std::int16_t exchangeMask = kMaskNseCash;
+    std::int32_t token = 2885;
+    const char* symbol = "SCRIP";
+    const char* series = "EQ";
+    std::int16_t buySell = kBuy;
+    std::int32_t quantity = 100;
+    std::int32_t price = 25000;
+    std::int32_t productType = product::kMargin;
+    std::int16_t proClient = 1;
+    std::string group = "G1";
+    std::string dealer = "D1";
+    std::string family = {};
+    std::string client = "C1";
+    std::string subClient = {};
+    std::uint8_t groupType = 0;
+    std::uint8_t dealerType = 0;
+    std::uint8_t clientType = 2;
+    std::uint8_t subClientType = 255;
+    std::uint8_t levelCheckFlags = 62;
+    std::uint8_t levelMarginFlags = 0;
+    std::int32_t scripGroupNumber = 0;
+    std::int32_t priceMultiplier = 1;
+    std::int32_t strikePrice = 0;
+    const char* clientCategory = "";
+    /// The stored order (tagOrderInfo) of code 2040, or the trade of a correction: quantity and price before.
+    bool hasStored = false;
+    std::int32_t storedQuantity = 0;
+    std::int32_t storedPrice = 0;
+};
+
+/// What a check answers.
+struct Answer {
+    short result = -9;
+    short status = -9;
+    std::int16_t errorCode = 0;
+    std::int16_t headCode = 0;
+    std::int32_t timeStamp = 0;
+    std::string text;
+    std::string failedLevelCode;
+    std::int16_t failedLevelType = 0;
+    std::uint8_t levelCheckFlags = 0;
+    std::vector<BKSurveillanceLimitDefTag> limitRows;
+    std::vector<const BKSurveillanceLimitDefTag*> limitRowAddresses;  ///< as handed out; copies are freed by now
+    std::vector<tagBreachRow> probeRows;
+    std::vector<tagBreachRow> rollbackRows;
+
+    [[nodiscard]] bool Passed() const { return result == 0 && status == status::kPass; }
+};
+
+class CScenario {
+ public:
+    static constexpr std::int64_t kNow = 1763695800;
+
+    /// A started library; without lists it has no limits.
+    explicit CScenario(Library::StartSettings settings = {}, const LoadLists& lists = {});
+    CScenario(const CScenario&) = delete;
+    CScenario& operator=(const CScenario&) = delete;
+
+    Library library;
+    std::vector<std::string> notifications;
+
+    /// Adds a row through the administration; `change` sets its limits. Fails the test if the library refuses.
+    void Limit(std::string_view entity, std::int16_t mask, const std::function<void(BKSurveillanceLimitDefTag&)>& change = {},
+               std::int32_t token = kAllSecurities);
+    /// A row without limits on mask 3 for "-", G1, D1, C1.
+    void House(std::int16_t mask = 3);
+    /// Enters a preference record for a code and exchange (-1: the overall one) and links it.
+    void Preference(std::string_view code, std::int32_t exchange,
+                    const std::function<void(tagClientRiskPreferenceInfoForSurv&)>& change = {});
+    /// Puts a market price in place: bid, offer, last, close in paise.
+    void Market(std::int16_t exchangeMask, std::int32_t token, std::int32_t bid, std::int32_t offer, std::int32_t last,
+                std::int32_t close);
+
+    Answer Check(const OrderSpec& order);
+    Answer Probe(const OrderSpec& order);
+    /// Sends a request as it stands: the head and its records in one buffer.
+    Answer Send(std::vector<char>& buffer, bool probe = false);
+
+    /// The live row. REQUIRES: it is there.
+    BKSurveillanceLimitDefTag& Row(std::string_view entity, std::int16_t mask, std::int32_t token = kAllSecurities);
+    /// What an entity holds of a scrip of NSE equity, netted; null before the first order.
+    [[nodiscard]] CSurvPosition* Held(std::string_view entity, Period period, std::int32_t token = 2885) const;
+    /// The same in one of its accounts.
+    [[nodiscard]] CSurvPosition* HeldBy(std::string_view entity, Period period, std::string_view group,
+                                        std::string_view account, std::int32_t token = 2885) const;
+    /// Every figure of every row, position and account, as bytes: equal dumps are equal states. Nodes that hold
+    /// nothing are left out.
+    [[nodiscard]] std::string Dump() const;
+};
+
+/// The request of an order, its records in one buffer that ends where the last one does.
+[[nodiscard]] std::vector<char> MakeRequest(const OrderSpec& order);
+
+}  // namespace surv::test
