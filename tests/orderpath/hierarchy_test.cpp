@@ -106,8 +106,12 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
         SCOPED_TRACE(c.name);
         CScenario s({.featureBits = c.features});
         for (const char* entity : {"-", "G1", "D1"}) s.Limit(entity, 3);
-        const Answer answer = s.Check({.proClient = c.proClient, .family = c.family, .subClient = "S1",
-                                       .dealerType = c.dealer, .clientType = c.client, .subClientType = c.subClient});
+        const Answer answer = s.Check({.proClient = c.proClient,
+                                       .family = c.family,
+                                       .subClient = "S1",
+                                       .dealerType = c.dealer,
+                                       .clientType = c.client,
+                                       .subClientType = c.subClient});
         if (c.refusal) {
             ExpectRefusal(answer, std::string("C1|") + c.refusal);
         } else {

@@ -26,37 +26,43 @@ struct Reading {
     tagSurveillanceInfo& Head() { return *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()); }
 };
 
+/// Numbers in a row, as the tables below have them.
+template <class... Number>
+std::string Row(Number... numbers) {
+    std::string row;
+    ((row += (row.empty() ? "" : " ") + std::to_string(numbers)), ...);
+    return row;
+}
+
 TEST(RequestView, RecordsStandBehindTheHeadOneAfterTheOther) {
     constexpr std::uint8_t kStored = 0x80, kTraded = 0x01;
     const struct {
         const char* name;
         std::int16_t code;
         std::uint8_t flags;
-        long order, correction, primaryTrade, orderInfo, trade;  // offsets; 0: not there
+        const char* offsets;  // of order, correction, primary trade, stored order, trade; 0: not there
     } cases[] = {
-        {"order", 2000, 0, 154, 0, 0, 0, 0},
-        {"change with both", 2040, kStored | kTraded, 154, 0, 0, 646, 1428},
-        {"correction", 5440, kStored | kTraded, 0, 154, 0, 342, 1124},
-        {"correction, trade alone", 5445, kTraded, 0, 154, 0, 0, 342},
-        {"trade", 2222, kStored, 0, 0, 154, 556, 0},
-        {"taken up again", 31000, kStored, 0, 0, 0, 154, 0},
-        {"unknown", 4711, kStored | kTraded, 0, 0, 0, 0, 0},
+        {"order", 2000, 0, "154 0 0 0 0"},
+        {"change with both", 2040, kStored | kTraded, "154 0 0 646 1428"},
+        {"correction", 5440, kStored | kTraded, "0 154 0 342 1124"},
+        {"correction, trade alone", 5445, kTraded, "0 154 0 0 342"},
+        {"trade", 2222, kStored, "0 0 154 556 0"},
+        {"taken up again", 31000, kStored, "0 0 0 154 0"},
+        {"unknown", 4711, kStored | kTraded, "0 0 0 0 0"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
         tagSurveillanceInfo head{};
         head.messageCode = c.code;
         head.levelMarginFlags = 0x7F | (c.flags & kStored);
         head.requestFlags = 0xFE | (c.flags & kTraded);
-        const RequestView view = ViewRequest(head);
+        const RequestView v = ViewRequest(head);
         const auto offset = [&](const void* record) {
             return record ? static_cast<const char*>(record) - reinterpret_cast<const char*>(&head) : 0;
         };
-        EXPECT_EQ(offset(view.order), c.order);
-        EXPECT_EQ(offset(view.correction), c.correction);
-        EXPECT_EQ(offset(view.primaryTrade), c.primaryTrade);
-        EXPECT_EQ(offset(view.orderInfo), c.orderInfo);
-        EXPECT_EQ(offset(view.trade), c.trade);
+        EXPECT_EQ(
+            Row(offset(v.order), offset(v.correction), offset(v.primaryTrade), offset(v.orderInfo), offset(v.trade)),
+            c.offsets)
+            << c.name;
     }
 }
 
@@ -66,12 +72,8 @@ TEST(Intake, ProductsAreThoseOfTheCode) {
     for (const std::int32_t value : {1, 2, 4, 8, 9, 10, 16, 32, 0, 3, 5, 64, -1, 65537}) {
         const bool product = value == 1 || value == 2 || value == 4 || (value >= 8 && value <= 10);
         const bool conversion = value == 16 || value == 32;
-        for (const std::int16_t code : kConverting) {
-            EXPECT_EQ(ProductTypeOf(value, code), product || conversion ? value : 0) << value << " at " << code;
-        }
-        for (const std::int16_t code : kOthers) {
-            EXPECT_EQ(ProductTypeOf(value, code), product ? value : 0) << value << " at " << code;
-        }
+        for (const auto code : kConverting) EXPECT_EQ(ProductTypeOf(value, code), product || conversion ? value : 0);
+        for (const auto code : kOthers) EXPECT_EQ(ProductTypeOf(value, code), product ? value : 0) << code;
     }
 }
 
@@ -94,29 +96,30 @@ TEST(Intake, LevelTypesFollowTheirRulesInTurn) {
         const char* name;
         std::uint8_t dealer, client, subClient, group;
         std::int16_t proClient;
-        std::int16_t clientLevel, subClientLevel, groupLevel;
+        const char* levels;  // client, sub client, group
         const char* parent;
     } cases[] = {
-        {"as they are", 0, 2, 12, 11, 1, 2, 12, 11, "G1"},
-        {"client without a group", 0, 6, 12, 11, 1, 6, 12, -1, ""},
-        {"dealer 1 alone", 1, 255, 255, 11, 1, 1, 255, 11, "G1"},
-        {"dealer 1 with a client", 1, 2, 255, 11, 1, 2, 255, 11, "G1"},
-        {"dealer 4 alone", 4, 255, 255, 11, 1, 4, 255, 11, "G1"},
-        {"dealer 5 alone", 5, 255, 255, 6, 1, 5, 255, 6, "G1"},
-        {"dealer 5 with a client", 5, 6, 255, 11, 1, 6, 255, -1, ""},
-        {"group of type 6 alone", 0, 255, 255, 6, 1, 6, 255, -1, ""},
-        {"group of type 6 with a client", 0, 2, 255, 6, 1, 2, 255, 6, "G1"},
-        {"group of type 6 under another dealer", 7, 255, 255, 6, 1, 255, 255, 6, ""},
-        {"own account", 4, 255, 12, 11, 2, -1, -1, -1, ""},
+        {"as they are", 0, 2, 12, 11, 1, "2 12 11", "G1"},
+        {"client without a group", 0, 6, 12, 11, 1, "6 12 -1", ""},
+        {"dealer 1 alone", 1, 255, 255, 11, 1, "1 255 11", "G1"},
+        {"dealer 1 with a client", 1, 2, 255, 11, 1, "2 255 11", "G1"},
+        {"dealer 4 alone", 4, 255, 255, 11, 1, "4 255 11", "G1"},
+        {"dealer 5 alone", 5, 255, 255, 6, 1, "5 255 6", "G1"},
+        {"dealer 5 with a client", 5, 6, 255, 11, 1, "6 255 -1", ""},
+        {"group of type 6 alone", 0, 255, 255, 6, 1, "6 255 -1", ""},
+        {"group of type 6 with a client", 0, 2, 255, 6, 1, "2 255 6", "G1"},
+        {"group of type 6 under another dealer", 7, 255, 255, 6, 1, "255 255 6", ""},
+        {"own account", 4, 255, 12, 11, 2, "-1 -1 -1", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        Reading reading({.proClient = c.proClient, .groupType = c.group, .dealerType = c.dealer,
-                         .clientType = c.client, .subClientType = c.subClient});
+        Reading reading({.proClient = c.proClient,
+                         .groupType = c.group,
+                         .dealerType = c.dealer,
+                         .clientType = c.client,
+                         .subClientType = c.subClient});
         const tagOrderInfoForSurv& order = reading.intake.order;
-        EXPECT_EQ(order.clientLevelType, c.clientLevel);
-        EXPECT_EQ(order.subClientLevelType, c.subClientLevel);
-        EXPECT_EQ(order.groupLevelType, c.groupLevel);
+        EXPECT_EQ(Row(order.clientLevelType, order.subClientLevelType, order.groupLevelType), c.levels);
         EXPECT_EQ(order.accountCode, std::string_view{c.proClient == 2 ? "*****" : "C1"});
         EXPECT_EQ(ParentCodeOf(order, reading.Head()), std::string_view{c.parent});
     }
@@ -129,78 +132,65 @@ TEST(Intake, TypesThreeAndFiveNarrowTheLevelsOffMcx) {
         std::uint8_t client, dealer;
         bool narrow;
     } cases[] = {
-        {"neither", 1, 2, 0, false},         {"client 3", 1, 3, 0, true},
-        {"client 5", 8, 5, 0, true},         {"dealer 5", 2, 255, 5, true},
-        {"dealer 3", 1, 2, 3, false},        {"client 3 on MCX", 0x10, 3, 0, false},
-        {"client 3 on NCDEX", 0x40, 3, 0, true}, {"dealer 5 on mask 0x20", 0x20, 2, 5, false},
+        {"neither", 1, 2, 0, false},    {"client 3", 1, 3, 0, true},         {"client 5", 8, 5, 0, true},
+        {"dealer 5", 2, 255, 5, true},  {"dealer 3", 1, 2, 3, false},        {"on MCX", 0x10, 3, 0, false},
+        {"on NCDEX", 0x40, 3, 0, true}, {"on mask 0x20", 0x20, 2, 5, false},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
         Reading reading(
             {.exchangeMask = c.mask, .dealerType = c.dealer, .clientType = c.client, .levelCheckFlags = 0xFF});
-        EXPECT_EQ(reading.intake.updateAllLevels, !c.narrow);
-        EXPECT_EQ(reading.Head().levelCheckFlags, c.narrow ? 0xC8 : 0xFF);
+        EXPECT_EQ(reading.intake.updateAllLevels, !c.narrow) << c.name;
+        EXPECT_EQ(reading.Head().levelCheckFlags, c.narrow ? 0xC8 : 0xFF) << c.name;
     }
 }
 
 TEST(Intake, QuantitiesAndPricesOfEachEvent) {
-    // The record says 150 at 24000, the stored order or trade 100 at 25000.
+    // The record says 150 at 24000, legs at 11 and 12; the stored order or trade 100 at 25000.
     const struct {
         const char* name;
         std::int16_t code;
         std::int32_t product;
+        std::int16_t leg;
         bool stored;
-        std::int16_t kind;
-        std::int32_t quantity, price, prevQuantity, prevPrice;
+        const char* event;  // kind, quantity and price, those before
+        const char* legs;   // prices and quantity
     } cases[] = {
-        {"new", 2000, 1, true, 1, 150, 24000, 0, 0},
-        {"new again", 2150, 4, true, 1, 150, 24000, 0, 0},
-        {"change", 2040, 1, true, 1, 150, 24000, 100, 25000},
-        {"two-leg change", 2040, 4, true, 8, 150, 24000, 100, 25000},
-        {"change of nothing stored", 2040, 1, false, 1, 150, 24000, 0, 0},
-        {"without a price", 30160, 1, true, 1, 150, 0, 0, 0},
-        {"cancelled", 5440, 0, true, 3, 0, 0, 100, 25000},
-        {"modified", 5445, 0, true, 3, 150, 24000, 100, 25000},
+        {"new", 2000, 1, 0, true, "1 150 24000 0 0", "0 0 0"},
+        {"change", 2040, 1, 0, true, "1 150 24000 100 25000", "0 0 0"},
+        {"change of nothing stored", 2040, 1, 0, false, "1 150 24000 0 0", "0 0 0"},
+        {"without a price", 30160, 1, 0, true, "1 150 0 0 0", "0 0 0"},
+        {"cancelled trade", 5440, 0, 0, true, "3 0 0 100 25000", "0 0 0"},
+        {"modified trade", 5445, 0, 0, true, "3 150 24000 100 25000", "0 0 0"},
+        {"two legs", 2000, 4, 0, true, "1 150 24000 0 0", "11 24000 150"},
+        {"first leg", 2000, 4, 1, true, "1 150 24000 0 0", "11 12 0"},
+        {"second leg", 2150, 4, 2, true, "1 150 24000 0 0", "11 24000 150"},
+        {"another leg", 2150, 4, 7, true, "1 150 24000 0 0", "11 12 0"},
+        {"two legs changed", 2040, 4, 0, true, "8 150 24000 100 25000", "0 0 0"},
+        {"first leg changed", 2040, 4, 1, true, "8 150 24000 100 25000", "0 0 0"},
+        {"second leg changed", 2040, 4, 2, true, "8 150 24000 100 25000", "11 24000 150"},
     };
     for (const auto& c : cases) {
         for (const std::int16_t side : {kBuy, kSell}) {
             SCOPED_TRACE(testing::Message() << c.name << ", side " << side);
-            const Reading reading({.messageCode = c.code, .buySell = side, .quantity = 150, .price = 24000,
-                                   .productType = c.product, .hasStored = c.stored, .storedQuantity = 100,
-                                   .storedPrice = 25000});
-            const tagOrderInfoForSurv& order = reading.intake.order;
-            EXPECT_EQ(order.orderEventKind, c.kind);
-            EXPECT_EQ(order.buySell, side);
-            EXPECT_EQ(order.productType, c.product);
-            EXPECT_EQ(order.quantity, c.quantity);
-            EXPECT_EQ(order.price, c.price);
-            EXPECT_EQ(order.prevQuantity, c.prevQuantity);
-            EXPECT_EQ(order.prevPrice, c.prevPrice);
+            const OrderSpec spec{.messageCode = c.code,
+                                 .buySell = side,
+                                 .quantity = 150,
+                                 .price = 24000,
+                                 .productType = c.product,
+                                 .hasStored = c.stored,
+                                 .storedQuantity = 100,
+                                 .storedPrice = 25000};
+            const auto edit = [&c](tagOrderRequest& record) {
+                record.marginPlusLeg = c.leg;
+                record.firstLegPrice = 11, record.secondLegPrice = 12, record.triggerPrice = 13;
+            };
+            const bool correction = c.product == 0;
+            const Reading reading = correction ? Reading(spec) : Reading(spec, edit);
+            const tagOrderInfoForSurv& o = reading.intake.order;
+            EXPECT_EQ(Row(o.orderEventKind, o.quantity, o.price, o.prevQuantity, o.prevPrice), c.event);
+            EXPECT_EQ(Row(o.firstLegPrice, o.secondLegPrice, o.firstLegQuantity), c.legs);
+            EXPECT_EQ(Row(o.buySell, o.productType, o.triggerPrice), Row(side, c.product, correction ? 0 : 13));
         }
-    }
-}
-
-TEST(Intake, LegsOfATwoLegOrder) {
-    const struct {
-        std::int16_t code, leg;
-        std::int32_t product, first, second, quantity;
-    } cases[] = {
-        {2000, 0, 4, 11, 24000, 150}, {2000, 2, 4, 11, 24000, 150}, {2150, 0, 4, 11, 24000, 150},
-        {2000, 1, 4, 11, 12, 0},      {2150, 7, 4, 11, 12, 0},      {2040, 2, 4, 11, 24000, 150},
-        {2040, 0, 4, 0, 0, 0},        {2040, 1, 4, 0, 0, 0},        {2000, 0, 1, 0, 0, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.code << " leg " << c.leg << " product " << c.product);
-        const OrderSpec spec{.messageCode = c.code, .quantity = 150, .price = 24000, .productType = c.product};
-        const Reading reading(spec, [&c](tagOrderRequest& record) {
-            record.marginPlusLeg = c.leg;
-            record.firstLegPrice = 11, record.secondLegPrice = 12, record.triggerPrice = 13;
-        });
-        const tagOrderInfoForSurv& order = reading.intake.order;
-        EXPECT_EQ(order.firstLegPrice, c.first);
-        EXPECT_EQ(order.secondLegPrice, c.second);
-        EXPECT_EQ(order.firstLegQuantity, c.quantity);
-        EXPECT_EQ(order.triggerPrice, 13);
     }
 }
 
@@ -218,8 +208,7 @@ TEST(Intake, ACorrectionShowsTheClientOfItsSideAndTheAccountOfTheStoredOrder) {
         std::memcpy(intake.view.correction->sellClientAccount, "SELLR-TWELVE", 12);
         ASSERT_TRUE(ReadCheckRequest(request, SurvContext{}, intake));
         EXPECT_EQ(intake.clientText, std::string_view{side == kBuy ? "BUYER-TWELVE" : "SELLR-TWELVE"});
-        EXPECT_EQ(intake.order.proClient, 2);
-        EXPECT_EQ(intake.order.clientLevelType, -1);
+        EXPECT_EQ(Row(intake.order.proClient, intake.order.clientLevelType), "2 -1");
     }
 }
 
@@ -230,22 +219,21 @@ TEST(Intake, NcdexPricesAreScaledAndRoundedHalfUp) {
         std::int16_t segment;
         std::int32_t multiplier, price, scaled, strike, scaledStrike;
     } cases[] = {
-        {"one", 8, 10000, 25001, 25001, 3, 3},   {"half up", 8, 15000, 3, 5, 1, 2},
-        {"below half down", 8, 12000, 2, 2, 0, 0}, {"no strike", 8, 20000, 7, 14, -4, -4},
-        {"no multiplier", 8, 0, 7, 7, 3, 3},     {"negative multiplier", 8, -20000, 7, 7, 3, 3},
-        {"another market", 7, 20000, 7, 7, 3, 3}, {"beyond the field", 8, 20000, kMax, kMax, 3, 6},
+        {"one", 8, 10000, 16777217, 16777217, 3, 3}, {"half up", 8, 15000, 3, 5, 1, 2},
+        {"below half down", 8, 12000, 2, 2, 0, 0},   {"no strike", 8, 20000, 7, 14, -4, -4},
+        {"no multiplier", 8, 0, 7, 7, 3, 3},         {"negative multiplier", 8, -20000, 7, 7, 3, 3},
+        {"another market", 7, 20000, 7, 7, 3, 3},    {"beyond the field", 8, 20000, kMax, kMax, 3, 6},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
         tagOrderInfoForSurv order;
         order.marketSegment = c.segment;
         order.priceMultiplier = c.multiplier;
         order.price = order.prevPrice = c.price;
         order.contract.strikePrice = c.strike;
         ScaleNcdexPrices(order);
-        EXPECT_EQ(order.price, c.scaled);
-        EXPECT_EQ(order.prevPrice, c.scaled);
-        EXPECT_EQ(order.contract.strikePrice, c.scaledStrike);
+        EXPECT_EQ(Row(order.price, order.prevPrice, order.contract.strikePrice),
+                  Row(c.scaled, c.scaled, c.scaledStrike))
+            << c.name;
     }
 }
 

@@ -209,78 +209,61 @@ tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
     return order;
 }
 
-TEST(Measures, ExposureMargins) {
-    using P = CSurvPosition;
-    using Margin = double (P::*)(const tagOrderInfoForSurv&, Selector) const;
-    constexpr Margin kFutures = &P::GetFuturesExposureMargin, kAdditional = &P::GetAdditionalExposureMargin;
-    constexpr Margin kOption = &P::GetOptionExposureMargin;
+TEST(Measures, MarginsOfADerivative) {
+    using P = const CSurvPosition&;
+    using O = const tagOrderInfoForSurv&;
+    using Margin = double (*)(P, O, Selector);
+    constexpr Margin kFutures = [](P p, O o, Selector s) { return p.GetFuturesExposureMargin(o, s); };
+    constexpr Margin kAdditional = [](P p, O o, Selector s) { return p.GetAdditionalExposureMargin(o, s); };
+    constexpr Margin kOption = [](P p, O o, Selector s) { return p.GetOptionExposureMargin(o, s); };
+    constexpr Margin kMcxValue = [](P p, O o, Selector s) { return p.GetMcxPositionMargin(o, s, 1, 500); };
+    constexpr Margin kMcxUnit = [](P p, O o, Selector s) { return p.GetMcxPositionMargin(o, s, 2, 300); };
+    constexpr Margin kMcxNone = [](P p, O o, Selector s) { return p.GetMcxPositionMargin(o, s, 3, 500); };
     const struct {
         const char* name;
         Margin margin;
-        int segment;
+        int segment;  // 0: no scrip
         std::int16_t prefMode;
         std::int32_t prefRate;
-        const char* margins;  // of the four selectors
+        const char* margins;  // of the four selectors, and of orders that bought for 400 more and net to nothing
     } cases[] = {
-        {"NSE", kFutures, 2, 0, 5'000'000, " 65 52.5 42.5 30"},
-        {"NCDEX", kFutures, 8, 0, 0, " 6500 5250 4250 3000"},
-        {"MCX", kFutures, 7, 0, 0, " 26 63 17 36"},
-        {"no derivative of these", kFutures, 5, 1, 5'000'000, " 0 0 0 0"},
-        {"larger for longs only", kFutures, 7, 2, 2'000'000, " 52 63 34 36"},
-        {"own preference", kFutures, 2, 1, 1'000'000, " 26 21 17 12"},
-        {"preference on NCDEX", kFutures, 8, 1, 1'000'000, " 26 21 17 12"},
-        {"additional", kAdditional, 5, 0, 0, " 52 63 34 36"},
-        {"additional on MCX", kAdditional, 7, 0, 0, " 0.52 0.63 0.34 0.36"},
-        {"additional, option", kAdditional, 3, 0, 0, " 52 5.25 34 2.1"},
-        {"option", kOption, 3, 0, 4'000'000, " 0 56.875 0 31.75"},
-        {"option on BSE", kOption, 6, 1, 4'000'000, " 0 0 0 0"},
-        {"option, larger preference", kOption, 3, 2, 4'000'000, " 0 91 0 50.8"},
-        {"option, smaller preference", kOption, 3, 2, 1'000'000, " 0 56.875 0 31.75"},
-        {"option, own preference", kOption, 3, 1, 1'000'000, " 0 22.75 0 12.7"},
+        {"NSE", kFutures, 2, 0, 5'000'000, " 65 52.5 42.5 30 10"},
+        {"NCDEX", kFutures, 8, 0, 0, " 6500 5250 4250 3000 1000"},
+        {"MCX", kFutures, 7, 0, 0, " 26 63 17 36 0"},
+        {"BSE", kFutures, 5, 1, 5'000'000, " 0 0 0 0 0"},
+        {"no scrip", kFutures, 0, 1, 5'000'000, " 0 0 0 0 0"},
+        {"preference larger for longs only", kFutures, 7, 2, 2'000'000, " 52 63 34 36 0"},
+        {"own preference", kFutures, 2, 1, 1'000'000, " 26 21 17 12 4"},
+        {"own preference, NCDEX", kFutures, 8, 1, 1'000'000, " 26 21 17 12 4"},
+        {"own preference, MCX", kFutures, 7, 1, 1'000'000, " 26 21 17 12 0"},
+        {"additional", kAdditional, 5, 0, 0, " 52 63 34 36 0"},
+        {"additional, MCX", kAdditional, 7, 0, 0, " 0.52 0.63 0.34 0.36 0"},
+        {"additional, option", kAdditional, 3, 0, 0, " 52 5.25 34 2.1 0"},
+        {"additional, no scrip", kAdditional, 0, 0, 0, " 0 0 0 0 0"},
+        {"option", kOption, 3, 0, 4'000'000, " 0 56.875 0 31.75 0"},
+        {"option, BSE", kOption, 6, 1, 4'000'000, " 0 0 0 0 0"},
+        {"option, larger preference", kOption, 3, 2, 4'000'000, " 0 91 0 50.8 0"},
+        {"option, smaller preference", kOption, 3, 2, 1'000'000, " 0 56.875 0 31.75 0"},
+        {"option, own preference", kOption, 3, 1, 1'000'000, " 0 22.75 0 12.7 0"},
+        {"table, of value", kMcxValue, 7, 0, 990'000, " 130 105 85 60 0"},
+        {"table, per unit", kMcxUnit, 7, 0, 990'000, " 180 75 135 30 0"},
+        {"table, another basis", kMcxNone, 7, 2, 0, " 0 0 0 0 0"},
+        {"table, preference in whole percents", kMcxValue, 7, 1, 129'999, " 3.12 2.52 2.04 1.44 0"},
+        {"table, smaller preference", kMcxValue, 7, 2, 129'999, " 130 105 85 60 0"},
+        {"table, larger preference", kMcxValue, 7, 2, 10'000'000, " 260 210 170 120 0"},
     };
     for (const auto& c : cases) {
-        tagExposureScripSpecificInfo scrip = Scrip(c.segment);
-        std::string margins;
-        for (const Selector s : kSelectors)
-            margins += Text((Mixed(&scrip).*c.margin)(MarginOrder(c.prefMode, c.prefRate), s));
-        EXPECT_EQ(margins, c.margins) << c.name;
-    }
-
-    tagExposureScripSpecificInfo mcx = Scrip(7), nse = Scrip(2);
-    tagOrderInfoForSurv order = MarginOrder(1, 5'000'000);
-    EXPECT_EQ(Position(kFlatLoss, {}, &mcx).GetFuturesExposureMargin(order, kOrders), 0);
-    EXPECT_EQ(Position(kFlatLoss, {}, &nse).GetFuturesExposureMargin(order, kOrders), 20);
-    order = MarginOrder(2, 0);
-    order.additionalMargin.additionalMarginRate = -2'500'000;
-    EXPECT_EQ(Mixed(&nse).GetFuturesExposureMargin(order, kOrders), -65);  // no rate, nothing to compare with
-    EXPECT_EQ(
-        Text(Mixed().GetFuturesExposureMargin(order, kOrders), Mixed().GetAdditionalExposureMargin(order, kOrders)),
-        " 0 0");
-}
-
-TEST(Measures, McxMarginByTableRate) {
-    const struct {
-        const char* name;
-        std::int16_t basis;
-        double rate;
-        std::int16_t prefMode;
-        std::int32_t prefRate;
-        const char* margins;  // of the four selectors
-    } cases[] = {
-        {"of value", 1, 500, 0, 990'000, " 130 105 85 60"},
-        {"per unit", 2, 300, 0, 990'000, " 180 75 135 30"},
-        {"another basis", 3, 500, 2, 0, " 0 0 0 0"},
-        {"own preference in whole percents", 1, 500, 1, 129'999, " 3.12 2.52 2.04 1.44"},
-        {"smaller preference", 1, 500, 2, 129'999, " 130 105 85 60"},
-        {"larger preference", 1, 500, 2, 10'000'000, " 260 210 170 120"},
-    };
-    for (const auto& c : cases) {
+        tagExposureScripSpecificInfo info = Scrip(c.segment);
+        tagExposureScripSpecificInfo* scrip = c.segment == 0 ? nullptr : &info;
         const tagOrderInfoForSurv order = MarginOrder(c.prefMode, c.prefRate);
         std::string margins;
-        for (const Selector s : kSelectors) margins += Text(Mixed().GetMcxPositionMargin(order, s, c.basis, c.rate));
-        EXPECT_EQ(margins, c.margins) << c.name;
-        EXPECT_EQ(Position(kFlatLoss, {}).GetMcxPositionMargin(order, kOrders, c.basis, c.rate), 0) << c.name;
+        for (const Selector s : kSelectors) margins += Text(c.margin(Mixed(scrip), order, s));
+        EXPECT_EQ(margins + Text(c.margin(Position(kFlatLoss, {}, scrip), order, kOrders)), c.margins) << c.name;
     }
+    tagExposureScripSpecificInfo scrip = Scrip(2);
+    tagOrderInfoForSurv rebate = MarginOrder(2, 0);
+    rebate.additionalMargin.additionalMarginRate = -2'500'000;
+    EXPECT_EQ(Mixed(&scrip).GetFuturesExposureMargin(rebate, kOrders), -65);  // no rate, nothing to compare with
 }
 
 TEST(Measures, CashMarginScopes) {

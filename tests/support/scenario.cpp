@@ -85,8 +85,8 @@ void DumpPosition(std::string& out, const tagSurvPositionData& p) {
     for (const std::int64_t quantity : {p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty}) {
         DumpValue(out, quantity);
     }
-    for (const double value : {p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue,
-                               p.openPositionValue, p.mtmValue}) {
+    for (const double value :
+         {p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue, p.openPositionValue, p.mtmValue}) {
         DumpValue(out, value);
     }
     DumpValue(out, p.scripInfo);
@@ -94,6 +94,7 @@ void DumpPosition(std::string& out, const tagSurvPositionData& p) {
 
 void DumpSet(std::string& out, const CExposureDetails& set) {
     for (const auto& position : set.positions) {
+        if (!position.value->data.scripInfo) continue;
         DumpValue(out, position.key.Printed());
         DumpPosition(out, position.value->data);
     }
@@ -257,8 +258,7 @@ Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
         for (CPtrList::Position at = limitRows.GetHeadPosition(); at;) {
             answer.limitRowAddresses.push_back(static_cast<BKSurveillanceLimitDefTag*>(limitRows.GetNext(at)));
         }
-        answer.limitRows =
-            TakeRows<BKSurveillanceLimitDefTag>(limitRows, library.context.settings.RowsAreLive());
+        answer.limitRows = TakeRows<BKSurveillanceLimitDefTag>(limitRows, library.context.settings.RowsAreLive());
     }
     answer.rollbackRows = TakeRows<tagBreachRow>(rollbackRows, false);
     return answer;

@@ -83,8 +83,8 @@ class CScenario {
     std::vector<std::string> notifications;
 
     /// Adds a row through the administration; `change` sets its limits. Fails the test if the library refuses.
-    void Limit(std::string_view entity, std::int16_t mask, const std::function<void(BKSurveillanceLimitDefTag&)>& change = {},
-               std::int32_t token = kAllSecurities);
+    void Limit(std::string_view entity, std::int16_t mask,
+               const std::function<void(BKSurveillanceLimitDefTag&)>& change = {}, std::int32_t token = kAllSecurities);
     /// A row without limits on mask 3 for "-", G1, D1, C1.
     void House(std::int16_t mask = 3);
     /// Enters a preference record for a code and exchange (-1: the overall one) and links it.
