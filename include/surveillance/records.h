@@ -11,7 +11,8 @@
 #include <cstdint>
 #include <type_traits>
 
-// clang-format off: the offsets stand in a column
+// The offsets stand in a column.
+// clang-format off
 
 // ---------------------------------------------------------------------------------------------------------------
 // Blocks inside records

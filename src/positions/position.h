@@ -49,7 +49,9 @@ struct GrossParts {
     double perNet = 0;  ///< counts times the whole part of optionNetPercent / 10000; 0 unless an option
 
     [[nodiscard]] double Value(std::int32_t optionNetPercent) const {
-        return optionNetPercent > 0 ? base + static_cast<double>(optionNetPercent / 10000) * perNet : base;
+        if (optionNetPercent <= 0) return base;
+        const std::int32_t wholeTimes = optionNetPercent / 10000;
+        return base + wholeTimes * perNet;
     }
 };
 

@@ -31,7 +31,8 @@ double PreferredByRate(double margin, double value, double divisor, const RiskPr
 
 /// Only whole percents of the preference count.
 double PreferredPercent(double value, const RiskPreference& preference) {
-    return static_cast<double>(preference.prefMarginRate / 10000) * value / 10000.0;
+    const std::int32_t wholePercents = preference.prefMarginRate / 10000;
+    return wholePercents * value / 10000.0;
 }
 
 }  // namespace

@@ -96,6 +96,7 @@ std::string ClassFigures(const CSurvPosition& p) {
 }
 
 TEST(Measures, MoneyByClassOfScrip) {
+    constexpr Side kNothing{}, kSoldLow{4, 900, 10, 500}, kBoughtLow{5, 500, 4, 900}, kBoughtLower{6, 500, 5, 900};
     const struct {
         const char* segments;  // 0: no scrip
         Side orders, trades;
@@ -116,26 +117,18 @@ TEST(Measures, MoneyByClassOfScrip) {
         {"0", kMixedOrders, kMixedTrades,
          "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 0 0 0 0, option 0 0 0 0, "
          "gross 0 0 0, 250% 0 0 0, together 0 0 0"},
-        {"2",
-         kMixedOrders,
-         {},
+        {"2", kMixedOrders, kNothing,
          "net 2600 0 5000 -2400, exposure 2600 0 5000 0 5000, sale 0 0 0 2400 2400, option 0 0 0 0, "
          "gross 2600 0 5000, 250% 2600 0 5000, together 2600 0 5000"},
         // Sold for less than bought, and even at a profit.
-        {"2",
-         {4, 900, 10, 500},
-         kFlatProfit,
+        {"2", kSoldLow, kFlatProfit,
          "net 400 -400 0 0, exposure 0 0 0 0 0, sale 0 0 0 0 400, option 0 0 0 0, "
          "gross 400 400 400, 250% 400 400 400, together 400 400 400"},
         // One more bought, for less than the sales gave; a written option counts at its strike alone.
-        {"3",
-         {5, 500, 4, 900},
-         {4, 900, 10, 500},
+        {"3", kBoughtLow, kSoldLow,
          "net -400 400 0 0, exposure -400 0 0 0 400, sale 0 42 35 0 42, option 0 0 35 0, "
          "gross 0 42 42, 250% -800 42 842, together 0 42 42"},
-        {"3",
-         {6, 500, 5, 900},
-         kFlatProfit,
+        {"3", kBoughtLower, kFlatProfit,
          "net -400 -400 -400 -400, exposure -400 0 -400 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
          "gross 0 0 0, 250% -800 0 0, together 0 0 0"},
     };
