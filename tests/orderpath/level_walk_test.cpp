@@ -158,7 +158,7 @@ std::string Text(const std::vector<tagBreachRow>& rows) {
 
 TEST(LevelWalk, AProbeReportsEveryBreachAndKeepsNothing) {
     CSixLevels s;
-    for (const char* entity : {"S1", "D1", "-"}) s.Row(entity, 3).maxSingleOrderQty = 50;
+    for (const char* entity : {"S1", "C1", "D1", "-"}) s.Row(entity, 3).maxSingleOrderQty = 50;
     s.Row("S1", 2).pendingOrderLimit = kHundred;
     s.Row("S1", 3, kToken).netQuantityLimit = 100;
     s.Row("F1", 3, kToken).maxSingleOrderValue = 1;
@@ -170,8 +170,8 @@ TEST(LevelWalk, AProbeReportsEveryBreachAndKeepsNothing) {
     EXPECT_EQ(answer.timeStamp, CScenario::kNow);
     // A store's answer is its scrip row's. The refusal of the family keeps the dealer from being asked.
     const std::string below = "S1:2/-9=64,0 S1:3/-9=0,2 S1:3/2885=0,4 ";
-    EXPECT_EQ(Text(answer.probeRows), below + "F1:3/2885=0,1 -:3/-9=0,2 ");
-    EXPECT_EQ(Text(answer.rollbackRows), "F1:3/2885=0,1 " + below + "-:3/-9=0,2 ");
+    EXPECT_EQ(Text(answer.probeRows), below + "C1:3/-9=0,2 F1:3/2885=0,1 -:3/-9=0,2 ");
+    EXPECT_EQ(Text(answer.rollbackRows), "F1:3/2885=0,1 C1:3/-9=0,2 " + below + "-:3/-9=0,2 ");
     EXPECT_EQ(answer.text,
               "C1|Order failed Max. Single Transaction Value 25000.00 exceeded 0.01 Limit for SCRIP EQ of ");
     EXPECT_EQ(answer.errorCode, code::kOrderValue);
@@ -179,12 +179,14 @@ TEST(LevelWalk, AProbeReportsEveryBreachAndKeepsNothing) {
 
     s.Row("F1", 3, kToken).maxSingleOrderValue = s.Row("S1", 3, kToken).netQuantityLimit = -1;
     answer = s.Probe(order);
-    EXPECT_EQ(Text(answer.probeRows), "S1:2/-9=64,0 S1:3/-9=0,2 D1:3/-9=0,2 -:3/-9=0,2 ");
-    EXPECT_EQ(Text(answer.rollbackRows), "D1:3/-9=0,2 S1:2/-9=64,0 S1:3/-9=0,2 -:3/-9=0,2 ");
+    EXPECT_EQ(Text(answer.probeRows), "S1:2/-9=64,0 S1:3/-9=0,2 C1:3/-9=0,2 D1:3/-9=0,2 -:3/-9=0,2 ");
+    EXPECT_EQ(Text(answer.rollbackRows), "D1:3/-9=0,2 C1:3/-9=0,2 S1:2/-9=64,0 S1:3/-9=0,2 -:3/-9=0,2 ");
 
     order.quantity = 1;
     order.levelCheckFlags = 0;
+    const std::string unlimited = s.Dump();
     answer = s.Probe(order);
+    EXPECT_TRUE(s.Dump() == unlimited) << "levels that aren't checked don't take an enquiry in";
     EXPECT_EQ(answer.status, -312) << "also when every level would pass";
     EXPECT_EQ(answer.text, "C1| of ");
     EXPECT_TRUE(answer.probeRows.empty() && answer.rollbackRows.empty());
@@ -243,19 +245,21 @@ TEST(LevelWalk, ANarrowOrderMovesOnlyLevelsThatFollowIt) {
     for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
         CSixLevels s(mode);
         s.library.manager->FindCategory("C1")->lastLevel = 3;
+        s.library.manager->FindCategory("G1")->lastLevel = 5;
         s.Refuse("-");  // isn't asked
         OrderSpec order = CSixLevels::Order();
         order.clientType = 3;
         Answer answer = s.Check(order);
         EXPECT_EQ(answer.levelCheckFlags, 1 << 3);
         EXPECT_EQ(answer.limitRows.size(), 3U) << "of the client";
-        // The family is checked, but keeps the order only where its limits are those of a family. Accounts take all.
-        EXPECT_EQ(s.State(), "1/1/2 2/2/2 1/1/2 1/1/2 1/1/2 1/1/2 ");
+        // The family is checked, but keeps the order only where its limits are those of a family. The group's type in
+        // the order keeps its rows still, the level of its limits moves what it holds. Accounts take everything.
+        EXPECT_EQ(s.State(), "1/1/2 2/2/2 1/1/2 1/1/2 1/2/2 1/1/2 ");
 
         s.library.manager->FindCategory("F1")->lastLevel = 8;
         answer = s.Check(order);
         EXPECT_EQ(answer.limitRows.size(), 6U);
-        EXPECT_EQ(s.State(), "1/1/3 3/3/3 2/2/3 1/1/3 1/1/3 1/1/3 ");
+        EXPECT_EQ(s.State(), "1/1/3 3/3/3 2/2/3 1/1/3 1/3/3 1/1/3 ");
         // Where the house aggregates, such clients are kept apart at the root.
         const auto& apart = s.library.manager->FindCategory("-")->Book(Period::kDaily).clientLevelExposures;
         const CSurvPosition* position = apart.Find({kMaskNseCash, PositionFamily::kPlain, kToken});

@@ -64,6 +64,8 @@ TEST(Measures, Quantities) {
         {"traded beyond the orders", {10, 0, 5, 0}, {20, 0, 26, 0}, " 0 6 16 0", " 5 0 0 15", " -16 16"},
         {"a tie is bought", {50, 0, 50, 0}, {}, " 0 0 0 50", " 0 0 50 0", " 50 50"},
         {"sold by one more", {50, 0, 51, 0}, {}, " 1 0 0 51", " 0 0 50 0", " -51 51"},
+        {"orders sold furthest", {10, 0, 50, 0}, {20, 0, 10, 0}, " 40 0 0 30", " 0 10 0 0", " -40 40"},
+        {"trades sold furthest", {20, 0, 10, 0}, {10, 0, 50, 0}, " 0 40 30 0", " 10 0 0 0", " -40 40"},
         {"bought throughout", {9, 0, 1, 0}, {9, 0, 1, 0}, " 0 0 0 0", " 8 8 8 8", " 8 0"},
     };
     using P = CSurvPosition;
@@ -74,10 +76,12 @@ TEST(Measures, Quantities) {
         EXPECT_EQ(Each(p, &P::GetNetBuyQuantity, &P::GetCrossNetBuyQuantity), c.buy);
         EXPECT_EQ(Text(p.GetMaxNetQuantity(), p.GetMaxNetSaleQuantity()), c.largest);
     }
+    constexpr Side kSold{0, 0, 9, 0};
     const P p = Mixed();
     const std::int64_t net[] = {-1, 60, -25, -1, -45, -10, 45, -10, -1};
     for (int selector = 0; selector < 9; ++selector) EXPECT_EQ(p.GetNetQuantity(selector), net[selector]) << selector;
-    EXPECT_EQ(Text(p.GetCrossNetSaleQuantity(kTrades), p.GetCrossNetBuyQuantity(kOrders)), " 0 0");
+    EXPECT_EQ(p.GetCrossNetBuyQuantity(kOrders), 0);  // not a cross selector
+    EXPECT_EQ(Position({}, kSold).GetCrossNetSaleQuantity(kTrades), 0);
 }
 
 /// The money figures that the class of a scrip changes.
@@ -96,7 +100,8 @@ std::string ClassFigures(const CSurvPosition& p) {
 }
 
 TEST(Measures, MoneyByClassOfScrip) {
-    constexpr Side kNothing{}, kSoldLow{4, 900, 10, 500}, kBoughtLow{5, 500, 4, 900}, kBoughtLower{6, 500, 5, 900};
+    constexpr Side kNothing{}, kSoldLow{4, 900, 10, 500}, kFlatHigh{5, 200, 5, 950};
+    constexpr Side kBoughtLow{5, 500, 4, 900}, kBoughtLower{6, 500, 5, 900};
     const struct {
         const char* segments;  // 0: no scrip
         Side orders, trades;
@@ -121,8 +126,14 @@ TEST(Measures, MoneyByClassOfScrip) {
          "net 2600 0 5000 -2400, exposure 2600 0 5000 0 5000, sale 0 0 0 2400 2400, option 0 0 0 0, "
          "gross 2600 0 5000, 250% 2600 0 5000, together 2600 0 5000"},
         // Sold for less than bought, and even at a profit.
-        {"2", kSoldLow, kFlatProfit,
-         "net 400 -400 0 0, exposure 0 0 0 0 0, sale 0 0 0 0 400, option 0 0 0 0, "
+        {"2", kSoldLow, kFlatHigh,
+         "net 400 -750 -50 -300, exposure 0 0 0 0 0, sale 0 0 50 300 750, option 0 0 0 0, "
+         "gross 400 750 750, 250% 400 750 750, together 400 750 750"},
+        {"2", kSoldLow, kSoldLow,
+         "net 400 400 400 400, exposure 0 0 0 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
+         "gross 400 400 400, 250% 400 400 400, together 400 400 400"},
+        {"2", kFlatProfit, kFlatProfit,
+         "net -400 -400 -400 -400, exposure 0 0 0 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
          "gross 400 400 400, 250% 400 400 400, together 400 400 400"},
         // One more bought, for less than the sales gave; a written option counts at its strike alone.
         {"3", kBoughtLow, kSoldLow,
@@ -146,6 +157,8 @@ TEST(Measures, PositionAndTurnoverAreNeverScaled) {
     const CSurvPosition p = Mixed(&scrip);
     // What isn't the order side is the traded side, a cross selector too.
     const auto sides = [&p](auto figure) { return Text((p.*figure)(kOrders), (p.*figure)(kSelectors[2])); };
+    EXPECT_EQ(sides(&CSurvPosition::GetBuyQty) + sides(&CSurvPosition::GetSellQty), " 100 30 40 55");
+    EXPECT_EQ(sides(&CSurvPosition::GetBuyValue) + sides(&CSurvPosition::GetSellValue), " 5000 1200 2400 3300");
     EXPECT_EQ(sides(&CSurvPosition::GetNetPosition), " 2600 -2100");
     EXPECT_EQ(sides(&CSurvPosition::GetTurnover), " 7400 4500");
     EXPECT_EQ(Text(p.GetPendingOrderValue(), p.GetMaxNetPosition(), p.GetMaxTurnover()), " 2900 2600 8300");

@@ -83,7 +83,7 @@ TEST(Position, ChangesReachTheSidesOfTheProductAndTheEvent) {
 }
 
 TEST(Position, McxValuesAreWeightedByLot) {
-    const tagMarginRateBlock rates{1, 8, 5, 4, 10};  // 1 / 8 * 101 * 5 / 4 * 10 * 7 = 1104.6875
+    const tagMarginRateBlock rates{1, 8, 5, 4, 10};  // 1 / 8 * 101 * 5 / 4 * 10 * 7 = 1104.6875; it goes at 202
     const struct {
         const char* name;
         std::int16_t segment, productType;
@@ -92,14 +92,14 @@ TEST(Position, McxValuesAreWeightedByLot) {
         int quantity;
         double added, taken;
     } cases[] = {
-        {"weighted", 7, 1, LotWeighting::kOn, rates, 7, 1104.69, -1104.69},
-        {"switched off", 7, 1, LotWeighting::kOff, rates, 7, 707, -707},
-        {"another market", 8, 1, LotWeighting::kOn, rates, -7, -707, 707},
-        {"conversion", 7, 0x10, LotWeighting::kOn, rates, 7, 707, -707},
-        {"margin+", 7, 4, LotWeighting::kOn, rates, 7, 707, -707},
-        {"less than nothing", 7, 1, LotWeighting::kOn, rates, -7, 0, 1104.69},
-        {"no price denominator", 7, 1, LotWeighting::kOn, {9, 0, 5, 4, 10}, 7, 8837.5, -8837.5},
-        {"no general denominator", 7, 1, LotWeighting::kOn, {1, 8, 9, 0, 10}, 7, 883.75, -883.75},
+        {"weighted", 7, 1, LotWeighting::kOn, rates, 7, 1104.69, -2209.38},
+        {"switched off", 7, 1, LotWeighting::kOff, rates, 7, 707, -1414},
+        {"another market", 8, 1, LotWeighting::kOn, rates, -7, -707, 1414},
+        {"conversion", 7, 0x10, LotWeighting::kOn, rates, 7, 707, -1414},
+        {"margin+", 7, 4, LotWeighting::kOn, rates, 7, 707, -1414},
+        {"less than nothing", 7, 1, LotWeighting::kOn, rates, -7, 0, 2209.38},
+        {"no price denominator", 7, 1, LotWeighting::kOn, {9, 0, 5, 4, 10}, 7, 8837.5, -17675},
+        {"no general denominator", 7, 1, LotWeighting::kOn, {1, 8, 9, 0, 10}, 7, 883.75, -1767.5},
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);
@@ -107,7 +107,7 @@ TEST(Position, McxValuesAreWeightedByLot) {
         order.lotWeighting = c.weighting;
         order.marginRates = c.rates;
         order.quantity = order.prevQuantity = c.quantity;
-        order.price = order.prevPrice = 101;
+        order.price = 101, order.prevPrice = 202;
         CSurvPosition added, taken;
         added.Update11(order);
         taken.ReversePositions(order);
