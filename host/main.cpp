@@ -8,7 +8,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,11 +43,7 @@ std::size_t TotalBytes(const std::vector<std::string>& files) {
 }
 
 /// A bar only where it doesn't run into the answers.
-std::unique_ptr<survhost::ProgressBar> MakeProgressBar(const std::vector<std::string>& files) {
-    const std::size_t total = TotalBytes(files);
-    const bool wanted = survhost::IsTerminal(STDERR_FILENO) && !survhost::IsTerminal(STDOUT_FILENO) && total > 0;
-    return wanted ? std::make_unique<survhost::ProgressBar>(std::cerr, total) : nullptr;
-}
+bool WantsProgressBar() { return survhost::IsTerminal(STDERR_FILENO) && !survhost::IsTerminal(STDOUT_FILENO); }
 
 void RunReplay(const ReplayOptions& options) {
     const survhost::Painter painter(options.pretty && survhost::WantsColour(STDOUT_FILENO));
@@ -56,8 +52,9 @@ void RunReplay(const ReplayOptions& options) {
     survhost::Summary summary;
     std::vector<survhost::Observer*> observers{options.pretty ? static_cast<survhost::Observer*>(&pretty) : &answers};
     if (options.summary) observers.push_back(&summary);
-    auto progress = MakeProgressBar(options.files);
-    if (progress) observers.push_back(progress.get());
+    std::optional<survhost::ProgressBar> progress;
+    const std::size_t total = TotalBytes(options.files);
+    if (WantsProgressBar() && total > 0) observers.push_back(&progress.emplace(std::cerr, total));
 
     survhost::Replay replay(observers);
     replay.PlayFiles(options.files);
