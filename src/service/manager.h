@@ -47,7 +47,7 @@ class CSurveillanceManager {
     std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
                                    const CheckLists& lists, bool probe);
 
-    // Preferences (categories/preference_links.cpp) -----------------------------------------------------------------
+    // Preferences (service/preference_links.cpp) -----------------------------------------------------------------
     void SetDefaultRiskPreference();
     /// Connects a category with the preference maps of its code and of its family.
     void LinkPreferences(CSurveillanceCategory& category, const CodeText& code) const;
