@@ -38,7 +38,8 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // is loaded; after a failed start the list holds the rows not yet taken, the failing one first, and they are the
 // host's. In positionMode 2 and 3, or with order-based positions, the rows stay in the list and belong to the library
 // from the moment they are loaded until CleanupSurvManager, after which the list's pointers are dead: ForgetRows it
-// before a clean-up, and never FreeRows. A start that failed there may be tried again with the same list.
+// before a clean-up, and never FreeRows. A start that failed there may be tried again with the same list. No list may
+// hold a row twice.
 
 /// Empties a list and frees its rows.
 template <class Row>

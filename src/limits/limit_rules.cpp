@@ -71,9 +71,7 @@ bool MtmLossApplies(const RuleInput& in) {
     return in.shape.single || !in.shape.hasOther || in.shape.odd;
 }
 bool SquareOffModeApplies(const RuleInput& in) { return in.order.squareOffOnlyFlag && in.shape.odd; }
-bool AutoSquareOffPossible(const RuleInput& in) {
-    return in.now.limitMask == kWholeHouseMask && in.now.mtmLossLimit != kNoLimit && HasMtmLoss(in);
-}
+bool AutoSquareOffPossible(const RuleInput& in) { return in.now.limitMask == kWholeHouseMask && HasMtmLoss(in); }
 bool PreAutoSquareOffApplies(const RuleInput& in) { return in.order.preAutoSquareOffOn && AutoSquareOffPossible(in); }
 bool AutoSquareOffApplies(const RuleInput& in) { return in.order.autoSquareOffOn && AutoSquareOffPossible(in); }
 bool NriConversionApplies(const RuleInput& in) {

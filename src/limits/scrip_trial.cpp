@@ -14,25 +14,6 @@ double OrderValue(const tagOrderInfoForSurv& order, std::int32_t quantity, std::
 
 }  // namespace
 
-ExposureFigures ExposureFigures::Of(const CSurvPosition& position, GrossMode mode) {
-    constexpr Selector kOrder = Selector::kOrderSide;
-    constexpr Selector kTraded = Selector::kTradedSide;
-    ExposureFigures figures;
-    figures.maxNetQuantity = position.GetMaxNetQuantity();
-    figures.maxGross = position.GetMaxGrossParts(mode);
-    figures.grossOrder = position.GetGrossParts(kOrder, mode);
-    figures.grossTraded = position.GetGrossParts(kTraded, mode);
-    figures.maxNet = position.GetMaxNetExposure();
-    figures.netOrder = position.GetNetExposure(kOrder);
-    figures.netTraded = position.GetNetExposure(kTraded);
-    figures.maxNetSale = position.GetMaxNetSaleExposure();
-    figures.netSaleOrder = position.GetNetSaleExposure(kOrder);
-    figures.netSaleTraded = position.GetNetSaleExposure(kTraded);
-    figures.maxNetPosition = position.GetMaxNetPosition();
-    figures.maxTurnover = position.GetMaxTurnover();
-    return figures;
-}
-
 void ScripTrial::FormFigures(const tagOrderInfoForSurv& order, GrossMode mode) {
     figuresBefore = ExposureFigures::Of(before, mode);
     figuresAfter = ExposureFigures::Of(after, mode);

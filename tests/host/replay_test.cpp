@@ -76,7 +76,7 @@ TEST(Replay, AnUnreadableFileIsRefusedBeforeAnyIsPlayed) {
         int calls = 0;
     } counter;
     Replay replay({&counter});
-    const std::string readable = SURVEILLANCE_SOURCE_DIR "/tests/replay/worked_example.jsonl";
+    const std::string readable = SURVEILLANCE_SOURCE_DIR "/examples/worked_answer.jsonl";
     for (const char* unreadable : {"no such file", "/"}) {
         EXPECT_THROW(replay.PlayFiles({readable, unreadable}), RunError) << unreadable;
     }

@@ -223,24 +223,5 @@ TEST(RowMasks, EachSegmentHasItsMasksNarrowestFirst) {
     EXPECT_EQ(list(MasksOutsideScope(8).expiry), "3 11 5 9 D 21 41 61 13 F 7F 81");
 }
 
-TEST(RowMasks, LabelsTellScopeAndPeriod) {
-    std::string labels;
-    for (std::int16_t mask = 0; mask < 0x400; ++mask) {
-        if (!LimitMaskLabel(mask).empty()) labels.append(LimitMaskLabel(mask)).append("|");
-    }
-    EXPECT_EQ(
-        labels,
-        " of Equity ( NSE-Daily) | of Equity ( NSE-Settlement) | of Futures ( NSE-Daily)| of Futures ( NSE-Expiry)|"
-        " of Options ( NSE-Daily)| of Options ( NSE-Expiry)| of Derivatives ( NSE-Daily)|"
-        " of Derivatives ( NSE-Expiry)| of Combined  (NSE-Daily)| of Combined  (NSE-Expiry)|"
-        " of Equity ( BSE-Daily) | of Equity ( BSE-Settlement) | of Combined Equity (Daily)|"
-        " of Combined Equity (Settlement)| of Futures ( BSE-Daily)| of Futures ( BSE-Expiry)|"
-        " of Options ( BSE-Daily)| of Options ( BSE-Expiry)| of Derivatives ( BSE-Daily)|"
-        " of Derivatives ( BSE-Expiry)| of Combined (Daily)| of Combined (Expiry)| of Futures ( MCX-Daily)|"
-        " of Futures ( MCX-Expiry)| of Futures ( NDX-Daily)| of Futures ( NDX-Expiry)|"
-        " of Combined Commodity (Daily)| of Combined Commodity (Expiry)| of Combined ALL (Daily)|"
-        " of Combined ALL (Expiry)|");
-}
-
 }  // namespace
 }  // namespace surv::test

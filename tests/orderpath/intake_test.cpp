@@ -66,17 +66,6 @@ TEST(RequestView, RecordsStandBehindTheHeadOneAfterTheOther) {
     }
 }
 
-TEST(Intake, ProductsAreThoseOfTheCode) {
-    constexpr std::int16_t kConverting[] = {2000, 2012, 2040, 2150, 2155, 2156, 30160};
-    constexpr std::int16_t kOthers[] = {2042, 2075, 2222, 2231, 9002, 31000};
-    for (const std::int32_t value : {1, 2, 4, 8, 9, 10, 16, 32, 0, 3, 5, 64, -1, 65537}) {
-        const bool product = value == 1 || value == 2 || value == 4 || (value >= 8 && value <= 10);
-        const bool conversion = value == 16 || value == 32;
-        for (const auto code : kConverting) EXPECT_EQ(ProductTypeOf(value, code), product || conversion ? value : 0);
-        for (const auto code : kOthers) EXPECT_EQ(ProductTypeOf(value, code), product ? value : 0) << code;
-    }
-}
-
 TEST(Intake, SegmentComesFromExchangeAndStrike) {
     const struct {
         std::int16_t mask, future, option;

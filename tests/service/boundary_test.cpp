@@ -259,6 +259,7 @@ TEST(ClientCode, AccountOfARawRecord) {
     } cases[] = {
         {"over the gap", 0, 2000, 1, "ABCDEFGHIJ##KLMN", 0, "ABCDEFGHIJKLMN"},
         {"ends in the tail", 0, 2012, 1, "ABCDEFGHIJ  KL.N", 0, "ABCDEFGHIJKL"},
+        {"ends in the gap, before another's rest", 0, 2040, 1, "ABCDEFGHIJ#.KLMN", 0, "ABCDEFGHIJ"},
         {"ends before the gap", 0, 2040, 1, "ABC.............", 0, "ABC"},
         {"blanks at both ends", 0, 2042, 1, "  AB C    ##  D ", 0, "AB C      D"},
         {"blank", 0, 2070, 1, "                ", 0, ""},
