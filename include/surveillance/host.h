@@ -49,3 +49,9 @@ void FreeRows(CPtrList& list) {
 
 /// Empties a list of live rows.
 inline void ForgetRows(CPtrList& list) { list.RemoveAll(); }
+
+/// Enters a record into a map for InitializeAllAdditionalMarginInfo. The map points at it: keep it until after the
+/// call.
+inline void PutRecord(CMapStringToOb& map, const char* key, tagAdditionalMarginInfo& record) {
+    map.SetAt(key, reinterpret_cast<CObject*>(&record));
+}

@@ -588,6 +588,85 @@ static_assert(offsetof(tagBreachRow, breachBitsA) == 36);
 static_assert(offsetof(tagBreachRow, breachBitsB) == 37);
 
 // ---------------------------------------------------------------------------------------------------------------
+// Risk parameters and margin rates
+
+/// Head of each risk parameter message.
+struct [[gnu::packed]] tagRPFHeader {  // 24 bytes
+    char host0[7];
+    std::int16_t messageCode;               //   7  28001 to 28009
+    char host9[11];
+    std::int16_t messageLength;             //  20  of the whole message, this head included
+    std::int16_t segment;                   //  22  exchange mask that the file belongs to: 2, 4, 0x10 or 0x40
+};
+static_assert(sizeof(tagRPFHeader) == 24 && std::is_trivially_copyable_v<tagRPFHeader> &&
+              std::is_standard_layout_v<tagRPFHeader>);
+static_assert(offsetof(tagRPFHeader, messageCode) == 7);
+static_assert(offsetof(tagRPFHeader, messageLength) == 20);
+static_assert(offsetof(tagRPFHeader, segment) == 22);
+
+/// What a risk parameter file says of itself. Carried; the library reads nothing in it.
+struct [[gnu::packed]] tagRPFFileDetails {  // 66 bytes
+    char host0[66];
+};
+static_assert(sizeof(tagRPFFileDetails) == 66);
+
+/// Charges of one underlying.
+struct [[gnu::packed]] tagRPFUnderlyingRecord {  // 82 bytes
+    std::int32_t underlyingToken;           //   0
+    float calendarSpreadCharge;             //   4  rupees per unit of spread position
+    float shortOptionMinimumCharge;         //   8  rupees per unit of short option quantity
+    char host12[70];
+};
+static_assert(sizeof(tagRPFUnderlyingRecord) == 82 && std::is_trivially_copyable_v<tagRPFUnderlyingRecord> &&
+              std::is_standard_layout_v<tagRPFUnderlyingRecord>);
+static_assert(offsetof(tagRPFUnderlyingRecord, underlyingToken) == 0);
+static_assert(offsetof(tagRPFUnderlyingRecord, calendarSpreadCharge) == 4);
+static_assert(offsetof(tagRPFUnderlyingRecord, shortOptionMinimumCharge) == 8);
+
+/// Risk parameters of one contract.
+struct [[gnu::packed]] tagRPFContractRecord {  // 122 bytes
+    tagContractDescriptor contract;         //   0  the third character of optionType is not read
+    std::int32_t token;                     //  36
+    std::int32_t underlyingToken;           //  40
+    float contractPrice;                    //  44  paise; 0: the contract carries no price
+    char host48[6];
+    float riskArray[16];                    //  54  rupees lost per unit of long position in each scenario; a gain is negative
+    float compositeDelta;                   // 118  per unit of position
+};
+static_assert(sizeof(tagRPFContractRecord) == 122 && std::is_trivially_copyable_v<tagRPFContractRecord> &&
+              std::is_standard_layout_v<tagRPFContractRecord>);
+static_assert(offsetof(tagRPFContractRecord, contract) == 0);
+static_assert(offsetof(tagRPFContractRecord, token) == 36);
+static_assert(offsetof(tagRPFContractRecord, underlyingToken) == 40);
+static_assert(offsetof(tagRPFContractRecord, contractPrice) == 44);
+static_assert(offsetof(tagRPFContractRecord, riskArray) == 54);
+static_assert(offsetof(tagRPFContractRecord, compositeDelta) == 118);
+
+/// Exposure margin rates of one derivative token.
+struct [[gnu::packed]] tagAdditionalMarginInfo {  // 68 bytes
+    std::int32_t exchange;                  //   0  exchange mask: 2, 0x10 or 0x40
+    std::int32_t token;                     //   4
+    std::int32_t additionalMarginRate;      //   8
+    char host12[20];
+    std::int32_t longMarginRate;            //  32  MCX, long positions
+    char host36[8];
+    std::int32_t shortMarginRate;           //  44  MCX, short positions
+    char host48[8];
+    std::int32_t sellExposureRate;          //  56
+    std::int32_t buyExposureRate;           //  60
+    char host64[4];
+};
+static_assert(sizeof(tagAdditionalMarginInfo) == 68 && std::is_trivially_copyable_v<tagAdditionalMarginInfo> &&
+              std::is_standard_layout_v<tagAdditionalMarginInfo>);
+static_assert(offsetof(tagAdditionalMarginInfo, exchange) == 0);
+static_assert(offsetof(tagAdditionalMarginInfo, token) == 4);
+static_assert(offsetof(tagAdditionalMarginInfo, additionalMarginRate) == 8);
+static_assert(offsetof(tagAdditionalMarginInfo, longMarginRate) == 32);
+static_assert(offsetof(tagAdditionalMarginInfo, shortMarginRate) == 44);
+static_assert(offsetof(tagAdditionalMarginInfo, sellExposureRate) == 56);
+static_assert(offsetof(tagAdditionalMarginInfo, buyExposureRate) == 60);
+
+// ---------------------------------------------------------------------------------------------------------------
 // Preferences
 
 /// How one entity is margined at one exchange. The bytes from exchange on travel into the order record.
