@@ -53,5 +53,6 @@ inline void ForgetRows(CPtrList& list) { list.RemoveAll(); }
 /// Enters a record into a map for InitializeAllAdditionalMarginInfo. The map points at it: keep it until after the
 /// call.
 inline void PutRecord(CMapStringToOb& map, const char* key, tagAdditionalMarginInfo& record) {
-    map.SetAt(key, static_cast<CObject*>(static_cast<void*>(&record)));
+    void* const address = &record;
+    map.SetAt(key, static_cast<CObject*>(address));
 }
