@@ -5,7 +5,9 @@
 #include <memory>
 
 #include "categories/limit_store.h"
+#include "margin/margin_part.h"
 #include "platform/hash_map.h"
+#include "platform/hash_set.h"
 #include "positions/accounts.h"
 #include "positions/exposure_details.h"
 #include "reference/context.h"
@@ -78,9 +80,30 @@ class CSurveillanceCategory {
     /// The owner record of all the category's positions; made from the first order.
     tagPositionOwnerInfo* OwnerOf(const tagOrderInfoForSurv& order);
 
+    // Margin (margin/) ----------------------------------------------------------------------------------------
+    MarketsSeen seen;
+    /// The underlyings and the contracts seen in orders and rows, by SegmentTokenKey of exchange mask and token.
+    HashSet<std::int64_t> underlyingKeys;
+    HashSet<std::int64_t> contractKeys;
+    CashMargin cashMarginNse{};  ///< of the cash positions
+    CashMargin cashMarginBse{};
+
+    /// Notes market, underlying and contract of a derivative order, with rpfMarginMode 1. A check of an MCX order notes
+    /// the market alone.
+    void NoteOrderMarket(const tagOrderInfoForSurv& order, OrderRoad road);
+    /// The same, whatever the margin mode.
+    void NoteMarket(std::int16_t exchangeMask, std::int32_t underlyingToken, std::int32_t token);
+    /// Puts the order's risk parameters into every account that has its contract, the sums of accounts apart. False:
+    /// the category has never seen the contract or its market. REQUIRES: the order carries parameters, rates,
+    /// preference.
+    bool ReplaceContract(const tagOrderInfoForSurv& order);
+    /// The figures of all accounts on an exchange, each raised by the add-on (millionths).
+    [[nodiscard]] MarginSums SumMargins(std::int16_t exchangeMask, std::int32_t marginAddOnFactor) const;
+
     [[nodiscard]] SurvContext& Context() const { return context_; }
 
  private:
+    [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
     RuleAnswer StoreRow(std::unique_ptr<CSurvLimitEntry> entry);
     void WorkOutUsedFigures(BKSurveillanceLimitDefTag& row);
     void ComputeGrossFigures(BKSurveillanceLimitDefTag& row) const;

@@ -7,6 +7,7 @@
 
 #include "categories/category.h"
 #include "platform/hash_map.h"
+#include "platform/hash_set.h"
 
 namespace surv {
 
@@ -34,6 +35,23 @@ class CCategoriesByPeriod {
 
  private:
     HashMap<std::int16_t, CategoryGroup> groups_{13};
+};
+
+/// The categories that a derivative contract reaches: all through which an order or a row in it has come.
+class CTokenCategories {
+ public:
+    CTokenCategories() = default;
+    CTokenCategories(std::int32_t ofUnderlying, std::int32_t ofContract)
+        : underlyingToken(ofUnderlying), token(ofContract) {}
+
+    std::int32_t underlyingToken = 0;
+    std::int32_t token = -1;
+    HashSet<CSurveillanceCategory*> categories;
+
+    /// A category stands once; null is ignored.
+    void AddCategory(CSurveillanceCategory* category) {
+        if (category) categories.Insert(category);
+    }
 };
 
 }  // namespace surv

@@ -168,6 +168,7 @@ CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode
     const bool apart = order.NoNetting() && mode == CheckMode::kReal;
     const GrossMode grossMode = apart ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
+    category.NoteOrderMarket(order, OrderRoad::kCheck);
     order.ownerInfo = category.OwnerOf(order);
     const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
@@ -183,7 +184,7 @@ CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode
         buffers.touched.resize(touchedBefore);
         return answer;
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, accountKey, kPeriods[i], trials[i]);
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(level, accountKey, kPeriods[i], trials[i]);
     guard.Keep();
     return answer;
 }

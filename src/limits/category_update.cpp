@@ -51,6 +51,7 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
     const bool active = updateAllLevels || IsAlwaysUpdatedLevel(category.lastLevel);
     const GrossMode mode = order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
+    category.NoteOrderMarket(order, OrderRoad::kUpdate);
     order.ownerInfo = category.OwnerOf(order);
     const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
@@ -62,7 +63,7 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
         scrip.mtm = FormMtmFigures(order, scrip.before, scrip.after, context.settings);
         if (active) UpdatePeriodicities(level, kPeriods[i], trials[i].scrip, rowContext, buffers);
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(category, accountKey, kPeriods[i], trials[i]);
+    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(level, accountKey, kPeriods[i], trials[i]);
     guard.Keep();
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "limits/limit_rules.h"
+#include "limits/row_margin.h"
 #include "limits/row_masks.h"
 #include "limits/scrip_trial.h"
 #include "mtm/row_mtm.h"
@@ -142,6 +143,7 @@ RuleAnswer CSurvLimitEntry::CheckGeneralOrder(const tagOrderInfoForSurv& order, 
     AddFundDeltas(now, order);
     RebuildLimitsFromFund(now, order);
     MoveForCheck(now, order, trial);
+    MoveMarginForCheck(now, order, trial);
 
     const RuleInput input{stored, now, order, trial, RowShape(now.limitMask)};
     const tagLimitRule* broken = FirstBrokenRule(input);
@@ -187,6 +189,7 @@ void CSurvLimitEntry::UpdateGeneralOrder(const tagOrderInfoForSurv& order, const
     AddFundDeltas(row, order);
     RebuildLimitsFromFund(row, order);
 
+    MoveMarginForUpdate(row, order, trial);
     const std::int32_t pct = OptionNetPercent(row, RowShape(row.limitMask));
     const double sign = Sign(order);
     MoveExposures(row, trial, pct, &Changed);

@@ -24,14 +24,19 @@ void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, F
     }
     const ScripPath path = account->FindOrMakePath(order, settings);
     scrip.grossBefore = path.scrip->position;
-    account->ApplyOrder(order, path, TreeContext{settings, &context.undo});
+    scrip.marginBefore = account->ApplyOrder(order, path, TreeContext{settings, &context.undo});
+    scrip.marginAfter = account->ReadMargins(order.ExchangeMask());
     scrip.grossAfter = path.scrip->position;
+    trial.account = account;
+    trial.path = path;
 
     scrip.FormFigures(order, mode);
 }
 
-void KeepAccount(CSurveillanceCategory& category, const AccountKey& accountKey, Period period, PeriodTrial& trial) {
-    if (trial.newAccount) category.Book(period).accounts.SetClient(accountKey, std::move(trial.newAccount));
+void KeepAccount(LevelTrial& level, const AccountKey& accountKey, Period period, PeriodTrial& trial) {
+    CAccountExposureSet& set = level.category->Book(period).accounts;
+    if (trial.newAccount) set.SetClient(accountKey, std::move(trial.newAccount));
+    if (period == Period::kExpiry) set.EnterHolder(level.order, *trial.account, trial.path);
 }
 
 }  // namespace surv

@@ -19,6 +19,8 @@ inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
 struct PeriodTrial {
     ScripTrial scrip;
     std::unique_ptr<CClientExposure> newAccount;  ///< the order's account, when the category hasn't got it yet
+    CClientExposure* account = nullptr;           ///< the order's account, new or not
+    ScripPath path;                               ///< the order's contract in it
 };
 
 enum class FlatPosition : std::uint8_t { kMoves, kStays };
@@ -28,7 +30,7 @@ enum class FlatPosition : std::uint8_t { kMoves, kStays };
 void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, FlatPosition flat, GrossMode mode,
                PeriodTrial& trial);
 
-/// The account is in the tree from now on.
-void KeepAccount(CSurveillanceCategory& category, const AccountKey& accountKey, Period period, PeriodTrial& trial);
+/// The account is in the tree from now on, and its contract among the holders.
+void KeepAccount(LevelTrial& level, const AccountKey& accountKey, Period period, PeriodTrial& trial);
 
 }  // namespace surv

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "margin/margin_records.h"
 #include "positions/exposure_figures.h"
 #include "positions/position.h"
 
@@ -31,7 +32,9 @@ struct ScripTrial {
     bool grossSquareOff = false;  ///< the same on the grossing position
     double newValue = 0;          ///< paise, of the order after the event
     double oldValue = 0;          ///< paise, before it
-    MtmFigures mtm;               ///< formed for updates alone: a check moves no MTM
+    MarginReading marginBefore;   ///< of the account on the order's exchange
+    MarginReading marginAfter;
+    MtmFigures mtm;  ///< formed for updates alone: a check moves no MTM
 
     /// Forms the figures from the four positions. REQUIRES: they are in place.
     void FormFigures(const tagOrderInfoForSurv& order, GrossMode mode);

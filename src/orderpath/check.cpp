@@ -5,6 +5,7 @@
 #include "orderpath/level_walk.h"
 #include "orderpath/policy.h"
 #include "orderpath/refusal.h"
+#include "orderpath/risk_lookup.h"
 #include "platform/format.h"
 #include "service/manager.h"
 
@@ -52,9 +53,16 @@ Refusal UnknownOrLimitless(const OrderIntake& intake, const HierarchyRefusal& fa
     return {status::kNoLimits, code::kNoLimits, CodeUse::kErrorCode, std::move(text)};
 }
 
-/// Products and segments come with their margin sources; until then an order in them is refused, not let through.
+Refusal NoRiskParameters(const OrderIntake& intake) {
+    return {status::kNoRiskParameters, code::kNoRiskParameters, CodeUse::kErrorCode,
+            WithClientText(intake.clientText, "RPF Details not available")};
+}
+
+/// Products come with their own rules; until then an order in them is refused, not let through. A derivative order
+/// needs no product.
 bool IsServed(const tagOrderInfoForSurv& order) {
-    return IsCashSegment(order.marketSegment) && order.productType == product::kMargin;
+    if (order.productType == product::kMargin) return true;
+    return order.productType == product::kNone && !IsCashSegment(order.marketSegment);
 }
 
 Refusal NotServed() {
@@ -97,9 +105,13 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
     const bool priced = TakeMarketPrices(*this, intake);
     order.scripInfo = context_.stores.FindOrMakeScrip(order);
     if (!priced) return refuse(NoMarket(intake));
+    if (NeedsRiskParameters(order) && !TakeRiskParameters(*this, hierarchy, order)) {
+        return refuse(NoRiskParameters(intake));
+    }
     order.parentCode = ParentCodeOf(order, request);
     if (const auto refusal = TestOrderPolicy(*this, request, intake)) return refuse(*refusal);
     if (!IsServed(order)) return refuse(NotServed());
+    context_.stores.TakeAdditionalMargin(order);
 
     CLevelWalk walk(*this, request, intake, hierarchy, lists, probe ? CheckMode::kProbe : CheckMode::kReal);
     const CLevelWalk::End end = walk.Run();

@@ -15,8 +15,9 @@ void RunAccount(LevelTrial& level, Period period) {
     const Settings& settings = level.category->Context().settings;
     CAccountExposureSet& set = level.category->Book(period).accounts;
     CClientExposure& account = set.accounts.FindOrMake(MakeAccountKey(level.order));
-    account.ApplyOrder(level.order, account.FindOrMakePath(level.order, settings),
-                       TreeContext{settings, &level.category->Context().undo});
+    const ScripPath path = account.FindOrMakePath(level.order, settings);
+    account.ApplyOrder(level.order, path, TreeContext{settings, &level.category->Context().undo});
+    if (period == Period::kExpiry) set.EnterHolder(level.order, account, path);
 }
 
 /// Orders of client types 3 and 5 are kept apart at the levels that aggregate them.
@@ -45,6 +46,7 @@ void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     const bool moves = Moves(level, updateAllLevels);
     const bool clientLevelSets = MovesClientLevelSets(level);
 
+    if (level.road == LevelRoad::kPassedOver) category.NoteOrderMarket(order, OrderRoad::kUpdate);
     order.ownerInfo = category.OwnerOf(order);
     for (const Period period : kPeriods) {
         order.periodicity = PeriodicityOf(order.marketSegment, period);

@@ -24,6 +24,13 @@ struct KeyHash<Key> {
     }
 };
 
+template <class Object>
+struct KeyHash<Object*> {
+    std::uint64_t operator()(const Object* key) const {
+        return KeyHash<std::uintptr_t>{}(reinterpret_cast<std::uintptr_t>(key));
+    }
+};
+
 /// A hash map that owns its values and is walked in insertion order.
 ///
 /// 1. Nothing is allocated until the first insert. Up to kScanLimit entries are found by scanning their keys;

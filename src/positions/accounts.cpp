@@ -4,6 +4,9 @@
 #include <cstring>
 #include <utility>
 
+#include "margin/risk_parameters.h"
+#include "margin/tree_margin.h"
+
 namespace surv {
 namespace {
 
@@ -90,7 +93,77 @@ ScripPath CClientExposure::FindOrMakePath(const tagOrderInfoForSurv& order, cons
     return path;
 }
 
-void CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context) {
+namespace {
+
+template <class Record>
+Record& Made(std::unique_ptr<Record>& record) {
+    if (!record) record = std::make_unique<Record>();
+    return *record;
+}
+
+/// The margin records of a path, made where there are none.
+MarginPath MarginPathOf(const ScripPath& path, std::unique_ptr<tagClientMarginTotals>& totals) {
+    return {Made(path.scrip->scripMargin), Made(path.expiry->expiryMargin), Made(path.underlying->underlyingMargin),
+            Made(totals)};
+}
+
+ContractPositions PositionsOf(const CScripExposure& scrip) { return {scrip.position, scrip.dayPosition}; }
+
+const tagRPFContractRecord* ContractRecordOf(const tagOrderInfoForSurv& order) {
+    return order.contractRpf ? &order.contractRpf->record : nullptr;
+}
+
+/// Takes the charges of the order's underlying; MCX has none, and an order without them leaves those of before.
+void TakeUnderlyingRecord(tagUnderlyingMargin& margin, const tagOrderInfoForSurv& order) {
+    constexpr std::int16_t kMcxExpiry = 0x81;
+    if (order.underlyingRpf && order.periodicity != kMcxExpiry) margin.underlying = order.underlyingRpf->record;
+}
+
+/// Figures of these markets are brought up to date ahead of an order, so that a change of the day's parameters doesn't
+/// count as a change of the order.
+bool IsRefreshedBeforeOrder(const tagOrderInfoForSurv& order) {
+    const MarginGroup group = MarginGroupOfMask(order.periodicity);
+    return group == MarginGroup::kNse || group == MarginGroup::kNcdex;
+}
+
+}  // namespace
+
+MarginReading CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path,
+                                          const TreeContext& context) {
+    if (!IsMargined(order)) {
+        const MarginReading margins = ReadMargins(order.ExchangeMask());
+        MovePositions(order, path, context);
+        return margins;
+    }
+    const MarginPath margin = MarginPathOf(path, clientMarginTotals);
+    const std::int32_t tradingDayBase = context.settings.tradingDayBase;
+    context.Save(margin.scrip);
+    context.Save(margin.expiry);
+    context.Save(margin.underlying);
+    context.Save(margin.totals);
+    const tagRPFContractRecord* const record = ContractRecordOf(order);
+    if (margin.scrip.inSums && IsRefreshedBeforeOrder(order)) {
+        const tagRPFContractRecord* const first = margin.scrip.HasContract() ? nullptr : record;
+        RefreshContract(margin, PositionsOf(*path.scrip), order, first, tradingDayBase);
+    }
+    const MarginReading before = ReadMargins(order.ExchangeMask());
+
+    MovePositions(order, path, context);
+    TakeUnderlyingRecord(margin.underlying, order);
+    const TradedSums traded = order.orderEventKind == event::kTrade ? TradedSums::kFollow : TradedSums::kStay;
+    CarryContract(margin, PositionsOf(*path.scrip), order, record, traded, tradingDayBase);
+    return before;
+}
+
+void CClientExposure::ReplaceParameters(const tagOrderInfoForSurv& order, const ScripPath& path,
+                                        const Settings& settings) {
+    const MarginPath margin = MarginPathOf(path, clientMarginTotals);
+    // Charges that are there already stay until an order brings others.
+    if (margin.underlying.underlying.underlyingToken == 0) TakeUnderlyingRecord(margin.underlying, order);
+    RefreshContract(margin, PositionsOf(*path.scrip), order, ContractRecordOf(order), settings.tradingDayBase);
+}
+
+void CClientExposure::MovePositions(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context) {
     if (!ownerInfo) {
         ownerInfo = std::make_unique<tagPositionOwnerInfo>();
         FillOwner(*ownerInfo, order);
@@ -129,6 +202,34 @@ void CClientExposure::MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosi
     AddMtm(figures, oldPosition.GetMTM(order.lotWeighting), -1.0);
     AddMtm(figures, newPosition.GetMTM(order.lotWeighting), +1.0);
     figures.openValueSum += newPosition.data.openPositionValue - oldPosition.data.openPositionValue;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Margin
+
+MarginReading CClientExposure::ReadMargins(std::int16_t exchangeMask) const {
+    return surv::ReadMargins(clientMarginTotals.get(), exchangeMask);
+}
+
+double CClientExposure::GetMargin(int side, std::int16_t exchangeMask) const {
+    const MarginReading margins = ReadMargins(exchangeMask);
+    return side == static_cast<int>(Selector::kOrderSide) ? margins.orderSide : margins.tradedSide;
+}
+
+double CClientExposure::GetOptionValue(int side, std::int16_t exchangeMask) const {
+    const MarginReading margins = ReadMargins(exchangeMask);
+    return side == static_cast<int>(Selector::kOrderSide) ? margins.optionOrderSide : margins.optionTradedSide;
+}
+
+void CAccountExposureSet::EnterHolder(const tagOrderInfoForSurv& order, CClientExposure& account,
+                                      const ScripPath& path) {
+    const std::int16_t exchangeMask = order.ExchangeMask();
+    if (path.scrip->indexed || IsCashExchange(exchangeMask) ||
+        TreeFamily(order.productType) != PositionFamily::kPlain) {
+        return;
+    }
+    holders.FindOrMake(SegmentTokenKey(exchangeMask, order.token)).push_back({&account, path});
+    path.scrip->indexed = true;
 }
 
 // ---------------------------------------------------------------------------------------------------------------

@@ -6,7 +6,9 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
+#include "margin/margin_records.h"
 #include "platform/fixed_text.h"
 #include "platform/hash_map.h"
 #include "platform/undo_log.h"
@@ -49,8 +51,10 @@ struct TreeContext {
 /// One contract of one account.
 class CScripExposure {
  public:
-    CSurvPosition position;     ///< what the period's row said, and every order since
-    CSurvPosition dayPosition;  ///< today's activity alone
+    CSurvPosition position;                       ///< what the period's row said, and every order since
+    CSurvPosition dayPosition;                    ///< today's activity alone
+    std::unique_ptr<tagScripMargin> scripMargin;  ///< made at first need
+    bool indexed = false;                         ///< stands among the holders of its set
 
     /// Takes the old quantity and price out of both positions and puts the new ones in.
     void ApplyOrder(const tagOrderInfoForSurv& order, const TreeContext& context);
@@ -61,11 +65,13 @@ class CScripExposure {
 class CExpiryExposure {
  public:
     HashMap<PositionKey, CScripExposure> scrips{31};
+    std::unique_ptr<tagExpiryMargin> expiryMargin;  ///< made at first need
 };
 
 class CUnderlyingExposure {
  public:
-    HashMap<std::int32_t, CExpiryExposure> expiries{17};  ///< by expiryDate
+    HashMap<std::int32_t, CExpiryExposure> expiries{17};    ///< by expiryDate
+    std::unique_ptr<tagUnderlyingMargin> underlyingMargin;  ///< made at first need
 };
 
 /// MTM sums of an account over one market segment, paise.
@@ -98,15 +104,35 @@ struct AccountLevelTypes {
 class CClientExposure {
  public:
     HashMap<UnderlyingKey, CUnderlyingExposure> underlyings{31};
-    std::unique_ptr<tagPositionOwnerInfo> ownerInfo;  ///< made from the first order or row
+    std::unique_ptr<tagPositionOwnerInfo> ownerInfo;            ///< made from the first order or row
+    std::unique_ptr<tagClientMarginTotals> clientMarginTotals;  ///< made at first need
     AccountLevelTypes levelTypes;
     bool aggregate = false;  ///< a '+' account: left out of every sum over accounts
 
     /// The nodes of the order's contract; missing ones are made.
     ScripPath FindOrMakePath(const tagOrderInfoForSurv& order, const Settings& settings);
-    /// Runs an order, its old and new quantity, down its path. The positions get this account's owner record; the
-    /// order has its own back afterwards.
-    void ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
+    /// Runs an order, its old and new quantity, down its path, and the margin back up. The positions get this account's
+    /// owner record; the order has its own back afterwards. Gives the margins of the order's exchange as they stood
+    /// before the order, with the figures of its contract fresh.
+    MarginReading ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
+    /// Puts new risk parameters into a contract and re-margins it; the order names the contract and carries the
+    /// parameters, rates and preference. Positions stay as they are.
+    void ReplaceParameters(const tagOrderInfoForSurv& order, const ScripPath& path, const Settings& settings);
+
+    // Margin on an exchange, rupees; option values paise. Never below 0 but for the option values. side: 1 order, 2
+    // traded.
+    [[nodiscard]] double GetMargin(int side, std::int16_t exchangeMask) const;
+    [[nodiscard]] double GetWorstMargin(std::int16_t exchangeMask) const { return ReadMargins(exchangeMask).worst; }
+    [[nodiscard]] double GetExposureMargin(std::int16_t exchangeMask) const {
+        return ReadMargins(exchangeMask).exposure;
+    }
+    [[nodiscard]] double GetOptionValue(int side, std::int16_t exchangeMask) const;
+    [[nodiscard]] double GetWorstOptionValue(std::int16_t exchangeMask) const {
+        return ReadMargins(exchangeMask).optionWorst;
+    }
+    /// All of them at once.
+    [[nodiscard]] MarginReading ReadMargins(std::int16_t exchangeMask) const;
+
     /// The contract of the order; null when the account hasn't got it.
     [[nodiscard]] CScripExposure* FindScrip(const tagOrderInfoForSurv& order, const Settings& settings) const;
     /// The first contract under the key, over all underlyings and expiries; null when there is none.
@@ -128,6 +154,7 @@ class CClientExposure {
  private:
     using SegmentPositions = std::array<std::unique_ptr<CSurvPosition>, kSegmentCount>;
 
+    void MovePositions(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
     void MoveSegmentPosition(const tagOrderInfoForSurv& order, const TreeContext& context);
     void MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition, CSurvPosition newPosition,
                         const TreeContext& context);
@@ -136,10 +163,22 @@ class CClientExposure {
     std::array<std::unique_ptr<SegmentPositions>, kProductGroupCount> segmentPositions_;  // made at need
 };
 
+/// An account that has a contract, and where.
+struct ContractHolder {
+    CClientExposure* account;
+    ScripPath path;
+};
+
 /// The accounts of a category for one period.
 class CAccountExposureSet {
  public:
     HashMap<AccountKey, CClientExposure> accounts{53};
+    /// The accounts that have a plain derivative contract, by SegmentTokenKey of exchange mask and token, so that new
+    /// parameters reach them without a search.
+    HashMap<std::int64_t, std::vector<ContractHolder>> holders;
+
+    /// Enters the order's contract among the holders, once. REQUIRES: the account is in this set.
+    void EnterHolder(const tagOrderInfoForSurv& order, CClientExposure& account, const ScripPath& path);
 
     [[nodiscard]] CClientExposure* FindAccount(const tagOrderInfoForSurv& order) const {
         return accounts.Find(MakeAccountKey(order));

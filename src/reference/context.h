@@ -1,5 +1,6 @@
 #pragma once
 
+#include "margin/risk_parameters.h"
 #include "platform/clock.h"
 #include "platform/host_window.h"
 #include "platform/undo_log.h"
@@ -12,6 +13,7 @@ namespace surv {
 struct SurvContext {
     Settings settings;
     ReferenceStores stores;
+    RiskParameters risk;  ///< not stores: a file replaces them during the day
     CClock clock;
     CHostWindow window;
     CUndoLog undo;  ///< empty between calls

@@ -31,8 +31,38 @@ tagExposureScripSpecificInfo* ReferenceStores::FindOrMakeScrip(const tagOrderInf
     return &scrips_[store].Insert(order.token, std::move(scrip));
 }
 
+const ReferenceStores::AdditionalMargins* ReferenceStores::AdditionalMarginsOf(std::int32_t exchangeMask) const {
+    switch (exchangeMask) {
+        case kMaskNseDerivatives: return &additionalMarginNse_;
+        case kMaskNcdex: return &additionalMarginNcdex_;
+        case kMaskMcx: return &additionalMarginMcx_;
+        default: return nullptr;
+    }
+}
+
+void ReferenceStores::AddAdditionalMargin(const tagAdditionalMarginInfo& record) {
+    auto* store = const_cast<AdditionalMargins*>(AdditionalMarginsOf(record.exchange));
+    if (store) store->FindOrMake(record.token, record);
+}
+
+const tagAdditionalMarginInfo* ReferenceStores::FindAdditionalMargin(std::int16_t exchangeMask,
+                                                                     std::int32_t token) const {
+    const AdditionalMargins* store = AdditionalMarginsOf(exchangeMask);
+    return store ? store->Find(token) : nullptr;
+}
+
+void ReferenceStores::TakeAdditionalMargin(tagOrderInfoForSurv& order) const {
+    const tagAdditionalMarginInfo* record = FindAdditionalMargin(order.ExchangeMask(), order.token);
+    if (!record) return;
+    order.additionalMargin = {record->additionalMarginRate, record->longMarginRate, record->shortMarginRate,
+                              record->sellExposureRate, record->buyExposureRate};
+}
+
 void ReferenceStores::ClearDay() {
     for (ScripStore& store : scrips_) store.Clear();
+    for (AdditionalMargins* store : {&additionalMarginNse_, &additionalMarginNcdex_, &additionalMarginMcx_}) {
+        store->Clear();
+    }
 }
 
 }  // namespace surv

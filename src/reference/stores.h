@@ -28,6 +28,14 @@ struct ReferenceStores {
     /// As FindScrip; a missing one is made and filled from the order.
     tagExposureScripSpecificInfo* FindOrMakeScrip(const tagOrderInfoForSurv& order);
 
+    /// Keeps the record of an exchange and token, the first standing; a record of any other exchange is dropped.
+    void AddAdditionalMargin(const tagAdditionalMarginInfo& record);
+    /// Null for a token without a record and for an exchange that has none.
+    [[nodiscard]] const tagAdditionalMarginInfo* FindAdditionalMargin(std::int16_t exchangeMask,
+                                                                      std::int32_t token) const;
+    /// Gives the order the exposure margin rates of its token; without a record the order keeps those it has.
+    void TakeAdditionalMargin(tagOrderInfoForSurv& order) const;
+
     /// Empties what is filled once a day; preferences and families stay.
     void ClearDay();
 
@@ -36,6 +44,12 @@ struct ReferenceStores {
     [[nodiscard]] static int StoreOf(std::int16_t exchangeMask);
 
     ScripStore scrips_[6];
+
+    using AdditionalMargins = HashMap<std::int32_t, tagAdditionalMarginInfo>;
+    [[nodiscard]] const AdditionalMargins* AdditionalMarginsOf(std::int32_t exchangeMask) const;
+    AdditionalMargins additionalMarginNse_;
+    AdditionalMargins additionalMarginNcdex_;
+    AdditionalMargins additionalMarginMcx_;
 };
 
 }  // namespace surv

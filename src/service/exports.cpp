@@ -298,11 +298,17 @@ short RMSFundAllocation(tagRMSFundAllocationRequest* /*request*/, BKSurveillance
 // ---------------------------------------------------------------------------------------------------------------
 // Risk parameters and margin inputs
 
-short ProcessRPFInfo(const char* /*message*/, const std::int32_t& /*length*/, short /*toStaging*/) noexcept {
-    return NotServedAtAll();
+short ProcessRPFInfo(const char* message, const std::int32_t& length, short toStaging) noexcept {
+    return Contained<short>(kNotDone,
+                            [&](Library& library) { return library.ProcessRPFInfo(message, length, toStaging != 0); });
 }
 short InitializeMarginInfo(CPtrList* /*list*/) noexcept { return NotServedAtAll(); }
-short InitializeAllAdditionalMarginInfo(CMapStringToOb* /*map*/) noexcept { return NotServedAtAll(); }
+short InitializeAllAdditionalMarginInfo(CMapStringToOb* map) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (map) library.LoadAdditionalMargins(*map);
+        return kDone;
+    });
+}
 short InitializeMCXMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
 short InitializeNCDEXExposureMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
 

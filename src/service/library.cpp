@@ -53,6 +53,7 @@ void Library::CleanUp() {
     }
     manager.reset();
     context.stores.ClearDay();
+    context.risk.Clear();
     context.settings.started = false;
 }
 
@@ -61,6 +62,16 @@ std::int16_t Library::SetMtmMode(std::int16_t mode) {
     context.settings.mtmMode = mode;
     context.settings.WidenMtmClasses(mode);
     return kDone;
+}
+
+void Library::LoadAdditionalMargins(const CMapStringToOb& records) {
+    for (CMapStringToOb::Position at = records.GetStartPosition(); at != 0;) {
+        std::string key;
+        CObject* value = nullptr;
+        records.GetNextAssoc(at, key, value);
+        const void* const address = value;
+        if (address) context.stores.AddAdditionalMargin(*static_cast<const tagAdditionalMarginInfo*>(address));
+    }
 }
 
 void Library::LoadPreferences(const CPtrList& records) {
@@ -72,7 +83,12 @@ void Library::AddUpdatePreference(tagClientRiskPreferenceInfoForSurv& record) {
     if (!context.settings.started) return;
     const bool isNew = AddOrUpdatePreference(context.stores, record);
     manager->SetDefaultRiskPreference();
-    if (isNew) manager->AddClientRiskPreference(FieldText(record.preferenceCode));
+    if (isNew) {
+        manager->AddClientRiskPreference(FieldText(record.preferenceCode));
+    } else {
+        // A code that names no category has nothing to margin anew.
+        static_cast<void>(manager->RecomputeMargin(record.exchange, FieldText(record.preferenceCode)));
+    }
 }
 
 }  // namespace surv

@@ -32,7 +32,11 @@ class Library {
     void CleanUp();
     std::int16_t SetMtmMode(std::int16_t mode);
 
-    // Preferences need no start.
+    /// One message of a risk parameter file (margin/risk_file.cpp).
+    std::int16_t ProcessRPFInfo(const char* message, std::int32_t length, bool toStaging);
+
+    // Margin rates and preferences need no start.
+    void LoadAdditionalMargins(const CMapStringToOb& records);
     void LoadPreferences(const CPtrList& records);
     void AddUpdatePreference(tagClientRiskPreferenceInfoForSurv& record);
 

@@ -54,6 +54,7 @@ std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
         AppendLogLine(settings.survLogFileName, kHoldingsLine);
     }
     if (lists.limits && LoadLimits(*lists.limits) != kDone) return kNotDone;
+    RecomputeAllIM();
     return kDone;
 }
 

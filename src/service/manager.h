@@ -57,6 +57,20 @@ class CSurveillanceManager {
     [[nodiscard]] const tagClientRiskPreferenceInfoForSurv* FindOwnPreference(const CSurveillanceCategory& category,
                                                                               std::int32_t exchange) const;
 
+    /// The family's record of the exchange where families count, else the own one, else everybody's; zero without one.
+    [[nodiscard]] RiskPreference EffectivePreference(const CSurveillanceCategory& category,
+                                                     std::int16_t exchangeMask) const;
+
+    // Margin (margin/recompute.cpp) --------------------------------------------------------------------------------
+    /// Re-margins every position in a contract and writes the limit rows. -1 for a null pointer.
+    std::int16_t RecomputeIM(const CRPFUnderlyingWiseInfo* underlying, const CRPFContractWiseInfo* contract);
+    /// The same for every contract of the live table, with rpfMarginMode 1.
+    void RecomputeAllIM();
+    /// The same for a category ("ALL": every one) and exchange 2 or 0x40; any other does nothing. -1: no such category.
+    std::int16_t RecomputeMargin(std::int32_t exchange, std::string_view categoryCode);
+    /// Writes the derivative margins of a category into its limit rows; recomputes nothing.
+    void RepublishMargin(CSurveillanceCategory& category) const;
+
     // Queries (queries/) --------------------------------------------------------------------------------------------
     /// Limit rows of every category.
     void AppendAllLimitRows(CPtrList& list) const;
@@ -67,12 +81,15 @@ class CSurveillanceManager {
     HashMap<CodeText, CSurveillanceCategory> categories{1013};
     CCategoriesByPeriod categoriesByPeriod;
     HashMap<std::int64_t, CBroadcastScrip> broadcastHash{557};  ///< by exchange mask * 10000000 + token
-    const PreferenceMap* defaultRiskPreference = nullptr;       ///< everybody's preferences; null: none given
+    /// Categories that a derivative contract reaches, by SegmentTokenKey of exchange mask and token.
+    HashMap<std::int64_t, CTokenCategories> rpfCategoriesByToken{557};
+    const PreferenceMap* defaultRiskPreference = nullptr;  ///< everybody's preferences; null: none given
 
     [[nodiscard]] SurvContext& Context() const { return context_; }
     [[nodiscard]] TrialBuffers& Buffers() { return buffers_; }
 
  private:
+    void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
     std::int16_t LoadLimits(CPtrList& list);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);

@@ -47,6 +47,16 @@ const tagClientRiskPreferenceInfoForSurv* CSurveillanceManager::FindOwnPreferenc
     return defaultRiskPreference ? defaultRiskPreference->Find(exchange) : nullptr;
 }
 
+RiskPreference CSurveillanceManager::EffectivePreference(const CSurveillanceCategory& category,
+                                                         std::int16_t exchangeMask) const {
+    const tagClientRiskPreferenceInfoForSurv* record = nullptr;
+    if (context_.settings.familyLevelEnabled && category.familyPreferences) {
+        record = category.familyPreferences->Find(exchangeMask);
+    }
+    if (!record) record = FindOwnPreference(category, exchangeMask);
+    return record ? TravellingPart(*record) : RiskPreference{};
+}
+
 void CSurveillanceManager::TakeExposureMarginBit(BKSurveillanceLimitDefTag& row,
                                                  const CSurveillanceCategory& category) const {
     if (context_.settings.familyLevelEnabled) return;

@@ -1,0 +1,58 @@
+#pragma once
+
+// New risk parameters reach the positions that they concern.
+
+#include <unordered_map>
+
+#include "categories/category.h"
+
+namespace surv {
+
+class CSurveillanceManager;
+
+/// One run of new parameters over the house. Each contract goes into the accounts that hold it, found by their index,
+/// and the sums above them move by differences; the limit rows are written once, at the end. They come out as if they
+/// had been written after each contract.
+class CMarginRun {
+ public:
+    explicit CMarginRun(CSurveillanceManager& manager) : manager_(manager) {}
+
+    /// The contract at every category that it has reached.
+    void Add(const CRPFUnderlyingWiseInfo& underlying, const CRPFContractWiseInfo& contract);
+    /// The contract at one category.
+    void AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWiseInfo& underlying,
+               const CRPFContractWiseInfo& contract);
+    /// Writes the limit rows of every category touched.
+    void Publish();
+
+ private:
+    /// A category's derivatives of one exchange, touched in this run.
+    struct Touched {
+        CSurveillanceCategory* category;
+        std::int16_t exchangeMask;
+        std::size_t lastContract;  ///< number of the last contract in the run
+    };
+    struct TouchKey {
+        const CSurveillanceCategory* category;
+        std::int16_t exchangeMask;
+        friend bool operator==(const TouchKey&, const TouchKey&) = default;
+    };
+    struct TouchHash {
+        std::size_t operator()(const TouchKey& key) const {
+            return KeyHash<const CSurveillanceCategory*>{}(key.category) + static_cast<std::size_t>(key.exchangeMask);
+        }
+    };
+    /// What a category keeps for the run.
+    struct Entry {
+        Touched touched;
+        RiskPreference preference;
+    };
+
+    void Replace(CSurveillanceCategory& category, tagOrderInfoForSurv& order);
+
+    CSurveillanceManager& manager_;
+    std::size_t contracts_ = 0;
+    std::unordered_map<TouchKey, Entry, TouchHash> entries_;
+};
+
+}  // namespace surv
