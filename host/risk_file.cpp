@@ -6,7 +6,6 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <limits>
 
@@ -62,8 +61,7 @@ tagRPFContractRecord RecordOf(const RiskContract& contract, std::int32_t underly
     record.token = contract.token;
     record.underlyingToken = underlyingToken;
     record.contractPrice = contract.price;
-    static_assert(sizeof record.riskArray == sizeof contract.risk);
-    std::memcpy(&record.riskArray, contract.risk.data(), sizeof contract.risk);
+    for (std::size_t i = 0; i < contract.risk.size(); ++i) record.riskArray[i] = contract.risk[i];
     record.compositeDelta = contract.compositeDelta;
     return record;
 }
