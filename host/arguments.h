@@ -93,7 +93,7 @@ class Arguments {
     [[nodiscard]] std::vector<RecordType> Records(std::string_view name) const {
         const Json* array = FindArray(name);
         std::vector<RecordType> records(array ? array->size() : 0);
-        for (std::size_t i = 0; i < records.size(); ++i) {
+        for (std::size_t i = 0; array && i < array->size(); ++i) {
             Encode(TableOf<RecordType>(), (*array)[i], ElementName(name, i), reinterpret_cast<char*>(&records[i]));
         }
         return records;
