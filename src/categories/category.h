@@ -93,17 +93,18 @@ class CSurveillanceCategory {
     void NoteOrderMarket(const tagOrderInfoForSurv& order, OrderRoad road);
     /// The same, whatever the margin mode.
     void NoteMarket(std::int16_t exchangeMask, std::int32_t underlyingToken, std::int32_t token);
-    /// Puts the order's risk parameters into every account that has its contract, the sums of accounts apart. False:
-    /// the category has never seen the contract or its market. REQUIRES: the order carries parameters, rates,
-    /// preference.
-    bool ReplaceContract(const tagOrderInfoForSurv& order);
+    /// The accounts that the order's risk parameters have to go into. Null: the category has never seen the contract or
+    /// its market.
+    [[nodiscard]] const std::vector<ContractHolder>* FindHolders(const tagOrderInfoForSurv& order) const;
+    /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
+    [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
+    /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
     /// The figures of all accounts on an exchange, each raised by the add-on (millionths).
     [[nodiscard]] MarginSums SumMargins(std::int16_t exchangeMask, std::int32_t marginAddOnFactor) const;
 
     [[nodiscard]] SurvContext& Context() const { return context_; }
 
  private:
-    [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
     RuleAnswer StoreRow(std::unique_ptr<CSurvLimitEntry> entry);
     void WorkOutUsedFigures(BKSurveillanceLimitDefTag& row);
     void ComputeGrossFigures(BKSurveillanceLimitDefTag& row) const;
