@@ -85,8 +85,8 @@ class CSurveillanceCategory {
     /// The underlyings and the contracts seen in orders and rows, by SegmentTokenKey of exchange mask and token.
     HashSet<std::int64_t> underlyingKeys;
     HashSet<std::int64_t> contractKeys;
-    CashMargin cashMarginNse;  ///< of the cash positions
-    CashMargin cashMarginBse;
+    CashMargin cashMarginNse{};  ///< of the cash positions
+    CashMargin cashMarginBse{};
 
     /// Notes market, underlying and contract of a derivative order, with rpfMarginMode 1. A check of an MCX order notes
     /// the market alone.
