@@ -50,11 +50,16 @@ struct RowDue {
 struct Place {
     CSurveillanceCategory* category;
     CClientExposure* account;
-    CScripExposure* scrip;
+    CUnderlyingExposure* underlying;
+    CScripExposure* scrip;  ///< null: the account has never held the contract
     AccountMargin margin;
     Figures traded;
 };
 
+template <class Record>
+bool Same(const Record& a, const Record& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
 std::string ClientCode(int client) { return "C" + std::to_string(100 + client); }
 std::string DealerCode(int client) { return "D" + std::to_string(client % kDealers); }
 
@@ -162,7 +167,7 @@ class CRandomHouse {
         tagRPFUnderlyingRecord& record = charges_[SegmentTokenKey(exchange, underlying)];
         record.underlyingToken = underlying;
         record.calendarSpreadCharge = Real(1, 15);
-        record.shortOptionMinimumCharge = Real(2, 40);
+        record.shortOptionMinimumCharge = 0.25F * static_cast<float>(Pick(8, 160));  // products end in .50 at times
     }
 
     void MakeEntity(const std::string& code, int number) {
@@ -177,7 +182,7 @@ class CRandomHouse {
                 if (client && mask == 0x1FF && number % 7 == 0) row.maxSingleOrderQty = 180;
                 if (code == "D1" && mask == 0xF) row.netQuantityLimit = 1500;
                 if (code == "D2" && mask == 0x1FF) row.maxSingleOrderQty = 190;
-                if (code == "G1" && mask == 0x7F) row.grossExposureLimit = 2.5e10;
+                if (code == "G1" && mask == 0x7F) row.maxSingleOrderValue = 19.5e6;
                 if (code == "-" && mask == 0x1FF) row.maxSingleOrderValue = 18.5e6;
             });
         }
@@ -241,18 +246,27 @@ class CRandomHouse {
         std::vector<Place> places;
         for (const std::string& code :
              {ClientCode(wish.client), DealerCode(wish.client), std::string("G1"), std::string("-")}) {
-            Place place{house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, {}, {}};
+            Place place{
+                house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, nullptr, {}, {}};
             place.account = place.category->Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
             if (place.account) {
-                place.scrip =
-                    place.account->FindScripByKey({contract.exchange, PositionFamily::kPlain, contract.record.token});
+                FindScrip(place, contract);
                 place.margin = known_[place.account];
             }
             place.traded = TradedFigures(place.scrip, FactsOf(*place.category));
-            if (place.scrip && place.scrip->IsBlank()) place.scrip = nullptr;
             places.push_back(place);
         }
         return places;
+    }
+    static void FindScrip(Place& place, const Contract& contract) {
+        for (const auto& node : place.account->underlyings) {
+            const CExpiryExposure* expiry = node.value->expiries.Find(contract.record.contract.expiryDate);
+            const PositionKey key{contract.exchange, PositionFamily::kPlain, contract.record.token};
+            CScripExposure* scrip = expiry ? expiry->scrips.Find(key) : nullptr;
+            if (!scrip || scrip->IsBlank()) continue;
+            place.underlying = node.value.get();
+            place.scrip = scrip;
+        }
     }
     const MarginFacts& FactsOf(const CSurveillanceCategory& category) { return facts_.at(&category); }
 
@@ -273,8 +287,10 @@ class CRandomHouse {
             }
         }
         Compare(*now.category, *now.account);
-        if (std::memcmp(&now.scrip->scripMargin->contract, &contract.record, sizeof contract.record) != 0) {
-            Blame("an order left its contract with other parameters");
+        charged_[now.underlying] = charges_[SegmentTokenKey(contract.exchange, contract.record.underlyingToken)];
+        if (!Same(now.scrip->scripMargin->contract, contract.record)) Blame("an order left its contract as it was");
+        if (!Same(now.underlying->underlyingMargin->underlying, charged_[now.underlying])) {
+            Blame("an order left the charges as they were");
         }
         return known_[now.account];
     }
@@ -526,20 +542,17 @@ class CRandomHouse {
             for (const Contract* contract : sent) {
                 if (!entry.value->contractKeys.Contains(contract->Key())) continue;
                 touched = true;
-                CheckParameters(*entry.value, *contract);
+                CheckParameters(*entry.value, *contract, difference);
             }
             if (touched) PublishRows(*entry.value, exchange);
             CompareRows(*entry.value);
         }
     }
-    void CheckParameters(CSurveillanceCategory& category, const Contract& contract) {
+    static void CheckParameters(CSurveillanceCategory& category, const Contract& contract, std::string& found) {
         for (const auto& account : category.Book(Period::kExpiry).accounts.accounts) {
-            const CScripExposure* scrip =
-                account.value->FindScripByKey({contract.exchange, PositionFamily::kPlain, contract.record.token});
-            if (!scrip || scrip->IsBlank()) continue;
-            if (std::memcmp(&scrip->scripMargin->contract, &contract.record, sizeof contract.record) != 0) {
-                Blame("a file has not reached every account");
-            }
+            Place place{&category, account.value.get(), nullptr, nullptr, {}, {}};
+            FindScrip(place, contract);
+            if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) found = "a file passed by";
         }
     }
     /// Past the staging table: nothing moves until the next order of the contract.
@@ -560,6 +573,9 @@ class CRandomHouse {
             }
             if (rows) CompareRows(*category.value);
         }
+        for (const auto& [node, charges] : charged_) {  // only orders bring new ones
+            if (!Same(node->underlyingMargin->underlying, charges)) Blame("the charges of an underlying have changed");
+        }
         if (!house_.notifications.empty()) Blame("the library complains: " + house_.notifications.back());
     }
 
@@ -571,6 +587,7 @@ class CRandomHouse {
     std::map<std::int64_t, ExposureRates> rates_;
     std::unordered_map<const CSurveillanceCategory*, MarginFacts> facts_;
     std::vector<OpenOrder> open_;
+    std::unordered_map<const CUnderlyingExposure*, tagRPFUnderlyingRecord> charged_;
     std::unordered_map<const CClientExposure*, AccountMargin> known_;
     std::unordered_map<const BKSurveillanceLimitDefTag*, RowDue> rows_;
     TradedLag lag_;
@@ -581,15 +598,10 @@ class MarginRandomRun : public testing::TestWithParam<std::int16_t> {};
 TEST_P(MarginRandomRun, TreesAndRowsAreWhatTheyComeToFromScratch) {
     constexpr std::uint32_t kSeed = 20261;
     CRandomHouse house(kSeed, GetParam());
-    house.Run(20000);
+    house.Run(GetParam() == 0 ? 20000 : 6000);
     EXPECT_EQ(house.difference, "") << "seed " << kSeed;
-    const std::string told = "accepted " + std::to_string(house.accepted) + ", trades " + std::to_string(house.trades) +
-                             ", files " + std::to_string(house.files) + ", direct " + std::to_string(house.direct) +
-                             ", probes " + std::to_string(house.probes) + ", refused by level";
-    std::string levels;
-    for (const int count : house.refused) levels += " " + std::to_string(count);
-    RecordProperty("run", told + levels);
-    for (const int count : house.refused) EXPECT_GT(count, 20) << told << levels;
+    for (const int count : house.refused) EXPECT_GT(count, 10) << "a level has had too little to refuse";
+    EXPECT_GT(std::min({house.accepted, house.trades, 20 * house.files, 20 * house.direct, 20 * house.probes}), 800);
 }
 
 INSTANTIATE_TEST_SUITE_P(PositionModes, MarginRandomRun, testing::Values(0, 2));
