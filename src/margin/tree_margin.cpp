@@ -30,7 +30,8 @@ bool IsMcx(const tagOrderInfoForSurv& order) { return order.periodicity == kMask
 // ---------------------------------------------------------------------------------------------------------------
 // The contract
 
-/// A contract's figures, view after view.
+/// A contract's figures, view after view. One without a price takes no share in premium and futures margin, whatever it
+/// had before; its scenarios and its spread count.
 class CScripFigures {
  public:
     CScripFigures(tagScripMargin& margin, const ContractPositions& positions, const tagOrderInfoForSurv& order,
@@ -51,7 +52,7 @@ class CScripFigures {
         FormSpread(block, net);
         if (IsOption(order_)) {
             FormOption(block, net, selector);
-        } else if (order_.contract.expiryDate > 0 && (IsMcx(order_) || priced_)) {
+        } else if (order_.contract.expiryDate > 0) {
             FormFuture(block, net, selector);
         }
         if (!IsMcx(order_)) block.riskQuantity = net;
@@ -67,16 +68,20 @@ class CScripFigures {
     }
 
     void FormOption(ScripBlock& block, std::int64_t net, Selector selector) const {
-        if (priced_) {
-            block.longOptionQuantity = std::max<std::int64_t>(net, 0);
-            block.shortOptionQuantity = std::max<std::int64_t>(-net, 0);
-            block.exposureMargin = positions_.whole.GetOptionExposureMargin(order_, selector);
-        }
+        block.longOptionQuantity = priced_ ? std::max<std::int64_t>(net, 0) : 0;
+        block.shortOptionQuantity = priced_ ? std::max<std::int64_t>(-net, 0) : 0;
+        block.exposureMargin = priced_ ? positions_.whole.GetOptionExposureMargin(order_, selector) : 0.0;
         block.netOptionValue = static_cast<double>(net) * margin_.contract.contractPrice / 100.0;
         block.optionValue = margin_.HasContract() ? ValueOfToday(selector) : 0.0;
     }
 
     void FormFuture(ScripBlock& block, std::int64_t net, Selector selector) const {
+        if (!priced_ && !IsMcx(order_)) {
+            block.futuresQuantity = 0;
+            block.futuresExposureMargin = 0;
+            block.exposureMargin = 0;
+            return;
+        }
         block.futuresQuantity = std::abs(net);
         block.futuresExposureMargin = positions_.whole.GetFuturesExposureMargin(order_, selector);
         block.exposureMargin = block.futuresExposureMargin;

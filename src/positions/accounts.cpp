@@ -113,10 +113,31 @@ const tagRPFContractRecord* ContractRecordOf(const tagOrderInfoForSurv& order) {
     return order.contractRpf ? &order.contractRpf->record : nullptr;
 }
 
-/// Takes the charges of the order's underlying; MCX has none, and an order without them leaves those of before.
-void TakeUnderlyingRecord(tagUnderlyingMargin& margin, const tagOrderInfoForSurv& order) {
+template <class Record>
+bool Differ(const Record& a, const Record& b) {
+    return std::memcmp(&a, &b, sizeof a) != 0;
+}
+
+/// Takes the charges of the order's underlying; MCX has none, and an order without them leaves those of before. True
+/// when they are others than before.
+bool TakeUnderlyingRecord(tagUnderlyingMargin& margin, const tagOrderInfoForSurv& order) {
     constexpr std::int16_t kMcxExpiry = 0x81;
-    if (order.underlyingRpf && order.periodicity != kMcxExpiry) margin.underlying = order.underlyingRpf->record;
+    if (!order.underlyingRpf || order.periodicity == kMcxExpiry) return false;
+    if (!Differ(margin.underlying, order.underlyingRpf->record)) return false;
+    margin.underlying = order.underlyingRpf->record;
+    return true;
+}
+
+/// Parameters that come with an order reach all views, the traded one too, before the order moves those that are its
+/// own.
+void TakeParameters(const MarginPath& margin, const CScripExposure& scrip, const tagOrderInfoForSurv& order,
+                    std::int32_t tradingDayBase) {
+    const tagRPFContractRecord* const record = ContractRecordOf(order);
+    const bool newCharges = TakeUnderlyingRecord(margin.underlying, order);
+    if (!margin.scrip.inSums) return;
+    if (newCharges || (record && Differ(*record, margin.scrip.contract))) {
+        CarryContract(margin, PositionsOf(scrip), order, record, TradedSums::kFollow, tradingDayBase);
+    }
 }
 
 /// Figures of these markets are brought up to date ahead of an order, so that a change of the day's parameters doesn't
@@ -147,13 +168,8 @@ MarginReading CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const Scri
         RefreshContract(margin, PositionsOf(*path.scrip), order, first, tradingDayBase);
     }
     const MarginReading before = ReadMargins(order.ExchangeMask());
-    // New parameters reach all views, the traded one too, before the order moves those that are its own.
-    if (margin.scrip.inSums && record && std::memcmp(record, &margin.scrip.contract, sizeof *record) != 0) {
-        RefreshContract(margin, PositionsOf(*path.scrip), order, record, tradingDayBase);
-    }
-
+    TakeParameters(margin, *path.scrip, order, tradingDayBase);
     MovePositions(order, path, context);
-    TakeUnderlyingRecord(margin.underlying, order);
     const TradedSums traded = order.orderEventKind == event::kTrade ? TradedSums::kFollow : TradedSums::kStay;
     CarryContract(margin, PositionsOf(*path.scrip), order, record, traded, tradingDayBase);
     return before;

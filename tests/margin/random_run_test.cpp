@@ -1,10 +1,8 @@
 // A house of 200 accounts through a day of orders, changes, trades, enquiries, refusals and new risk parameters. After
 // each step the margins in the trees and in the limit rows have to be what a calculation from scratch gives.
 //
-// Traded view: the traded sums of a node follow trades and parameter files only, so new parameters that come with an
-// order lag behind in them; the run keeps that lag and the comparison takes it off. Outside the run: a contract whose
-// price goes away again (what it had stays, by design, so nothing but its history tells its figures), rates and
-// preferences that change during the day, trade corrections, and MCX, which takes no scan.
+// Outside the run: rates and preferences that change during the day, trade corrections (the traded view catches up with
+// them at the next trade), and MCX, which takes no scan.
 
 #include <gtest/gtest.h>
 
@@ -53,7 +51,6 @@ struct Place {
     CUnderlyingExposure* underlying;
     CScripExposure* scrip;  ///< null: the account has never held the contract
     AccountMargin margin;
-    Figures traded;
 };
 
 template <class Record>
@@ -154,7 +151,8 @@ class CRandomHouse {
     void Renew(Contract& contract) {
         tagRPFContractRecord& record = contract.record;
         const double spot = record.underlyingToken == 12 ? 50000 : record.underlyingToken == 13 ? 20000 : 100000;
-        record.contractPrice = contract.priceless ? 0 : Real(contract.IsOption() ? 500 : spot * 0.95, spot * 1.05);
+        const bool priceless = contract.priceless || Pick(0, 19) == 0;  // a price may go away and come back
+        record.contractPrice = priceless ? 0 : Real(contract.IsOption() ? 500 : spot * 0.95, spot * 1.05);
         if (contract.IsOption()) record.contractPrice *= 0.05F;
         const double slope = contract.IsOption() ? Real(-0.6, 0.6) : 1.0;
         for (int i = 0; i < 16; ++i) {
@@ -246,14 +244,12 @@ class CRandomHouse {
         std::vector<Place> places;
         for (const std::string& code :
              {ClientCode(wish.client), DealerCode(wish.client), std::string("G1"), std::string("-")}) {
-            Place place{
-                house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, nullptr, {}, {}};
+            Place place{house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, nullptr, {}};
             place.account = place.category->Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
             if (place.account) {
                 FindScrip(place, contract);
                 place.margin = known_[place.account];
             }
-            place.traded = TradedFigures(place.scrip, FactsOf(*place.category));
             places.push_back(place);
         }
         return places;
@@ -271,21 +267,9 @@ class CRandomHouse {
     const MarginFacts& FactsOf(const CSurveillanceCategory& category) { return facts_.at(&category); }
 
     /// After an event at one of its places: the new margin, which the tree has to show.
-    const AccountMargin& Settle(const OpenOrder& wish, std::size_t level, const Place& before, bool trade) {
+    const AccountMargin& Settle(const OpenOrder& wish, std::size_t level) {
         const Contract& contract = contracts_[wish.contract];
         const Place now = Places(wish)[level];
-        const MarginFacts& facts = FactsOf(*now.category);
-        if (!trade && before.scrip) {
-            Figures& lag = lag_.contracts[now.scrip];
-            for (std::size_t f = 0; f < kFigureCount; ++f) lag[f] += now.traded[f] - before.traded[f];
-            if (contract.exchange != kMaskNseDerivatives) {
-                const auto group = static_cast<std::size_t>(GroupOfExchange(contract.exchange));
-                std::string ignored;
-                const AccountMargin raw = MarginFromScratch(*now.account, facts, lag_, ignored);
-                lag_.totals[now.account][group] =
-                    raw.tradedWithoutLag[group] - before.margin.groups[group][kTraded].value;
-            }
-        }
         Compare(*now.category, *now.account);
         charged_[now.underlying] = charges_[SegmentTokenKey(contract.exchange, contract.record.underlyingToken)];
         if (!Same(now.scrip->scripMargin->contract, contract.record)) Blame("an order left its contract as it was");
@@ -296,7 +280,7 @@ class CRandomHouse {
     }
     void Compare(const CSurveillanceCategory& category, const CClientExposure& account) {
         std::string found;
-        known_[&account] = MarginFromScratch(account, FactsOf(category), lag_, found);
+        known_[&account] = MarginFromScratch(account, FactsOf(category), found);
         if (!found.empty()) Blame(found);
     }
     void Blame(const std::string& what) {
@@ -331,7 +315,7 @@ class CRandomHouse {
             // A level that only takes the order keeps it, whatever the levels above say.
             const bool takes = (i == 1 && flags == kDealerOnlyTakes) || (i == 2 && flags == kGroupOnlyTakes);
             if (answer.Passed() || (takes && i < end)) {
-                const AccountMargin& after = Settle(wish, i, before[i], /*trade=*/false);
+                const AccountMargin& after = Settle(wish, i);
                 MoveRows(*before[i].category, contracts_[wish.contract], before[i].margin, after, takes);
                 kept = true;
             } else if (before[i].account) {
@@ -407,7 +391,7 @@ class CRandomHouse {
                 if (period == Period::kExpiry) set.EnterHolder(trade, account, path);
             }
         }
-        for (std::size_t i = 0; i < before.size(); ++i) Settle(fill, i, before[i], /*trade=*/true);
+        for (std::size_t i = 0; i < before.size(); ++i) Settle(fill, i);
         ++trades;
         order.quantity -= fill.quantity;
         if (order.quantity == 0) open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -550,7 +534,7 @@ class CRandomHouse {
     }
     static void CheckParameters(CSurveillanceCategory& category, const Contract& contract, std::string& found) {
         for (const auto& account : category.Book(Period::kExpiry).accounts.accounts) {
-            Place place{&category, account.value.get(), nullptr, nullptr, {}, {}};
+            Place place{&category, account.value.get(), nullptr, nullptr, {}};
             FindScrip(place, contract);
             if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) found = "a file passed by";
         }
@@ -590,7 +574,6 @@ class CRandomHouse {
     std::unordered_map<const CUnderlyingExposure*, tagRPFUnderlyingRecord> charged_;
     std::unordered_map<const CClientExposure*, AccountMargin> known_;
     std::unordered_map<const BKSurveillanceLimitDefTag*, RowDue> rows_;
-    TradedLag lag_;
 };
 
 class MarginRandomRun : public testing::TestWithParam<std::int16_t> {};

@@ -259,7 +259,6 @@ void AddUnderlying(AccountMargin& account, MarginGroup group, const Underlying& 
         totals[kOrder + v].Add(scan.effective, scan.gross);
         totals[kOptionOrder + v].Add(u.all.sum[v][kOptionValue], u.all.gross[v][kOptionValue]);
     }
-    account.tradedWithoutLag[static_cast<std::size_t>(group)] += scans[kTradedSide].effective;
     const double exposure = std::max({u.Netted(0), u.Netted(1), u.Netted(2), u.Netted(3)});
     compare.Expect("netted exposure", 0, node.nettedExposureMargin, exposure, u.all.gross[0][kExposure]);
     if (group != MarginGroup::kBse) totals[kExposureTotal].Add(exposure, u.all.gross[0][kExposure]);
@@ -285,15 +284,7 @@ std::array<double, 7> AccountMargin::Reading(std::int16_t exchangeMask) const {
     return reading;
 }
 
-Figures TradedFigures(const CScripExposure* scrip, const MarginFacts& facts) {
-    if (!scrip || !Counts(*scrip)) return {};
-    Figures figures = OfContract(*scrip, facts)[kTradedSide];
-    for (const Figure always : {kOptionValue, kFuturesExposure, kExposure}) figures[always] = 0;
-    return figures;
-}
-
-AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFacts& facts, const TradedLag& lag,
-                                std::string& difference) {
+AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFacts& facts, std::string& difference) {
     AccountMargin result;
     CComparison compare(difference);
     for (const auto& node : account.underlyings) {
@@ -306,12 +297,9 @@ AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFact
                 if (!Counts(scrip)) continue;
                 compare.At("contract", entry.key.Printed());
                 Sums alone;
-                Views carried = OfContract(scrip, facts);
+                const Views carried = OfContract(scrip, facts);
                 alone.Add(carried, carried);
                 for (std::size_t v = 0; v < kViewCount; ++v) compare.ExpectPart(scrip.scripMargin->view[v], v, alone);
-                if (const auto late = lag.contracts.find(&scrip); late != lag.contracts.end()) {
-                    for (std::size_t f = 0; f < kFigureCount; ++f) carried[kTradedSide][f] -= late->second[f];
-                }
                 sums.Add(carried, alone.gross);
                 hasFuture = hasFuture || IsFuture(scrip);
             }
@@ -326,11 +314,9 @@ AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFact
                       compare);
     }
     compare.At("account", 0);
-    const auto late = lag.totals.find(&account);
     for (const std::int16_t mask : {kMaskNseDerivatives, kMaskBseDerivatives, kMaskNcdex}) {
         const auto group = static_cast<std::size_t>(GroupOfExchange(mask));
-        Totals& due = result.groups[group];
-        if (late != lag.totals.end()) due[kTraded].Add(-late->second[group], std::abs(late->second[group]));
+        const Totals& due = result.groups[group];
         const tagClientMarginTotals none;
         const MarginGroupTotals& seen = (account.clientMarginTotals ? *account.clientMarginTotals : none).groups[group];
         const std::array figures{seen.marginOrderSide, seen.marginTradedSide,     seen.marginWorst,

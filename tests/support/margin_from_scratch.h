@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <unordered_map>
 
 #include "positions/accounts.h"
 
@@ -46,16 +45,6 @@ enum Figure : std::size_t {
 };
 using Figures = std::array<double, kFigureCount>;
 
-/// What the traded sums don't hold yet. New parameters that come with an order, and not in a file, form the figures of
-/// the contract anew, but only a trade moves the traded sums; a trade carries what it changes itself, so what an order
-/// has left behind stays behind.
-struct TradedLag {
-    std::unordered_map<const CScripExposure*, Figures> contracts;
-    /// The same for the traded margin in an account's total, by group: on BSE and NCDEX an order leaves it alone even
-    /// when new charges move the margin of the underlying.
-    std::unordered_map<const CClientExposure*, std::array<double, kMarginGroupCount>> totals;
-};
-
 /// A figure, and the size of what it is the difference of.
 struct Amount {
     double value = 0;
@@ -71,17 +60,14 @@ enum Total : std::size_t { kOrder, kTraded, kWorst, kExposureTotal, kOptionOrder
 using Totals = std::array<Amount, 7>;
 struct AccountMargin {
     std::array<Totals, kMarginGroupCount> groups{};
-    std::array<double, kMarginGroupCount> tradedWithoutLag{};
 
     /// As limit rows read it: option values as they are, anything else never below 0.
     [[nodiscard]] std::array<double, 7> Reading(std::int16_t exchangeMask) const;
 };
 [[nodiscard]] MarginGroup GroupOfExchange(std::int16_t exchangeMask);
 
-/// What of a contract's traded view only trades carry into the sums. All zero for a contract that holds nothing.
-[[nodiscard]] Figures TradedFigures(const CScripExposure* scrip, const MarginFacts& facts);
 /// The account's margin; `difference` takes the first figure of the tree that isn't what it has to be.
 [[nodiscard]] AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFacts& facts,
-                                              const TradedLag& lag, std::string& difference);
+                                              std::string& difference);
 
 }  // namespace surv::test

@@ -117,7 +117,6 @@ void DumpMargins(std::string& out, const CClientExposure& account) {
                 if (!margin) continue;
                 DumpUnlessZero(out, margin->contract);
                 DumpUnlessZero(out, margin->view);
-                DumpUnlessZero(out, margin->loadedMargin);
                 DumpUnlessZero(out, margin->inSums);
             }
             if (!expiry.value->expiryMargin) continue;
@@ -126,7 +125,10 @@ void DumpMargins(std::string& out, const CClientExposure& account) {
         }
         if (const tagUnderlyingMargin* margin = underlying.value->underlyingMargin.get()) {
             DumpUnlessZero(out, margin->view);
-            DumpUnlessZero(out, margin->nettedExposureMargin);
+            for (const double figure :
+                 {margin->nettedExposureMargin, margin->tradedInTotals, margin->optionTradedInTotals}) {
+                DumpUnlessZero(out, figure);
+            }
             DumpUnlessZero(out, margin->underlying);
         }
     }
