@@ -127,17 +127,9 @@ TEST_F(Load, AFailingRowStaysFirstAndARetryGoesOnFromIt) {
     }
 }
 
-TEST_F(Load, TheShortFormStartsAFreshLibraryButPositionRowsNone) {
-    CPtrList exposures;
-    BKExposureTag position{};
-    exposures.AddTail(&position);
+TEST_F(Load, TheShortFormStartsAFreshLibrary) {
     Add(limits, "C1");
-    EXPECT_EQ(library.Restart(0, {.limits = &limits, .exposures = &exposures}), kNotDone);
-    EXPECT_EQ(texts, std::vector<std::string>{"Surveillance Manager initialization Failed"});
-    EXPECT_EQ(limits.GetCount() + exposures.GetCount(), 2) << "nothing is taken";
-    EXPECT_TRUE(library.manager->categories.Empty());
-    exposures.RemoveAll();
-    EXPECT_EQ(library.Restart(0, {.limits = &limits, .exposures = &exposures}), kDone);
+    EXPECT_EQ(library.Restart(0, {.limits = &limits}), kDone);
     EXPECT_NE(library.manager->FindCategory("C1"), nullptr);
 }
 

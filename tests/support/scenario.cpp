@@ -110,6 +110,7 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
     DumpValue(out, account.levelTypes);
+    DumpValue(out, account.listed);
     for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
         if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
@@ -117,6 +118,32 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
             if (position && position->data.scripInfo) DumpPosition(out, position->data);
         }
     }
+}
+
+void DumpClientBook(std::string& out, const CClientBook& book) {
+    for (const Period period : kPeriods) {
+        const CClientBook::Side& side = book.Of(period);
+        for (const auto& scrip : side.positions.scrips) {
+            for (const auto& holder : *scrip.value) {
+                if (!holder.value->position.data.scripInfo) continue;
+                DumpValue(out, scrip.key.Printed());
+                out.append(holder.key.View());
+                DumpPosition(out, holder.value->position.data);
+            }
+        }
+        for (std::size_t group = 0; group < kProductGroupCount; ++group) {
+            for (const CClientExposure* account : side.lists.Of(static_cast<ProductGroup>(group))) {
+                DumpValue(out, account);
+            }
+            out.push_back(';');
+        }
+    }
+    book.totals.ForEach([&out](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
+        if (!total.data.scripInfo) return;
+        DumpValue(out, group);
+        DumpValue(out, mask);
+        DumpPosition(out, total.data);
+    });
 }
 
 }  // namespace
@@ -300,6 +327,9 @@ std::string CScenario::Dump() const {
             DumpSet(out, book.clientLevelExposures);
             for (const auto& account : book.accounts.accounts) DumpAccount(out, account.key, *account.value);
         }
+        static const CClientBook kNoBook;  // one that is empty says as much as none
+        const CClientBook* clients = category.value->FindClientBook();
+        DumpClientBook(out, clients ? *clients : kNoBook);
     }
     return out;
 }
