@@ -163,6 +163,25 @@ BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask,
     return row;
 }
 
+BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_t traded, std::string_view account,
+                          std::int32_t token) {
+    BKExposureTag row{};
+    Put(row.levelCode, level);
+    Put(row.groupCode, "G1");
+    Put(row.accountCode, account);
+    row.marketSegment = LimitMaskToSegment(mask);
+    row.limitMask = mask;
+    row.token = token;
+    row.clientLevelType = 2;
+    row.priceMultiplier = 1;
+    row.lastPrice = 25000;
+    (traded > 0 ? row.orderBuyQty : row.orderSellQty) = std::abs(traded);
+    (traded > 0 ? row.orderBuyValue : row.orderSellValue) = std::abs(traded) * 25000.0;
+    (traded > 0 ? row.tradedBuyQty : row.tradedSellQty) = std::abs(traded);
+    (traded > 0 ? row.tradedBuyValue : row.tradedSellValue) = std::abs(traded) * 25000.0;
+    return row;
+}
+
 std::vector<char> MakeRequest(const OrderSpec& spec) {
     tagSurveillanceInfo head{};
     head.messageCode = spec.messageCode;
