@@ -161,6 +161,48 @@ TEST(PositionRows, AnOptionTakesTodaysPartFromItsDailyRow) {
     EXPECT_EQ(rows->Book(Period::kExpiry).accounts.holders.Size(), 1);
 }
 
+TEST(PositionRows, ATickMovesTheAccountBehindAPosition) {
+    CRows rows(2);
+    rows.Add(WithMtm(PositionRow("C1", 3, 100), 100000, 2600000, 26000));
+    const PositionKey scrip{kMaskNseCash, PositionFamily::kPlain, 2885};
+    CClientPosition* held =
+        rows->ClientBook().Of(Period::kExpiry).positions.scrips.Find(scrip)->Find(std::string_view{"G1|C1"});
+    tagOrderInfoForSurv tick;
+    tick.marketSegment = 1;
+    tick.token = 2885;
+    const struct {
+        std::int32_t price;
+        Figures sums;  // profit, loss, open value
+    } ticks[] = {{24500, {0, 50000, 2450000}}, {24500, {0, 50000, 2450000}}, {25200, {20000, 0, 2520000}}};
+    for (const auto& t : ticks) {
+        tick.lastTradedPrice = t.price;
+        held->ApplyPrice(tick, rows->Context().settings);
+        const SegmentFigures* sums = held->clientExposure->FindSegmentFigures(1);
+        EXPECT_EQ((Figures{sums->profitSum, sums->lossSum, sums->openValueSum}), t.sums);
+        EXPECT_EQ(held->position.data.lastPrice, t.price);
+        EXPECT_EQ(held->clientExposure->FindScripByKey(scrip)->position.data.lastPrice, t.price);
+    }
+}
+
+TEST(PositionRows, AreReadBackAsTheyWere) {
+    CRows rows;
+    BKExposureTag given = WithMtm(PositionRow("C1", 3, 100), 7, 9, 26000);
+    given.rowStamp = 5, given.host0[3] = 'x', given.underlyingToken = 4, given.marginRates.lotMultiplier = 3;
+    WriteField(given.userId, "U1");
+    rows.Add(given);
+    rows.Add(PositionRow("C1", 5, 3));
+    const CClientExposure* account = rows->Book(Period::kExpiry).accounts.FindAccount("G1", "C1");
+    CPtrList list;
+    account->CollectRows(3, 2885, list);
+    EXPECT_TRUE(list.IsEmpty()) << "only the token of all securities collects";
+    account->CollectRows(3, kAllSecurities, list);
+    ASSERT_EQ(list.GetCount(), 1) << "the future's mask isn't within";
+    EXPECT_EQ(std::memcmp(list.GetHeadPosition()->element, &given, sizeof given), 0);
+    account->CollectRows(0xF, kAllSecurities, list);
+    EXPECT_EQ(list.GetCount(), 3);
+    FreeRows<BKExposureTag>(list);
+}
+
 TEST(PositionRows, MtfStandsApart) {
     CRows rows(2);
     BKExposureTag row = PositionRow("C1", 3, 60);
