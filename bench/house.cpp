@@ -3,42 +3,16 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "entities.h"
 #include "limits/row_masks.h"
 
 namespace surv::bench {
 namespace {
 
-constexpr int kClientsPerDealer = 1000;
 constexpr int kScrips = 500;
 constexpr std::int16_t kNseEquity = 1;
 
-using Code = char[6];
-
-/// A letter and four places of base 36, which serve 1.6 million entities.
-void WriteCode(char letter, int number, Code& code) {
-    constexpr const char* kDigits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    code[0] = letter;
-    for (int place = 4; place >= 1; --place, number /= 36) code[place] = kDigits[number % 36];
-    code[5] = '\0';
-}
-void ClientCode(int client, Code& code) { WriteCode('C', client, code); }
-void DealerCode(int client, Code& code) { WriteCode('D', client / kClientsPerDealer, code); }
 std::int32_t TokenOf(int client) { return 1000 + client % kScrips; }
-
-BKSurveillanceLimitDefTag FarLimits(const char* entity, std::int16_t mask) {
-    constexpr double kFar = 1e15;
-    constexpr std::int32_t kFarQuantity = 2'000'000'000;
-    BKSurveillanceLimitDefTag row{};
-    std::memcpy(row.entityCode, entity, ::strnlen(entity, sizeof row.entityCode - 1));
-    row.limitMask = mask;
-    row.token = kAllSecurities;
-    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kFar;
-    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kFar;
-    row.maxSingleOrderQty = row.netQuantityLimit = kFarQuantity;
-    row.marginLimit = kNoLimit;
-    row.limitOptions = kRetainMultiplier;
-    return row;
-}
 
 }  // namespace
 

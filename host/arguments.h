@@ -88,6 +88,17 @@ class Arguments {
         }
     }
 
+    /// The elements of an array of records; empty when left out.
+    template <class RecordType>
+    [[nodiscard]] std::vector<RecordType> Records(std::string_view name) const {
+        const Json* array = FindArray(name);
+        std::vector<RecordType> records(array ? array->size() : 0);
+        for (std::size_t i = 0; array && i < array->size(); ++i) {
+            Encode(TableOf<RecordType>(), (*array)[i], ElementName(name, i), reinterpret_cast<char*>(&records[i]));
+        }
+        return records;
+    }
+
     /// Null when the line doesn't give it.
     [[nodiscard]] const Json* Find(std::string_view name) const;
     /// Refuses a line that doesn't give it.

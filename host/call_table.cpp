@@ -254,9 +254,9 @@ constexpr std::array kCalls{
     Call{"GetSurvPositions", "entityCode limitMask token", &CallGetLiveLimit},
     Call{"RMSFundAllocation", "request", nullptr},
 
-    Call{"ProcessRPFInfo", "messageCode segment toStaging underlying contract count messageLength", nullptr},
+    Call{"ProcessRPFInfo", "messageCode segment toStaging underlying contract count messageLength", &CallProcessRpf},
     Call{"InitializeMarginInfo", "list", nullptr},
-    Call{"InitializeAllAdditionalMarginInfo", "map", nullptr},
+    Call{"InitializeAllAdditionalMarginInfo", "map", &CallAdditionalMargin},
     Call{"InitializeMCXMarginInfo", "records", nullptr},
     Call{"InitializeNCDEXExposureMarginInfo", "records", nullptr},
     Call{"InitializeProductMasterInfo", "records", nullptr},

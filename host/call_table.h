@@ -51,4 +51,8 @@ void PutError(Json& answer, const ErrorRecord& error) {
 void CallCheckSurveillance(Session& session, const Arguments& arguments, Json& answer);
 void CallUpdateSurveillance(Session& session, const Arguments& arguments, Json& answer);
 
+// Risk parameters and margin rates (margin_calls.cpp).
+void CallProcessRpf(Session& session, const Arguments& arguments, Json& answer);
+void CallAdditionalMargin(Session& session, const Arguments& arguments, Json& answer);
+
 }  // namespace survhost

@@ -13,10 +13,12 @@
 #include <vector>
 
 #include "demo.h"
+#include "import_span.h"
 #include "pretty.h"
 #include "replay.h"
 #include "script_error.h"
 #include "summary.h"
+#include "surveillance/codes.h"
 
 namespace {
 
@@ -73,6 +75,20 @@ void RunDemo(const survhost::DemoOptions& options) {
     survhost::PlayDemo(options, std::cout, survhost::Painter(survhost::WantsColour(STDOUT_FILENO)));
 }
 
+/// One command under `import` for each kind of file. An import gives its lines when it has them all: of a file with a
+/// fault nothing is written that could be taken for the whole.
+void AddImports(CLI::App& app, survhost::ImportOptions& options) {
+    CLI::App* import = app.add_subcommand("import", "Write a published file as script lines for replay.");
+    import->require_subcommand(1);
+    CLI::App* span = import->add_subcommand("span", "A risk parameter file in XML, format 4.00.");
+    span->add_option("FILE", options.file, "The risk parameter file")->required();
+    span->add_option("--master", options.master, "Contract master (CSV) to take the contracts' tokens from");
+    span->add_option("--segment", options.segment, "Exchange mask that the file belongs to")
+        ->check(CLI::IsMember({surv::kMaskNseDerivatives, surv::kMaskBseDerivatives, surv::kMaskMcx, surv::kMaskNcdex}))
+        ->capture_default_str();
+    span->callback([&options] { std::cout << survhost::ImportSpan(options, std::cerr); });
+}
+
 /// What is wrong, and the usage of the command meant.
 int Misuse(const CLI::App& app, const CLI::ParseError& error) {
     std::cerr << "survhost: " << error.what() << "\n\n" << app.help();
@@ -93,6 +109,9 @@ int Run(int argc, char** argv) {
     CLI::App* demoCommand = app.add_subcommand("demo", "Play the example day and show it.");
     demoCommand->add_option("--examples", demo.examples, "Folder that holds day.jsonl")->capture_default_str();
     demoCommand->add_flag("--all", demo.all, "Show every order");
+
+    survhost::ImportOptions import;
+    AddImports(app, import);
 
     try {
         app.parse(argc, argv);

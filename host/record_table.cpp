@@ -112,6 +112,28 @@ constexpr auto kBreachRow = [] {
 }();
 
 // ---------------------------------------------------------------------------------------------------------------
+// Risk parameters and margin rates
+
+constexpr auto kRiskUnderlying = [] {
+    using R = tagRPFUnderlyingRecord;
+    return std::array{FIELD(underlyingToken), FIELD(calendarSpreadCharge), FIELD(shortOptionMinimumCharge)};
+}();
+
+constexpr auto kRiskContract = [] {
+    using R = tagRPFContractRecord;
+    return Join(At(offsetof(R, contract), kContract),
+                std::array{FIELD(token), FIELD(underlyingToken), FIELD(contractPrice), FIELD(riskArray),
+                           FIELD(compositeDelta)});
+}();
+
+constexpr auto kAdditionalMargin = [] {
+    using R = tagAdditionalMarginInfo;
+    return std::array{FIELD(exchange),       FIELD(token),           FIELD(additionalMarginRate),
+                      FIELD(longMarginRate), FIELD(shortMarginRate), FIELD(sellExposureRate),
+                      FIELD(buyExposureRate)};
+}();
+
+// ---------------------------------------------------------------------------------------------------------------
 // Rows and preferences
 
 /// A limit or multiplier that a script leaves out is no limit, not a limit of 0.
@@ -248,6 +270,9 @@ RECORD(tagTradeInfo, kTradeInfo)
 RECORD(tagAdminErrMessage, kErrorRecord<tagAdminErrMessage>)
 RECORD(tagOrdErrMessage, kErrorRecord<tagOrdErrMessage>)
 RECORD(tagBreachRow, kBreachRow)
+RECORD(tagRPFUnderlyingRecord, kRiskUnderlying)
+RECORD(tagRPFContractRecord, kRiskContract)
+RECORD(tagAdditionalMarginInfo, kAdditionalMargin)
 RECORD(BKSurveillanceLimitDefTag, kLimitRow)
 RECORD(BKExposureTag, kPositionRow)
 RECORD(tagClientRiskPreferenceInfoForSurv, kPreference)
@@ -263,6 +288,9 @@ std::span<const RecordTable* const> AllTables() {
                                  &TableOf<tagAdminErrMessage>(),
                                  &TableOf<tagOrdErrMessage>(),
                                  &TableOf<tagBreachRow>(),
+                                 &TableOf<tagRPFUnderlyingRecord>(),
+                                 &TableOf<tagRPFContractRecord>(),
+                                 &TableOf<tagAdditionalMarginInfo>(),
                                  &TableOf<BKSurveillanceLimitDefTag>(),
                                  &TableOf<BKExposureTag>(),
                                  &TableOf<tagClientRiskPreferenceInfoForSurv>()};

@@ -122,6 +122,12 @@ const RecordTable& TableOf<tagOrdErrMessage>();
 template <>
 const RecordTable& TableOf<tagBreachRow>();
 template <>
+const RecordTable& TableOf<tagRPFUnderlyingRecord>();
+template <>
+const RecordTable& TableOf<tagRPFContractRecord>();
+template <>
+const RecordTable& TableOf<tagAdditionalMarginInfo>();
+template <>
 const RecordTable& TableOf<BKSurveillanceLimitDefTag>();
 template <>
 const RecordTable& TableOf<BKExposureTag>();

@@ -117,18 +117,20 @@ class CSurveillanceCategory {
     /// The underlyings and the contracts seen in orders and rows, by SegmentTokenKey of exchange mask and token.
     HashSet<std::int64_t> underlyingKeys;
     HashSet<std::int64_t> contractKeys;
-    CashMargin cashMarginNse;  ///< of the cash positions
-    CashMargin cashMarginBse;
+    CashMargin cashMarginNse{};  ///< of the cash positions
+    CashMargin cashMarginBse{};
 
     /// Notes market, underlying and contract of a derivative order, with rpfMarginMode 1. A check of an MCX order notes
     /// the market alone.
     void NoteOrderMarket(const tagOrderInfoForSurv& order, OrderRoad road);
     /// The same, whatever the margin mode.
     void NoteMarket(std::int16_t exchangeMask, std::int32_t underlyingToken, std::int32_t token);
-    /// Puts the order's risk parameters into every account that has its contract, the sums of accounts apart. False:
-    /// the category has never seen the contract or its market. REQUIRES: the order carries parameters, rates,
-    /// preference.
-    bool ReplaceContract(const tagOrderInfoForSurv& order);
+    /// The accounts that the order's risk parameters have to go into. Null: the category has never seen the contract or
+    /// its market.
+    [[nodiscard]] const std::vector<ContractHolder>* FindHolders(const tagOrderInfoForSurv& order) const;
+    /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
+    [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
+    /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
     /// The figures of all accounts on an exchange, each raised by the add-on (millionths).
     [[nodiscard]] MarginSums SumMargins(std::int16_t exchangeMask, std::int32_t marginAddOnFactor) const;
 
@@ -139,7 +141,6 @@ class CSurveillanceCategory {
     void RunAggregate(tagOrderInfoForSurv order, AggregateForm form, const TreeContext& context);
     void RecordClient(const tagOrderInfoForSurv& order, Period period, CClientExposure& account,
                       const TreeContext& context);
-    [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
     RuleAnswer StoreRow(std::unique_ptr<CSurvLimitEntry> entry);
     void WorkOutUsedFigures(BKSurveillanceLimitDefTag& row);
     void ComputeGrossFigures(BKSurveillanceLimitDefTag& row) const;

@@ -35,25 +35,15 @@ bool CSurveillanceCategory::CountsInMargin(const CClientExposure& account) const
     return !(clientLevel && context_.settings.HoldsClientPositions() && !IsAlwaysUpdatedLevel(lastLevel));
 }
 
-bool CSurveillanceCategory::ReplaceContract(const tagOrderInfoForSurv& order) {
+const std::vector<ContractHolder>* CSurveillanceCategory::FindHolders(const tagOrderInfoForSurv& order) const {
     const std::int16_t exchangeMask = order.ExchangeMask();
     const std::int64_t key = SegmentTokenKey(exchangeMask, order.token);
-    if (!seen.Has(exchangeMask) || !underlyingKeys.Contains(SegmentTokenKey(exchangeMask, order.underlyingToken)) ||
-        !contractKeys.Contains(key)) {
-        return false;
-    }
+    const bool known = seen.Has(exchangeMask) && contractKeys.Contains(key) &&
+                       underlyingKeys.Contains(SegmentTokenKey(exchangeMask, order.underlyingToken));
+    if (!known) return nullptr;
+    static const std::vector<ContractHolder> kNobody;
     const auto* holders = expiry_.accounts.holders.Find(key);
-    if (!holders) return true;
-    for (const ContractHolder& holder : *holders) {
-        if (!CountsInMargin(*holder.account) || holder.path.scrip->IsBlank()) continue;
-        const tagExposureScripSpecificInfo& scrip = *holder.path.scrip->position.data.scripInfo;
-        // The tree is searched by underlying and expiry: parameters that name others don't find the contract.
-        if (scrip.underlyingToken != order.underlyingToken || scrip.contract.expiryDate != order.contract.expiryDate) {
-            continue;
-        }
-        holder.account->ReplaceParameters(order, holder.path, context_.settings);
-    }
-    return true;
+    return holders ? holders : &kNobody;
 }
 
 MarginSums CSurveillanceCategory::SumMargins(std::int16_t exchangeMask, std::int32_t marginAddOnFactor) const {

@@ -58,7 +58,8 @@ void CMarginRun::Add(const CRPFUnderlyingWiseInfo& underlying, const CRPFContrac
         manager_.rpfCategoriesByToken.Find(SegmentTokenKey(order.ExchangeMask(), order.token));
     if (!reached) return;
     ++contracts_;
-    for (CSurveillanceCategory* category : reached->categories) Replace(*category, order);
+    for (CSurveillanceCategory* category : reached->categories) Collect(*category, order);
+    Replace(order);
 }
 
 void CMarginRun::AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWiseInfo& underlying,
@@ -66,18 +67,74 @@ void CMarginRun::AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWise
     tagOrderInfoForSurv order = OrderOf(manager_, underlying, contract);
     if (!IsMargined(order)) return;
     ++contracts_;
-    Replace(category, order);
+    Collect(category, order);
+    Replace(order);
 }
 
-void CMarginRun::Replace(CSurveillanceCategory& category, tagOrderInfoForSurv& order) {
-    const std::int16_t exchangeMask = order.ExchangeMask();
-    auto found = entries_.find({&category, exchangeMask});
+void CMarginRun::Collect(CSurveillanceCategory& category, const tagOrderInfoForSurv& order) {
+    const std::vector<ContractHolder>* holders = category.FindHolders(order);
+    if (!holders) return;
+    const TouchKey key{&category, order.ExchangeMask()};
+    auto found = entries_.find(key);
     if (found == entries_.end()) {
-        const Entry fresh{{&category, exchangeMask, 0}, manager_.EffectivePreference(category, exchangeMask)};
-        found = entries_.emplace(TouchKey{&category, exchangeMask}, fresh).first;
+        const Entry fresh{{&category, key.exchangeMask, 0}, manager_.EffectivePreference(category, key.exchangeMask)};
+        found = entries_.emplace(key, fresh).first;
     }
-    order.riskPreference = found->second.preference;
-    if (category.ReplaceContract(order)) found->second.touched.lastContract = contracts_;
+    found->second.touched.lastContract = contracts_;
+    for (const ContractHolder& holder : *holders) work_.push_back({&category, &found->second.preference, holder});
+}
+
+namespace {
+
+/// Nodes and records of one contract lie all over memory: they are fetched some accounts ahead.
+void FetchNodes(const ContractHolder& holder) {
+    __builtin_prefetch(holder.account);
+    __builtin_prefetch(&holder.account->levelTypes);
+    __builtin_prefetch(&holder.path.underlying->underlyingMargin);
+    __builtin_prefetch(&holder.path.expiry->expiryMargin);
+    __builtin_prefetch(&holder.path.scrip->position);
+    __builtin_prefetch(&holder.path.scrip->dayPosition);
+    __builtin_prefetch(&holder.path.scrip->scripMargin);
+}
+template <class Record>
+void FetchRecord(const Record* record) {
+    constexpr std::size_t kLine = 64;
+    if (!record) return;
+    for (std::size_t at = 0; at < sizeof(Record); at += kLine) {
+        __builtin_prefetch(reinterpret_cast<const char*>(record) + at);
+    }
+}
+void FetchRecords(const ContractHolder& holder) {
+    FetchRecord(holder.path.scrip->scripMargin.get());
+    FetchRecord(holder.path.expiry->expiryMargin.get());
+    FetchRecord(holder.path.underlying->underlyingMargin.get());
+    FetchRecord(holder.account->clientMarginTotals.get());
+}
+
+/// The tree is searched by underlying and expiry: parameters that name others don't find the contract.
+bool Finds(const tagOrderInfoForSurv& order, const CScripExposure& scrip) {
+    if (scrip.IsBlank()) return false;
+    const tagExposureScripSpecificInfo& info = *scrip.position.data.scripInfo;
+    return info.underlyingToken == order.underlyingToken && info.contract.expiryDate == order.contract.expiryDate;
+}
+
+}  // namespace
+
+void CMarginRun::Replace(tagOrderInfoForSurv& order) {
+    constexpr std::size_t kNodesAhead = 6;
+    constexpr std::size_t kRecordsAhead = 3;
+    const Settings& settings = manager_.Context().settings;
+    for (std::size_t i = 0; i < std::min(kNodesAhead, work_.size()); ++i) FetchNodes(work_[i].holder);
+    for (std::size_t i = 0; i < std::min(kRecordsAhead, work_.size()); ++i) FetchRecords(work_[i].holder);
+    for (std::size_t i = 0; i < work_.size(); ++i) {
+        if (i + kNodesAhead < work_.size()) FetchNodes(work_[i + kNodesAhead].holder);
+        if (i + kRecordsAhead < work_.size()) FetchRecords(work_[i + kRecordsAhead].holder);
+        const Work& work = work_[i];
+        if (!work.category->CountsInMargin(*work.holder.account) || !Finds(order, *work.holder.path.scrip)) continue;
+        order.riskPreference = *work.preference;
+        work.holder.account->ReplaceParameters(order, work.holder.path, settings);
+    }
+    work_.clear();
 }
 
 void CMarginRun::Publish() {

@@ -3,6 +3,7 @@
 // New risk parameters reach the positions that they concern.
 
 #include <unordered_map>
+#include <vector>
 
 #include "categories/category.h"
 
@@ -48,9 +49,18 @@ class CMarginRun {
         RiskPreference preference;
     };
 
-    void Replace(CSurveillanceCategory& category, tagOrderInfoForSurv& order);
+    /// One account that takes new parameters.
+    struct Work {
+        const CSurveillanceCategory* category;
+        const RiskPreference* preference;
+        ContractHolder holder;
+    };
+
+    void Collect(CSurveillanceCategory& category, const tagOrderInfoForSurv& order);
+    void Replace(tagOrderInfoForSurv& order);
 
     CSurveillanceManager& manager_;
+    std::vector<Work> work_;  ///< of one contract; kept for its memory alone
     std::size_t contracts_ = 0;
     std::unordered_map<TouchKey, Entry, TouchHash> entries_;
 };

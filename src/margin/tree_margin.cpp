@@ -134,8 +134,11 @@ void MoveExpiry(tagExpiryMargin& expiry, const tagScripMargin& old, const tagScr
 /// The scenarios of an underlying take the change of one contract.
 void MoveScenarios(tagUnderlyingMargin& underlying, const tagScripMargin& old, const tagScripMargin& now,
                    TradedSums traded) {
+    const bool sameArray =
+        std::memcmp(old.contract.riskArray, now.contract.riskArray, sizeof now.contract.riskArray) == 0;
     for (std::size_t v = 0; v < kViewCount; ++v) {
         if (v == kTradedView && traded == TradedSums::kStay) continue;
+        if (sameArray && old.view[v].riskQuantity == now.view[v].riskQuantity) continue;
         auto& sums = underlying.view[v].riskValues;
         for (std::size_t i = 0; i < kScenarioCount; ++i) {
             sums[i] += static_cast<double>(now.RiskValue(v, i)) - static_cast<double>(old.RiskValue(v, i));
@@ -200,7 +203,12 @@ double Rounded(double rupees) {
 }
 
 double LargestScenario(const UnderlyingBlock& sum) {
-    return *std::max_element(sum.riskValues.begin(), sum.riskValues.end());
+    const auto& values = sum.riskValues;
+    std::array<double, 4> largest{values[0], values[1], values[2], values[3]};  // four at a time
+    for (std::size_t i = 4; i < kScenarioCount; i += 4) {
+        for (std::size_t j = 0; j < 4; ++j) largest[j] = std::max(largest[j], values[i + j]);
+    }
+    return std::max(std::max(largest[0], largest[1]), std::max(largest[2], largest[3]));
 }
 double SpreadQuantity(const UnderlyingBlock& sum) {
     return std::min(std::abs(sum.spreadLong), std::abs(sum.spreadShort));
@@ -238,13 +246,15 @@ auto Largest(const tagUnderlyingMargin& margin, Figure figure) {
 }
 
 void Scan(tagUnderlyingMargin& margin) {
+    PerView<double> scans{};
+    for (std::size_t v = 0; v < kViewCount; ++v) scans[v] = LargestScenario(margin.view[v]);
     for (const std::size_t v : {kOrderView, kTradedView}) {
         UnderlyingBlock& block = margin.view[v];
-        FormInitialMargin(block, margin.underlying, LargestScenario(block), SpreadQuantity(block),
-                          block.shortOptionQuantity, block.netOptionValue);
+        FormInitialMargin(block, margin.underlying, scans[v], SpreadQuantity(block), block.shortOptionQuantity,
+                          block.netOptionValue);
     }
     // The worst case takes the smallest spread, the largest short quantity and the smallest value.
-    FormInitialMargin(margin.view[kWorstView], margin.underlying, Largest(margin, LargestScenario),
+    FormInitialMargin(margin.view[kWorstView], margin.underlying, *std::max_element(scans.begin(), scans.end()),
                       Smallest(margin, SpreadQuantity),
                       Largest(margin, [](const UnderlyingBlock& b) { return b.shortOptionQuantity; }),
                       Smallest(margin, [](const UnderlyingBlock& b) { return b.netOptionValue; }));

@@ -57,6 +57,11 @@ TEST(Replay, AFaultyLineIsNamedAndEarlierAnswersStand) {
          "bit 7 of \"levelMarginFlags\" is set, but \"orderInfo\" is missing"},
         {R"({"call":"UpdateSurveillance","request":{"messageCode":2222,"requestFlags":1},"trade":{}})",
          "bit 0 of \"requestFlags\" is set, but no \"trade\" follows"},
+        {R"({"call":"ProcessRPFInfo","messageCode":28009})", "message code 28009 needs \"contract\""},
+        {R"({"call":"ProcessRPFInfo","messageCode":28008,"count":1,"underlying":{}})",
+         "message code 28008 takes no \"underlying\""},
+        {R"({"call":"InitializeAllAdditionalMarginInfo","map":[{},{"rate":1}]})",
+         "map[1]: tagAdditionalMarginInfo has no field \"rate\""},
     };
     const std::string good = "# a comment\n\n{\"call\":\"GetTransactionLogList\"}\r\n";
     for (const auto& c : cases) {

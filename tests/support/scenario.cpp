@@ -38,6 +38,8 @@ tagContractDescriptor ContractOf(const OrderSpec& spec) {
     Put(contract.symbol, spec.symbol);
     Put(contract.series, spec.series);
     contract.strikePrice = spec.strikePrice;
+    contract.expiryDate = spec.expiryDate;
+    contract.caLevel = spec.caLevel;
     return contract;
 }
 
@@ -187,6 +189,7 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     head.messageCode = spec.messageCode;
     head.exchangeMask = spec.exchangeMask;
     head.token = spec.token;
+    head.underlyingToken = spec.underlyingToken;
     Put(head.groupCode, spec.group);
     Put(head.dealerCode, spec.dealer);
     Put(head.familyCode, spec.family);
@@ -308,6 +311,29 @@ Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
     }
     answer.rollbackRows = TakeRows<tagBreachRow>(rollbackRows, false);
     return answer;
+}
+
+std::int16_t CScenario::RiskMessage(std::int16_t code, std::int16_t segment, const void* body, std::size_t bodySize,
+                                    bool toStaging, std::int16_t messageLength) {
+    std::vector<char> message(sizeof(tagRPFHeader) + bodySize);
+    tagRPFHeader head{};
+    head.messageCode = code;
+    head.messageLength = messageLength != 0 ? messageLength : static_cast<std::int16_t>(message.size());
+    head.segment = segment;
+    std::memcpy(message.data(), &head, sizeof head);
+    if (bodySize != 0) std::memcpy(message.data() + sizeof head, body, bodySize);
+    return library.ProcessRPFInfo(message.data(), static_cast<std::int32_t>(message.size()), toStaging);
+}
+
+void CScenario::RiskFile(std::int16_t segment, const std::vector<tagRPFUnderlyingRecord>& underlyings,
+                         const std::vector<tagRPFContractRecord>& contracts) {
+    for (const auto& underlying : underlyings) {
+        ASSERT_EQ(RiskMessage(28006, segment, &underlying, sizeof underlying), kDone);
+    }
+    for (const auto& contract : contracts) {
+        ASSERT_EQ(RiskMessage(28009, segment, &contract, sizeof contract), kDone);
+    }
+    ASSERT_EQ(RiskMessage(28002, segment), kDone);
 }
 
 BKSurveillanceLimitDefTag& CScenario::Row(std::string_view entity, std::int16_t mask, std::int32_t token) {

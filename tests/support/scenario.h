@@ -48,6 +48,9 @@ struct OrderSpec {
     std::int32_t scripGroupNumber = 0;
     std::int32_t priceMultiplier = 1;
     std::int32_t strikePrice = 0;
+    std::int32_t expiryDate = 0;
+    std::int32_t underlyingToken = 0;
+    std::int16_t caLevel = 0;
     const char* clientCategory = "";
     /// The stored order (tagOrderInfo) of code 2040, or the trade of a correction: quantity and price before.
     bool hasStored = false;
@@ -102,6 +105,13 @@ class CScenario {
     Answer Probe(const OrderSpec& order);
     /// Sends a request as it stands: the head and its records in one buffer.
     Answer Send(std::vector<char>& buffer, bool probe = false);
+
+    /// Sends the risk parameters of one segment as a whole file, to staging; the end message swaps them in.
+    void RiskFile(std::int16_t segment, const std::vector<tagRPFUnderlyingRecord>& underlyings,
+                  const std::vector<tagRPFContractRecord>& contracts);
+    /// One message: head and body. `messageLength` 0: the right one.
+    std::int16_t RiskMessage(std::int16_t code, std::int16_t segment, const void* body = nullptr,
+                             std::size_t bodySize = 0, bool toStaging = true, std::int16_t messageLength = 0);
 
     /// The live row. REQUIRES: it is there.
     BKSurveillanceLimitDefTag& Row(std::string_view entity, std::int16_t mask, std::int32_t token = kAllSecurities);

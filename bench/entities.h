@@ -1,0 +1,43 @@
+#pragma once
+
+// Codes and limit rows of the houses that benchmarks are run on.
+
+#include <cstdint>
+#include <cstring>
+
+#include "categories/limit_entry.h"
+#include "surveillance/codes.h"
+
+namespace surv::bench {
+
+inline constexpr int kClientsPerDealer = 1000;
+
+using Code = char[6];
+
+/// A letter and four places of base 36, which serve 1.6 million entities.
+inline void WriteCode(char letter, int number, Code& code) {
+    constexpr const char* kDigits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    code[0] = letter;
+    for (int place = 4; place >= 1; --place, number /= 36) code[place] = kDigits[number % 36];
+    code[5] = '\0';
+}
+inline void ClientCode(int client, Code& code) { WriteCode('C', client, code); }
+inline void DealerCode(int client, Code& code) { WriteCode('D', client / kClientsPerDealer, code); }
+
+/// All limits set and far away.
+inline BKSurveillanceLimitDefTag FarLimits(const char* entity, std::int16_t mask) {
+    constexpr double kFar = 1e15;
+    constexpr std::int32_t kFarQuantity = 2'000'000'000;
+    BKSurveillanceLimitDefTag row{};
+    std::memcpy(row.entityCode, entity, ::strnlen(entity, sizeof row.entityCode - 1));
+    row.limitMask = mask;
+    row.token = kAllSecurities;
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kFar;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kFar;
+    row.maxSingleOrderQty = row.netQuantityLimit = kFarQuantity;
+    row.marginLimit = kNoLimit;
+    row.limitOptions = kRetainMultiplier;
+    return row;
+}
+
+}  // namespace surv::bench

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "risk_file.h"
+
+namespace survhost {
+
+using ContractTokens = std::map<ContractKey, std::int32_t>;
+
+/// Reads a contract master: comma separated, with a line of column names, of which exchange_token, underlying_symbol,
+/// instrument_type (FUT, CE or PE; other rows are passed over), strike_price and expiry (2025-08-28) are read.
+ContractTokens ReadContractMaster(const std::string& name);
+
+}  // namespace survhost

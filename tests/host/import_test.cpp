@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "contract_master.h"
+#include "import_span.h"
+#include "json_record.h"
+
+namespace survhost {
+namespace {
+
+const std::string kRealData = SURVEILLANCE_SOURCE_DIR "/../shared/realdata";
+
+std::string With(std::string text, const std::string& what, const std::string& instead) {
+    const auto at = text.find(what);
+    if (at == std::string::npos) throw std::runtime_error("the text lacks " + what);
+    return text.replace(at, what.size(), instead);
+}
+
+/// A file of one index with cash, a future and two options; a second commodity has cash only. Each <ra> gets the same
+/// values.
+std::string MakeFile() {
+    std::string text = R"(<?xml version="1.0" encoding="ISO-8859-1"?>
+<spanFile><fileFormat>4.00</fileFormat><pointInTime><clearingOrg>
+<exchange><exch>EX</exch><name>Y</name><phyPf><pfId>1</pfId></phyPf>
+<futPf><pfId>2</pfId><pfCode>INDEX</pfCode><cvf>50</cvf>
+<fut><p>95.1</p><sc>0.1</sc>
+<setlDate>20160630</setlDate>
+<ra><d>1</d></ra></fut></futPf>
+<oopPf><pfId>2</pfId><pfCode>INDEXOFTWELVE</pfCode><cvf>0</cvf>
+<exercise>AMER</exercise>
+<series><setlDate>20160630</setlDate><cvf>100</cvf>
+<opt><o>P</o><k>96.005</k><p>2.52</p><ra><d>-0.25</d></ra></opt>
+<opt><o>C</o><k>96</k>
+<p>0</p><ra><d>0.5</d></ra></opt></series></oopPf></exchange>
+<ccDef><cc>CASH</cc><pfLink><exch>EX</exch><pfType>PHY</pfType><pfId>1</pfId></pfLink></ccDef>
+<ccDef><cc>INDEX</cc><pfLink><exch>EX</exch><pfType>FUT</pfType><pfId>2</pfId></pfLink>
+<pfLink><exch>EX</exch><pfType>OOP</pfType><pfId>2</pfId></pfLink>
+<somTiers><tier><rate><val>7</val></rate></tier><tier><rate><val>130</val></rate></tier></somTiers>
+<dSpread><chargeMeth>F</chargeMeth><rate><val>955</val></rate><tLeg><cc>INDEX</cc></tLeg></dSpread>
+<dSpread><chargeMeth>F</chargeMeth><rate><val>9.5</val></rate><tLeg><cc>INDEX</cc></tLeg></dSpread>
+<dSpread><chargeMeth>W</chargeMeth><rate><val>2000</val></rate><tLeg><cc>OTHER</cc></tLeg></dSpread></ccDef>
+</clearingOrg></pointInTime></spanFile>
+)";
+    std::string values = "<ra><a>1.5</a><a>-0.0</a>";
+    for (const char* value : {"0", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "-13.1", "14"}) {
+        values += std::string("<a>") + value + "</a>";
+    }
+    for (const char* delta : {"<d>1<", "<d>-0.25<", "<d>0.5<"}) {
+        text = With(text, std::string("<ra>") + delta, values + delta);
+    }
+    return With(text, "<name>Y", "<name>\xDD");  // no UTF-8
+}
+const std::string kFile = MakeFile();
+
+/// A file on disk for as long as a case runs.
+class TemporaryFile {
+ public:
+    explicit TemporaryFile(const std::string& text) : name(testing::TempDir() + "import_test.txt") {
+        std::ofstream(name) << text;
+    }
+    ~TemporaryFile() { std::filesystem::remove(name); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    const std::string name;
+};
+
+std::string Imported(const std::string& text, const std::string& master = "", std::string* notes = nullptr) {
+    RiskFile file = ReadSpan(text, "risk.spn");
+    std::ostringstream said;
+    GiveTokens(file, {.file = "risk.spn", .master = master}, said);
+    if (notes) *notes = said.str();
+    return ReplayLines(file, 16);
+}
+
+template <class Function>
+std::string Complaint(Function function) {
+    try {
+        function();
+    } catch (const RunError& error) {
+        return error.what();
+    }
+    return "none";
+}
+
+TEST(Import, AFileBecomesTheLinesOfItsLoad) {
+    const std::string call = R"({"call":"ProcessRPFInfo","messageCode":280)";
+    const std::string to = R"(,"segment":16,"toStaging":1)";
+    const auto contract = [&](const std::string& fields, const std::string& delta) {
+        return call + "09" + to + R"(,"contract":{)" + fields +
+               R"(,"riskArray":[1.5,0,0,2,3,4,5,6,7,8,9,10,11,12,-13.1,14],"compositeDelta":)" + delta + "}}\n";
+    };
+    EXPECT_EQ(
+        Imported(kFile),
+        call + "01" + to + "}\n" + call + "03" + to + "}\n" + call + "04" + to + "}\n" + call + "06" + to +
+            R"(,"underlying":{"underlyingToken":1,"calendarSpreadCharge":955,"shortOptionMinimumCharge":130}})" + "\n" +
+            call + "05" + to + ",\"count\":1}\n" + call + "07" + to + "}\n" +
+            contract(R"("instrumentName":"FUT","symbol":"INDEX","expiryDate":1151712000,"strikePrice":-1,)"
+                     R"("token":100001,"underlyingToken":1,"contractPrice":475500)",
+                     "0.1") +
+            contract(R"("instrumentName":"OPT","symbol":"INDEXOFTWELV","expiryDate":1151712000,"strikePrice":9601,)"
+                     R"("optionType":"PA","token":100002,"underlyingToken":1,"contractPrice":25200)",
+                     "-0.25") +
+            contract(R"("instrumentName":"OPT","symbol":"INDEXOFTWELV","expiryDate":1151712000,"strikePrice":9600,)"
+                     R"("optionType":"CA","token":100003,"underlyingToken":1)",
+                     "0.5") +
+            call + "08" + to + ",\"count\":3}\n" + call + "02" + to + "}\n");
+}
+
+TEST(Import, AFaultyFileIsRefusedAtItsLine) {
+    const struct {
+        const char* what;
+        const char* instead;
+        const char* complaint;
+    } cases[] = {
+        {"</spanFile>", "", "21: broken XML: the file ends too early"},
+        {"</exercise>", "</exercize>", "9: broken XML: Start-end tags mismatch"},
+        {"<spanFile>", "<html/><spanFile>", "2: this is no risk parameter file: it begins with <html>"},
+        {"4.00", "3.00", "2: file format 3.00 is not known, only 4.00"},
+        {"</clearingOrg>", "</clearingOrg><clearingOrg/>", "21: <pointInTime> has a second <clearingOrg>"},
+        {"<p>95.1</p>", "", "5: <fut> lacks <p>"},
+        {"<p>95.1</p>", "<p>95.1</p>\n<p>95.2</p>", "6: <fut> has a second <p>"},
+        {"<p>0</p>", "<p>inf</p>", "13: <p>: \"inf\" is not a number"},
+        {"<p>0</p>", "<p>1e38</p>", "13: <p>: 1e+42 is too large"},
+        {"<p>0</p>", "<p>1,5</p>", "13: <p>: \"1,5\" is not a number"},
+        {"<d>0.5</d>", "", "13: <ra> lacks <d>"},
+        {"<a>14</a>", "", "7: 15 scenario values, not 16"},
+        {"<a>14</a>", "<a>14</a><a>15</a>", "7: 17 scenario values, not 16"},
+        {"<a>14</a>", "<a>nan</a>", "7: <a>: \"nan\" is not a number"},
+        {"<cvf>50</cvf>", "<cvf>0</cvf>", "4: a contract value factor must be above zero"},
+        {"<cvf>50</cvf>", "", "4: <futPf> lacks <cvf>"},
+        {"20160630", "20160631", "6: <setlDate>: \"20160631\" is no date"},
+        {"20160630", "20480630", "6: <setlDate>: \"20480630\" is no date"},
+        {"AMER", "ASIAN", "9: <exercise>: ASIAN is neither EURO nor AMER"},
+        {"<o>C</o>", "<o>X</o>", "12: <o>: \"X\" is neither C nor P"},
+        {"<k>96</k>", "<k>0</k>", "12: <k>: 0 is no strike price"},
+        {"<o>C</o><k>96</k>", "<o>P</o><k>96.01</k>", "12: INDEXOFTWELVE 2016-06-30 96.01 put stands twice"},
+        {"<oopPf>", "<oofPf/><oopPf>", "8: <oofPf>: instruments of this kind are not known"},
+        {"<pfType>OOP", "<pfType>OOF", "8: no combined commodity links the portfolio OOP 2"},
+        {"<pfType>OOP", "<pfType>FUT", "16: the portfolio 2 is linked twice"},
+        {"<cc>CASH</cc>", "<cc>INDEX</cc>", "15: the combined commodity INDEX stands twice"},
+        {"<cc>CASH</cc>", "<cc>C\xDDSH</cc>", "14: <cc> holds no code"},
+        {"<val>7</val>", "<val>-7</val>", "17: a charge is below zero"},
+        {"<chargeMeth>F", "<chargeMeth>W", "18: a spread is charged by method W, only F (a flat charge) is known"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + " -> " + c.instead);
+        EXPECT_EQ(Complaint([&] { Imported(With(kFile, c.what, c.instead)); }), std::string("risk.spn:") + c.complaint);
+    }
+    EXPECT_EQ(Complaint([] { Imported("{}"); }), "risk.spn:1: the file holds no XML");
+}
+
+TEST(Import, TokensComeFromTheMaster) {
+    const std::string master =
+        "name,exchange_token,underlying_symbol,instrument_type,strike_price,expiry\r\n"
+        "\"Index, \"\"the\"\"\",7001,INDEX,FUT,0.0,2016-06-30\r\n"
+        "x,7002,INDEXOFTWELVE,CE,96.0,2016-06-30\n"
+        "x,7003,INDEXOFTWELVE,PE,96.0,2016-06-30\n"
+        "x,bad,INDEX,EQ,,\n\n";
+    const TemporaryFile file(master);
+    std::string notes;
+    const std::string lines = Imported(kFile, file.name, &notes);
+    EXPECT_NE(lines.find("\"token\":7001"), std::string::npos);
+    EXPECT_NE(lines.find("\"optionType\":\"CA\",\"token\":7002"), std::string::npos);
+    EXPECT_NE(lines.find("28008,\"segment\":16,\"toStaging\":1,\"count\":2"), std::string::npos);
+    EXPECT_EQ(notes, file.name + ": 1 of 3 contracts are not in the master and are left out\n");
+
+    const struct {
+        const char* what;
+        const char* instead;
+        const char* complaint;
+    } faults[] = {
+        {"expiry", "ends", "1: no column \"expiry\""},
+        {"7001", "0", "2: \"exchange_token\": 0 will not do"},
+        {",PE,96.0", ",PE,", "4: \"strike_price\":  will not do"},
+        {",96.0,2016-06-30", ",96.0", "3: \"expiry\" is missing"},
+        {"2016-06-30", "30-06-2016", "2: \"expiry\": 30-06-2016 will not do"},
+        {"x,7003,INDEXOFTWELVE,PE", "x,7003,INDEXOFTWELVE,CE", "4: INDEXOFTWELVE 2016-06-30 96.00 call stands twice"},
+    };
+    for (const auto& fault : faults) {
+        const TemporaryFile faulty(With(master, fault.what, fault.instead));
+        EXPECT_EQ(Complaint([&] { ReadContractMaster(faulty.name); }), faulty.name + ":" + fault.complaint);
+    }
+}
+
+/// The known worst values of the day, and what else a host would look up.
+TEST(Import, AWholeFileOfAClearingHouse) {
+    if (!std::filesystem::exists(kRealData)) GTEST_SKIP() << "the exchange files are missing: " << kRealData;
+    std::ostringstream notes;
+    std::istringstream lines(ImportSpan({.file = kRealData + "/span/takasbank_20160517.spn"}, notes));
+    std::map<int, std::size_t> codes;
+    std::map<std::int32_t, Json> underlyings;
+    std::map<std::string, Json> index;  // by type, strike and expiry
+    for (std::string text; std::getline(lines, text);) {
+        const Json line = ParseLine(text);
+        ++codes[line["messageCode"].get<int>()];
+        if (line.contains("underlying")) underlyings[line["underlying"]["underlyingToken"]] = line["underlying"];
+        if (!line.contains("contract") || line["contract"]["symbol"] != "XU030") continue;
+        const Json& contract = line["contract"];
+        index[contract.value("optionType", "") + contract["strikePrice"].dump() + contract["expiryDate"].dump()] =
+            contract;
+    }
+    EXPECT_EQ(codes[28006], 37u);  // of 40; three commodities have cash only
+    EXPECT_EQ(codes[28009], 146u + 2628u);
+
+    const struct {
+        const char* key;
+        double price;
+        double worstLong;
+        double worstShort;
+    } cases[] = {
+        {"-11151712000", 951000, 955, 955},
+        {"CE96001151712000", 25200, 249.336716, 828.275635},
+        {"PE96001151712000", 27300, 266.073059, 837.346802},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.key);
+        ASSERT_TRUE(index.contains(c.key));
+        const Json& contract = index[c.key];
+        const auto risk = contract["riskArray"].get<std::vector<float>>();
+        EXPECT_EQ(contract["contractPrice"], c.price);
+        EXPECT_EQ(*std::max_element(risk.begin(), risk.end()), static_cast<float>(c.worstLong));
+        EXPECT_EQ(-*std::min_element(risk.begin(), risk.end()), static_cast<float>(c.worstShort));
+        const Json& underlying = underlyings[contract["underlyingToken"].get<std::int32_t>()];
+        EXPECT_EQ(underlying["calendarSpreadCharge"], 955);
+        EXPECT_EQ(underlying["shortOptionMinimumCharge"], 130);
+    }
+}
+
+}  // namespace
+}  // namespace survhost
