@@ -235,6 +235,36 @@ TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
     EXPECT_EQ(library.context.stores.clientFamilyMap.Find("C2"), nullptr);
 }
 
+TEST_F(Load, TheCloseOfAStartMarginsWhatTheRowsBrought) {
+    tagRPFUnderlyingRecord underlying{};
+    underlying.underlyingToken = 26000;
+    library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
+    tagRPFContractRecord contract{};
+    contract.token = 50;
+    contract.underlyingToken = 26000;
+    contract.contract.expiryDate = library.context.clock.TradingDayBase() + 30 * 86400;
+    contract.riskArray[3] = 10;
+    library.context.risk.live.StoreContract(contract, kMaskNseDerivatives);
+
+    CPtrList exposures;
+    for (const char* level : {"-", "C1"}) {
+        Add(limits, level, 0xD);
+        BKExposureTag row = PositionRow(level, 5, 10, "C1", 50);
+        row.clientLevelType = 1;  // the root sums the account under another one, which must not count again
+        row.underlyingToken = 26000;
+        row.contract.expiryDate = contract.contract.expiryDate;
+        exposures.AddTail(new BKExposureTag(row));
+    }
+    ASSERT_EQ(library.Start({.rpfMarginMode = 1, .positionMode = 2}, {.limits = &limits, .exposures = &exposures}),
+              kDone);
+    for (const char* level : {"-", "C1"}) {
+        const CSurveillanceCategory& category = *library.manager->FindCategory(level);
+        EXPECT_EQ(category.Book(Period::kExpiry).accounts.accounts.Size(), level[0] == '-' ? 2 : 1);
+        const LimitRow& row = category.FindRow(0xD, kAllSecurities)->Row();
+        EXPECT_EQ((Figures{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), (Figures{100, 100, 100}));
+    }
+}
+
 TEST(LoadedRows, OddValuesLoadAndJudge) {
     constexpr std::int32_t kBigToken = kTokenSpan + 5;
     constexpr std::int32_t kPrintsLikeBse5 = 7 * kTokenSpan + 5;
