@@ -110,7 +110,8 @@ SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request,
 /// One message of a risk parameter file: a tagRPFHeader and, by its code, a record or a count.
 /// toStaging not 0: records wait in a table of their own until the message that ends the file moves them into the
 /// live one and re-margins every position they concern; 0: they go into the live table at once.
-/// No byte beyond length is read. A message of a wrong length or with a figure that is not finite changes nothing.
+/// No byte beyond length is read. A message of a wrong length changes nothing; a record with a charge,
+/// price, loss or delta that is not finite is counted and not stored.
 SURVEILLANCE_API short ProcessRPFInfo(const char* message, const std::int32_t& length, short toStaging) noexcept;
 SURVEILLANCE_API short InitializeMarginInfo(CPtrList* list) noexcept;
 /// The values of the map are tagAdditionalMarginInfo records, entered by PutRecord of host.h; the keys are not used.

@@ -130,7 +130,6 @@ class CSurveillanceCategory {
     [[nodiscard]] const std::vector<ContractHolder>* FindHolders(const tagOrderInfoForSurv& order) const;
     /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
     [[nodiscard]] bool CountsInMargin(const CClientExposure& account) const;
-    /// The account is part of the category's margin: it aggregates no others, and isn't kept apart at this level.
     /// The figures of all accounts on an exchange, each raised by the add-on (millionths).
     [[nodiscard]] MarginSums SumMargins(std::int16_t exchangeMask, std::int32_t marginAddOnFactor) const;
 

@@ -42,8 +42,7 @@ struct ScripBlock {
 struct tagScripMargin {
     tagRPFContractRecord contract{};  ///< token 0: no risk parameters so far
     PerView<ScripBlock> view{};
-    PerView<double> loadedMargin{};  ///< MCX, from the start-up rows; rupees
-    bool inSums = false;             ///< the nodes above hold these figures
+    bool inSums = false;  ///< the nodes above hold these figures
 
     /// Loss of a view in a scenario, rupees.
     [[nodiscard]] float RiskValue(std::size_t of, std::size_t scenario) const {
@@ -96,6 +95,8 @@ struct UnderlyingBlock {
 struct tagUnderlyingMargin {
     PerView<UnderlyingBlock> view{};
     double nettedExposureMargin = 0;
+    double tradedInTotals = 0;            ///< effective margin of the traded view that the account's total holds
+    double optionTradedInTotals = 0;      ///< the same of its option value, paise
     tagRPFUnderlyingRecord underlying{};  ///< token 0: none so far
 };
 

@@ -77,7 +77,7 @@ void WriteRow(CSurveillanceCategory& category, std::int16_t rowMask, const Margi
     }
 }
 
-/// Adds a part that isn't in hand; its premiums stay out.
+/// Adds a part that isn't in hand, as its row shows it; from the accounts, premiums stay out.
 void AddPart(MarginSums& sums, const CSurveillanceManager& manager, const CSurveillanceCategory& category,
              MarginPart part) {
     const PartSource& source = SourceOf(part);

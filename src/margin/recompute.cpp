@@ -75,13 +75,12 @@ void CMarginRun::Collect(CSurveillanceCategory& category, const tagOrderInfoForS
     const std::vector<ContractHolder>* holders = category.FindHolders(order);
     if (!holders) return;
     const TouchKey key{&category, order.ExchangeMask()};
-    auto found = entries_.find(key);
-    if (found == entries_.end()) {
-        const Entry fresh{{&category, key.exchangeMask, 0}, manager_.EffectivePreference(category, key.exchangeMask)};
-        found = entries_.emplace(key, fresh).first;
+    const auto [place, added] = places_.try_emplace(key, touched_.size());
+    if (added) {
+        touched_.push_back({&category, key.exchangeMask, 0, manager_.EffectivePreference(category, key.exchangeMask)});
     }
-    found->second.touched.lastContract = contracts_;
-    for (const ContractHolder& holder : *holders) work_.push_back({&category, &found->second.preference, holder});
+    touched_[place->second].lastContract = contracts_;
+    for (const ContractHolder& holder : *holders) work_.push_back({place->second, holder});
 }
 
 namespace {
@@ -111,11 +110,10 @@ void FetchRecords(const ContractHolder& holder) {
     FetchRecord(holder.account->clientMarginTotals.get());
 }
 
-/// The tree is searched by underlying and expiry: parameters that name others don't find the contract.
-bool Finds(const tagOrderInfoForSurv& order, const CScripExposure& scrip) {
-    if (scrip.IsBlank()) return false;
-    const tagExposureScripSpecificInfo& info = *scrip.position.data.scripInfo;
-    return info.underlyingToken == order.underlyingToken && info.contract.expiryDate == order.contract.expiryDate;
+/// Parameters go to the contract of their own underlying and expiry alone, whatever else goes by its token.
+bool Finds(const tagOrderInfoForSurv& order, const ContractHolder& holder) {
+    return !holder.path.scrip->IsBlank() && holder.underlyingToken == order.underlyingToken &&
+           holder.expiryDate == order.contract.expiryDate;
 }
 
 }  // namespace
@@ -130,26 +128,23 @@ void CMarginRun::Replace(tagOrderInfoForSurv& order) {
         if (i + kNodesAhead < work_.size()) FetchNodes(work_[i + kNodesAhead].holder);
         if (i + kRecordsAhead < work_.size()) FetchRecords(work_[i + kRecordsAhead].holder);
         const Work& work = work_[i];
-        if (!work.category->CountsInMargin(*work.holder.account) || !Finds(order, *work.holder.path.scrip)) continue;
-        order.riskPreference = *work.preference;
+        const Touched& touched = touched_[work.touched];
+        if (!touched.category->CountsInMargin(*work.holder.account) || !Finds(order, work.holder)) continue;
+        order.riskPreference = touched.preference;
         work.holder.account->ReplaceParameters(order, work.holder.path, settings);
     }
     work_.clear();
 }
 
 void CMarginRun::Publish() {
-    std::vector<Touched> touched;
-    touched.reserve(entries_.size());
-    for (const auto& [key, entry] : entries_) {
-        if (entry.touched.lastContract != 0) touched.push_back(entry.touched);
-    }
     // A row of several exchanges shows the premiums of the one written last: the one whose contract came last.
-    std::sort(touched.begin(), touched.end(),
+    std::sort(touched_.begin(), touched_.end(),
               [](const Touched& a, const Touched& b) { return a.lastContract < b.lastContract; });
-    for (const Touched& each : touched) {
+    for (const Touched& each : touched_) {
         PublishMargin(manager_, *each.category, PartOfExchange(each.exchangeMask));
     }
-    entries_.clear();
+    touched_.clear();
+    places_.clear();
 }
 
 std::int16_t CSurveillanceManager::RecomputeIM(const CRPFUnderlyingWiseInfo* underlying,
@@ -174,14 +169,14 @@ void CSurveillanceManager::RecomputeSegmentMargin(CSurveillanceCategory& categor
     CMarginRun run(*this);
     const CRPFParameterTable& live = context_.risk.live;
     for (const auto& entry : category.Book(Period::kExpiry).accounts.holders) {
-        for (const ContractHolder& holder : *entry.value) {
-            const CSurvPosition& position = holder.path.scrip->position;
-            if (SegmentToExchangeMask(position.GetMarketSegment()) != exchangeMask) continue;
-            const CRPFUnderlyingWiseInfo* underlying = live.FindUnderlying(exchangeMask, position.GetUnderlyingToken());
+        if (SegmentOfKey(entry.key) != exchangeMask) continue;
+        HashSet<std::int32_t> underlyings;  // one, but for a token that orders have named under several
+        for (const ContractHolder& holder : *entry.value) underlyings.Insert(holder.underlyingToken);
+        for (const std::int32_t token : underlyings) {
+            const CRPFUnderlyingWiseInfo* underlying = live.FindUnderlying(exchangeMask, token);
             const CRPFContractWiseInfo* contract =
-                underlying ? underlying->FindContract(exchangeMask, position.GetToken()) : nullptr;
+                underlying ? underlying->FindContract(exchangeMask, TokenOfKey(entry.key)) : nullptr;
             if (contract) run.AddAt(category, *underlying, *contract);
-            break;  // every holder has the same contract
         }
     }
     run.Publish();
@@ -202,8 +197,9 @@ std::int16_t CSurveillanceManager::RecomputeMargin(std::int32_t exchange, std::s
 
 void CSurveillanceManager::RepublishMargin(CSurveillanceCategory& category) const {
     if (context_.settings.rpfMarginMode != 1) return;
-    if (category.seen.nseDerivative) PublishMargin(*this, category, MarginPart::kNseDerivatives);
+    // Both rows of their own come first; then NSE is the one in hand, if the category has it.
     if (category.seen.bseDerivative) PublishMargin(*this, category, MarginPart::kBseDerivatives);
+    if (category.seen.nseDerivative) PublishMargin(*this, category, MarginPart::kNseDerivatives);
 }
 
 }  // namespace surv

@@ -12,18 +12,21 @@ namespace surv {
 class CSurveillanceManager;
 
 /// One run of new parameters over the house. Each contract goes into the accounts that hold it, found by their index,
-/// and the sums above them move by differences; the limit rows are written once, at the end. They come out as if they
-/// had been written after each contract.
+/// and the sums above them move by differences; the limit rows are written once, at the end, also if the run is cut
+/// short. They come out as if they had been written after each contract.
 class CMarginRun {
  public:
     explicit CMarginRun(CSurveillanceManager& manager) : manager_(manager) {}
+    CMarginRun(const CMarginRun&) = delete;
+    CMarginRun& operator=(const CMarginRun&) = delete;
+    ~CMarginRun() { Publish(); }
 
     /// The contract at every category that it has reached.
     void Add(const CRPFUnderlyingWiseInfo& underlying, const CRPFContractWiseInfo& contract);
     /// The contract at one category.
     void AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWiseInfo& underlying,
                const CRPFContractWiseInfo& contract);
-    /// Writes the limit rows of every category touched.
+    /// Writes the limit rows of every category touched. Takes no memory.
     void Publish();
 
  private:
@@ -32,6 +35,7 @@ class CMarginRun {
         CSurveillanceCategory* category;
         std::int16_t exchangeMask;
         std::size_t lastContract;  ///< number of the last contract in the run
+        RiskPreference preference;
     };
     struct TouchKey {
         const CSurveillanceCategory* category;
@@ -43,16 +47,9 @@ class CMarginRun {
             return KeyHash<const CSurveillanceCategory*>{}(key.category) + static_cast<std::size_t>(key.exchangeMask);
         }
     };
-    /// What a category keeps for the run.
-    struct Entry {
-        Touched touched;
-        RiskPreference preference;
-    };
-
     /// One account that takes new parameters.
     struct Work {
-        const CSurveillanceCategory* category;
-        const RiskPreference* preference;
+        std::size_t touched;  ///< number of its category in touched_
         ContractHolder holder;
     };
 
@@ -62,7 +59,8 @@ class CMarginRun {
     CSurveillanceManager& manager_;
     std::vector<Work> work_;  ///< of one contract; kept for its memory alone
     std::size_t contracts_ = 0;
-    std::unordered_map<TouchKey, Entry, TouchHash> entries_;
+    std::vector<Touched> touched_;
+    std::unordered_map<TouchKey, std::size_t, TouchHash> places_;  ///< in touched_
 };
 
 }  // namespace surv

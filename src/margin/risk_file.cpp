@@ -58,23 +58,22 @@ void TakeContract(RiskIntake& intake, const RiskMessage& message) {
     }
 }
 
-/// Every position is margined by the new parameters, then they move into the live table, under the segment that the
-/// end message names.
+/// The records move into the live table, under the segment that the end message names, and every position that they
+/// concern is margined anew. Where memory runs out, what is done stands, and the file waits for another end message.
 void EndFile(RiskIntake& intake, const RiskMessage& message) {
     RiskParameters& risk = intake.risk;
     Library& library = intake.library;
     risk.live.fileDetails = risk.staging.fileDetails;
-    if (library.context.settings.started) {
-        CMarginRun run(*library.manager);
-        for (const auto& underlying : risk.staging.underlyings) {
-            for (const auto& contract : underlying.value->contracts) run.Add(*underlying.value, *contract.value);
-        }
-        run.Publish();
-    }
     for (const auto& underlying : risk.staging.underlyings) {
         risk.live.StoreUnderlying(underlying.value->record, message.head.segment);
         for (const auto& contract : underlying.value->contracts) {
             risk.live.StoreContract(contract.value->record, message.head.segment);
+        }
+    }
+    if (library.context.settings.started) {
+        CMarginRun run(*library.manager);
+        for (const auto& underlying : risk.staging.underlyings) {
+            for (const auto& contract : underlying.value->contracts) run.Add(*underlying.value, *contract.value);
         }
     }
     risk.staging.Clear();

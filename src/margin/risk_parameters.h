@@ -15,6 +15,9 @@ namespace surv {
     return (static_cast<std::int64_t>(segment) << 32) | static_cast<std::uint32_t>(token);
 }
 
+[[nodiscard]] constexpr std::int16_t SegmentOfKey(std::int64_t key) { return static_cast<std::int16_t>(key >> 32); }
+[[nodiscard]] constexpr std::int32_t TokenOfKey(std::int64_t key) { return static_cast<std::int32_t>(key); }
+
 /// The risk parameters of one contract.
 class CRPFContractWiseInfo {
  public:

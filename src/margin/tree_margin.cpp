@@ -105,25 +105,21 @@ bool SameFigures(const tagScripMargin& a, const tagScripMargin& b) {
 // ---------------------------------------------------------------------------------------------------------------
 // The sums above it
 
-/// The sums of an expiry take the change of one contract. Those of the traded side stand still unless `traded` says so;
-/// the values that aren't quantities of the order book follow every event.
+/// The sums of an expiry take the change of one contract.
 void MoveExpiry(tagExpiryMargin& expiry, const tagScripMargin& old, const tagScripMargin& now,
-                const tagOrderInfoForSurv& order, TradedSums traded) {
+                const tagOrderInfoForSurv& order) {
     for (std::size_t v = 0; v < kViewCount; ++v) {
-        const bool follows = v != kTradedView || traded == TradedSums::kFollow;
         const ScripBlock& a = old.view[v];
         const ScripBlock& b = now.view[v];
         ExpiryBlock& sum = expiry.view[v];
-        if (follows) sum.spreadPosition = Settled(sum.spreadPosition + b.spreadPosition - a.spreadPosition);
+        sum.spreadPosition = Settled(sum.spreadPosition + b.spreadPosition - a.spreadPosition);
         if (IsOption(order)) {
-            if (follows) {
-                sum.shortOptionQuantity += b.shortOptionQuantity - a.shortOptionQuantity;
-                sum.longOptionQuantity += b.longOptionQuantity - a.longOptionQuantity;
-                sum.netOptionValue += b.netOptionValue - a.netOptionValue;
-            }
+            sum.shortOptionQuantity += b.shortOptionQuantity - a.shortOptionQuantity;
+            sum.longOptionQuantity += b.longOptionQuantity - a.longOptionQuantity;
+            sum.netOptionValue += b.netOptionValue - a.netOptionValue;
             sum.optionValue += b.optionValue - a.optionValue;
         } else if (IsFuture(order)) {
-            if (follows) sum.futuresQuantity += b.futuresQuantity - a.futuresQuantity;
+            sum.futuresQuantity += b.futuresQuantity - a.futuresQuantity;
             sum.futuresExposureMargin += b.futuresExposureMargin - a.futuresExposureMargin;
         }
         sum.exposureMargin += b.exposureMargin - a.exposureMargin;
@@ -132,12 +128,10 @@ void MoveExpiry(tagExpiryMargin& expiry, const tagScripMargin& old, const tagScr
 }
 
 /// The scenarios of an underlying take the change of one contract.
-void MoveScenarios(tagUnderlyingMargin& underlying, const tagScripMargin& old, const tagScripMargin& now,
-                   TradedSums traded) {
+void MoveScenarios(tagUnderlyingMargin& underlying, const tagScripMargin& old, const tagScripMargin& now) {
     const bool sameArray =
         std::memcmp(old.contract.riskArray, now.contract.riskArray, sizeof now.contract.riskArray) == 0;
     for (std::size_t v = 0; v < kViewCount; ++v) {
-        if (v == kTradedView && traded == TradedSums::kStay) continue;
         if (sameArray && old.view[v].riskQuantity == now.view[v].riskQuantity) continue;
         auto& sums = underlying.view[v].riskValues;
         for (std::size_t i = 0; i < kScenarioCount; ++i) {
@@ -299,16 +293,22 @@ struct UnderlyingFigures {
 };
 
 void MoveTotals(tagClientMarginTotals& totals, const UnderlyingFigures& old, const UnderlyingFigures& now,
-                const tagOrderInfoForSurv& order, TradedSums traded) {
+                tagUnderlyingMargin& underlying, const tagOrderInfoForSurv& order, TradedSums traded) {
     const MarginGroup group = MarginGroupOfMask(order.periodicity);
     MarginGroupTotals& total = totals.Of(group);
     const bool tradedFollows = traded == TradedSums::kFollow;
     total.marginOrderSide += now.orderSide - old.orderSide;
-    if (group == MarginGroup::kNse || tradedFollows) total.marginTradedSide += now.tradedSide - old.tradedSide;
+    if (group == MarginGroup::kNse || tradedFollows) {
+        total.marginTradedSide += now.tradedSide - underlying.tradedInTotals;
+        underlying.tradedInTotals = now.tradedSide;
+    }
     total.marginWorst += now.worst - old.worst;
     if (IsOption(order) && group != MarginGroup::kMcx) {
         total.optionValueOrderSide += now.optionOrderSide - old.optionOrderSide;
-        if (tradedFollows) total.optionValueTradedSide += now.optionTradedSide - old.optionTradedSide;
+        if (tradedFollows) {
+            total.optionValueTradedSide += now.optionTradedSide - underlying.optionTradedInTotals;
+            underlying.optionTradedInTotals = now.optionTradedSide;
+        }
         total.optionValueWorst += now.optionWorst - old.optionWorst;
     }
     if (group == MarginGroup::kNse || group == MarginGroup::kNcdex) {
@@ -320,11 +320,22 @@ void MoveTotals(tagClientMarginTotals& totals, const UnderlyingFigures& old, con
 void CarryUp(const MarginPath& path, const tagScripMargin& old, const tagOrderInfoForSurv& order, TradedSums traded) {
     const tagExpiryMargin oldExpiry = path.expiry;
     const UnderlyingFigures oldUnderlying(path.underlying);
-    MoveExpiry(path.expiry, old, path.scrip, order, traded);
-    if (!IsMcx(order)) MoveScenarios(path.underlying, old, path.scrip, traded);
+    MoveExpiry(path.expiry, old, path.scrip, order);
+    if (!IsMcx(order)) MoveScenarios(path.underlying, old, path.scrip);
     MoveUnderlying(path.underlying, oldExpiry, path.expiry);
     FormUnderlying(path.underlying, IsMcx(order));
-    MoveTotals(path.totals, oldUnderlying, UnderlyingFigures(path.underlying), order, traded);
+    MoveTotals(path.totals, oldUnderlying, UnderlyingFigures(path.underlying), path.underlying, order, traded);
+}
+
+/// The quantities of the traded view, and what is formed from them, stand still with the sums above; its values follow
+/// every event.
+void HoldTradedQuantities(ScripBlock& now, const ScripBlock& held) {
+    now.riskQuantity = held.riskQuantity;
+    now.spreadPosition = held.spreadPosition;
+    now.shortOptionQuantity = held.shortOptionQuantity;
+    now.longOptionQuantity = held.longOptionQuantity;
+    now.futuresQuantity = held.futuresQuantity;
+    now.netOptionValue = held.netOptionValue;
 }
 
 /// Forms the figures and gives those that the sums hold so far.
@@ -364,9 +375,10 @@ MarginGroup MarginGroupOfExchange(std::int16_t exchangeMask) {
 
 void CarryContract(const MarginPath& path, const ContractPositions& positions, const tagOrderInfoForSurv& order,
                    const tagRPFContractRecord* parameters, TradedSums traded, std::int32_t tradingDayBase) {
-    const bool entering = !path.scrip.inSums;
+    if (!path.scrip.inSums) traded = TradedSums::kFollow;
     const tagScripMargin held = FormContract(path, positions, order, parameters, tradingDayBase);
-    CarryUp(path, held, order, entering ? TradedSums::kFollow : traded);
+    if (traded == TradedSums::kStay) HoldTradedQuantities(path.scrip.view[kTradedView], held.view[kTradedView]);
+    CarryUp(path, held, order, traded);
 }
 
 void RefreshContract(const MarginPath& path, const ContractPositions& positions, const tagOrderInfoForSurv& order,

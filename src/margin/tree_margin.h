@@ -33,7 +33,8 @@ struct ContractPositions {
     const CSurvPosition& today;  ///< option values come from it
 };
 
-/// Whether the sums of the traded side follow.
+/// Whether the traded view follows. Where it stays, a contract keeps the quantities that the sums hold, and the next
+/// event that it follows brings all up.
 enum class TradedSums : std::uint8_t { kStay, kFollow };
 
 /// Forms the contract's figures anew, after `parameters` have taken the place of its own (null: they stay), and carries

@@ -169,7 +169,8 @@ void CLevelWalk::Commit() {
     for (const Level level : kCommitOrder) {
         if (!hierarchy_.At(level)) continue;
         LevelTrial& trial = TrialOf(level);
-        if (trial.road == LevelRoad::kPassedOver) Open(level);
+        if (trial.road == LevelRoad::kPassedOver)
+            LoadEffectivePreference(manager_, *hierarchy_.At(level), Open(level).order);
         CommitOrder(trial, intake_.updateAllLevels);
     }
     for (const Level level : kCommitOrder) {

@@ -138,6 +138,10 @@ MarginReading CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const Scri
         RefreshContract(margin, PositionsOf(*path.scrip), order, first, tradingDayBase);
     }
     const MarginReading before = ReadMargins(order.ExchangeMask());
+    // New parameters reach all views, the traded one too, before the order moves those that are its own.
+    if (margin.scrip.inSums && record && std::memcmp(record, &margin.scrip.contract, sizeof *record) != 0) {
+        RefreshContract(margin, PositionsOf(*path.scrip), order, record, tradingDayBase);
+    }
 
     MovePositions(order, path, context);
     TakeUnderlyingRecord(margin.underlying, order);
@@ -232,7 +236,8 @@ void CAccountExposureSet::EnterHolder(const tagOrderInfoForSurv& order, CClientE
         TreeFamily(order.productType) != PositionFamily::kPlain) {
         return;
     }
-    holders.FindOrMake(SegmentTokenKey(exchangeMask, order.token)).push_back({&account, path});
+    holders.FindOrMake(SegmentTokenKey(exchangeMask, order.token))
+        .push_back({&account, path, order.underlyingToken, order.contract.expiryDate});
     path.scrip->indexed = true;
 }
 

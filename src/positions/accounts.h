@@ -195,10 +195,12 @@ class CClientExposure {
     std::array<std::unique_ptr<SegmentPositions>, kProductGroupCount> segmentPositions_;  // made at need
 };
 
-/// An account that has a contract, and where.
+/// An account that has a contract, and where: the nodes, and the keys that they stand under.
 struct ContractHolder {
     CClientExposure* account;
     ScripPath path;
+    std::int32_t underlyingToken;
+    std::int32_t expiryDate;
 };
 
 /// The accounts of a category for one period.
