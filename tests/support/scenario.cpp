@@ -102,6 +102,37 @@ void DumpSet(std::string& out, const CExposureDetails& set) {
     }
 }
 
+/// Records of numbers without gaps; one that is all zero says as little as a missing one.
+template <class Record>
+void DumpUnlessZero(std::string& out, const Record& record) {
+    const std::string_view bytes(reinterpret_cast<const char*>(&record), sizeof record);
+    if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
+}
+
+void DumpMargins(std::string& out, const CClientExposure& account) {
+    for (const auto& underlying : account.underlyings) {
+        for (const auto& expiry : underlying.value->expiries) {
+            for (const auto& scrip : expiry.value->scrips) {
+                const tagScripMargin* margin = scrip.value->scripMargin.get();
+                if (!margin) continue;
+                DumpUnlessZero(out, margin->contract);
+                DumpUnlessZero(out, margin->view);
+                DumpUnlessZero(out, margin->loadedMargin);
+                DumpUnlessZero(out, margin->inSums);
+            }
+            if (!expiry.value->expiryMargin) continue;
+            DumpUnlessZero(out, expiry.value->expiryMargin->view);
+            DumpUnlessZero(out, expiry.value->expiryMargin->hasFuture);
+        }
+        if (const tagUnderlyingMargin* margin = underlying.value->underlyingMargin.get()) {
+            DumpUnlessZero(out, margin->view);
+            DumpUnlessZero(out, margin->nettedExposureMargin);
+            DumpUnlessZero(out, margin->underlying);
+        }
+    }
+    if (account.clientMarginTotals) DumpUnlessZero(out, *account.clientMarginTotals);
+}
+
 void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure& account) {
     std::string contracts;
     account.ForEachScrip([&contracts](const CScripExposure& scrip) {
@@ -109,6 +140,7 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
         DumpPosition(contracts, scrip.position.data);
         DumpPosition(contracts, scrip.dayPosition.data);
     });
+    DumpMargins(contracts, account);
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
     DumpValue(out, account.levelTypes);

@@ -1,0 +1,87 @@
+#pragma once
+
+// An account's derivative margin worked out whole from what it rests on: positions, risk parameters, rates and
+// preferences. Slow and plain, it is what the sums in the tree have to come to, however they got there.
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+
+#include "positions/accounts.h"
+
+namespace surv::test {
+
+/// What the house was told, beside positions and risk parameters.
+struct ExposureRates {
+    std::int32_t additional = 0;
+    std::int32_t onBuys = 0;
+    std::int32_t onSells = 0;
+};
+struct MarginPreference {
+    std::int32_t marginRate = 0;
+    std::int16_t mode = 0;
+    std::int32_t addOn = 0;  ///< millionths
+    bool premiumCounts = false;
+};
+struct MarginFacts {
+    std::int32_t tradingDayBase = 0;
+    std::map<std::int64_t, ExposureRates> rates;                ///< by PlainKey
+    std::map<std::int16_t, MarginPreference> preferences = {};  ///< of one category, by exchange mask
+};
+
+/// Figures that are sums over contracts, as one row of numbers.
+enum Figure : std::size_t {
+    kSpread,
+    kShortOptions,
+    kLongOptions,
+    kFutures,
+    kNetOptionValue,
+    kOptionValue,
+    kFuturesExposure,
+    kExposure,
+    kRisk,
+    kFigureCount = kRisk + kScenarioCount
+};
+using Figures = std::array<double, kFigureCount>;
+
+/// What the traded sums don't hold yet. New parameters that come with an order, and not in a file, form the figures of
+/// the contract anew, but only a trade moves the traded sums; a trade carries what it changes itself, so what an order
+/// has left behind stays behind.
+struct TradedLag {
+    std::unordered_map<const CScripExposure*, Figures> contracts;
+    /// The same for the traded margin in an account's total, by group: on BSE and NCDEX an order leaves it alone even
+    /// when new charges move the margin of the underlying.
+    std::unordered_map<const CClientExposure*, std::array<double, kMarginGroupCount>> totals;
+};
+
+/// A figure, and the size of what it is the difference of.
+struct Amount {
+    double value = 0;
+    double gross = 0;
+
+    void Add(double term, double size) {
+        value += term;
+        gross += size;
+    }
+};
+/// In the order of MarginReading.
+enum Total : std::size_t { kOrder, kTraded, kWorst, kExposureTotal, kOptionOrder, kOptionTraded, kOptionWorst };
+using Totals = std::array<Amount, 7>;
+struct AccountMargin {
+    std::array<Totals, kMarginGroupCount> groups{};
+    std::array<double, kMarginGroupCount> tradedWithoutLag{};
+
+    /// As limit rows read it: option values as they are, anything else never below 0.
+    [[nodiscard]] std::array<double, 7> Reading(std::int16_t exchangeMask) const;
+};
+[[nodiscard]] MarginGroup GroupOfExchange(std::int16_t exchangeMask);
+
+/// What of a contract's traded view only trades carry into the sums. All zero for a contract that holds nothing.
+[[nodiscard]] Figures TradedFigures(const CScripExposure* scrip, const MarginFacts& facts);
+/// The account's margin; `difference` takes the first figure of the tree that isn't what it has to be.
+[[nodiscard]] AccountMargin MarginFromScratch(const CClientExposure& account, const MarginFacts& facts,
+                                              const TradedLag& lag, std::string& difference);
+
+}  // namespace surv::test
