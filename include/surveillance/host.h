@@ -34,12 +34,12 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // Live: in positionMode 2 and 3 limit rows in a list are the library's own. Read them before the next call and free
 // none; ForgetRows only empties the list.
 
-// The list handed to InitializeSurvManager. In positionMode 0 and 1 each row is deleted and taken out of the list as it
-// is loaded; after a failed start the list holds the rows not yet taken, the failing one first, and they are the
-// host's. In positionMode 2 and 3, or with order-based positions, the rows stay in the list and belong to the library
-// from the moment they are loaded until CleanupSurvManager, after which the list's pointers are dead: ForgetRows it
-// before a clean-up, and never FreeRows. A start that failed there may be tried again with the same list. No list may
-// hold a row twice.
+// The lists of limit and position rows handed to InitializeSurvManager. In positionMode 0 and 1 each row is deleted and
+// taken out of its list as it is loaded; after a failed start a list holds the rows not yet taken, the failing one
+// first, and they are the host's. In positionMode 2 and 3, or with order-based positions, the rows stay in the list and
+// belong to the library from the moment they are loaded until CleanupSurvManager, after which the list's pointers are
+// dead: ForgetRows it before a clean-up, and never FreeRows. A start that failed there may be tried again with the same
+// lists. No list may hold a row twice.
 
 /// Empties a list and frees its rows.
 template <class Row>

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "categories/aggregate.h"
+#include "categories/client_book.h"
 #include "categories/limit_store.h"
 #include "margin/margin_part.h"
 #include "platform/hash_map.h"
@@ -32,6 +34,14 @@ inline constexpr std::int16_t kLevelDealerOffCash = 0x83;
     return marketSegment == 8 ? kMaskNcdex : std::int16_t{2};
 }
 [[nodiscard]] constexpr bool IsAlwaysUpdatedLevel(int level) { return level == 3 || level == 5 || level == 8; }
+
+/// Both periods, in the order in which an order is tried and its rows are asked.
+inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+/// Where a period stands in arrays by period.
+[[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
+
+/// An order's own account in each period; null where it has none.
+using PeriodAccounts = std::array<CClientExposure*, kPeriods.size()>;
 
 /// What one period (daily, expiry) of a category holds.
 struct PeriodBook {
@@ -77,8 +87,30 @@ class CSurveillanceCategory {
     [[nodiscard]] static constexpr Period PeriodOfMask(std::int16_t mask) {
         return (mask & kExpiryBit) ? Period::kExpiry : Period::kDaily;
     }
-    /// The owner record of all the category's positions; made from the first order.
+    /// The owner record of all the category's positions; made from the first order or row.
     tagPositionOwnerInfo* OwnerOf(const tagOrderInfoForSurv& order);
+
+    // Position rows (position_rows.cpp) -----------------------------------------------------------------------
+    /// A row of the start-up load enters the sets of its mask's period; `order` has its scrip and takes its holder.
+    /// Rows of the daily period come before the expiry row of the same option. -1: the mask is 0. A row that memory
+    /// runs out for leaves nothing behind.
+    std::int16_t AddPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
+    /// The same for a row of the MTF product.
+    std::int16_t AddMtfPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
+
+    // Positions by client (client_records.cpp) ----------------------------------------------------------------
+    /// Null until the first row or order is recorded.
+    [[nodiscard]] const CClientBook* FindClientBook() const { return clientBook_.get(); }
+    /// Made at need.
+    CClientBook& ClientBook();
+    /// The order's aggregate account, or where the level has none its own ones, take it in the positions by client and
+    /// join their lists. Nothing happens where positions by client aren't held. Only for an order that stands: the call
+    /// is put back by the log alone. REQUIRES: the accounts hold the order.
+    void RecordOrder(const tagOrderInfoForSurv& order, const PeriodAccounts& accounts);
+    /// The total of a single-segment mask takes the order, where positions by client are held.
+    void MoveTotal(const tagOrderInfoForSurv& order, std::int16_t mask);
+    /// The account of an order with the codes of an aggregate account; made at need.
+    CClientExposure& AggregateAccount(const tagOrderInfoForSurv& order, Period period);
 
     // Margin (margin/) ----------------------------------------------------------------------------------------
     MarketsSeen seen;
@@ -104,6 +136,10 @@ class CSurveillanceCategory {
     [[nodiscard]] SurvContext& Context() const { return context_; }
 
  private:
+    std::int16_t EnterRow(BKExposureTag& row, tagOrderInfoForSurv& order, ProductGroup group);
+    void RunAggregate(tagOrderInfoForSurv order, AggregateForm form, const TreeContext& context);
+    void RecordClient(const tagOrderInfoForSurv& order, Period period, CClientExposure& account,
+                      const TreeContext& context);
     RuleAnswer StoreRow(std::unique_ptr<CSurvLimitEntry> entry);
     void WorkOutUsedFigures(BKSurveillanceLimitDefTag& row);
     void ComputeGrossFigures(BKSurveillanceLimitDefTag& row) const;
@@ -112,6 +148,7 @@ class CSurveillanceCategory {
     PeriodBook daily_;
     PeriodBook expiry_;
     std::unique_ptr<tagPositionOwnerInfo> ownerInfo_;
+    std::unique_ptr<CClientBook> clientBook_;
 };
 
 }  // namespace surv

@@ -60,10 +60,13 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
         TryPeriod(level, kPeriods[i], accountKey, active ? FlatPosition::kMoves : FlatPosition::kStays, mode,
                   trials[i]);
         ScripTrial& scrip = trials[i].scrip;
+        // The narrowest mask of the period is that of the segment alone, and the only one with a total.
+        category.MoveTotal(order, PeriodicityOf(order.marketSegment, kPeriods[i]));
         scrip.mtm = FormMtmFigures(order, scrip.before, scrip.after, context.settings);
         if (active) UpdatePeriodicities(level, kPeriods[i], trials[i].scrip, rowContext, buffers);
     }
     for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(level, accountKey, kPeriods[i], trials[i]);
+    category.RecordOrder(order, level.accounts);
     guard.Keep();
 }
 

@@ -36,6 +36,7 @@ struct LevelTrial {
     tagOrderInfoForSurv order;
     LevelRoad road = LevelRoad::kPassedOver;
     std::array<CSurvPosition*, 2> flatPositions{};  ///< the scrip's, by period, as the trial found them
+    PeriodAccounts accounts{};                      ///< the order's own, once they hold it
     CUndoLog::Mark undoFrom;
     CUndoLog::Mark undoTo;
     BufferRange touched;   ///< rows that took the order

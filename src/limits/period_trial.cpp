@@ -35,6 +35,7 @@ void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, F
 
 void KeepAccount(LevelTrial& level, const AccountKey& accountKey, Period period, PeriodTrial& trial) {
     CAccountExposureSet& set = level.category->Book(period).accounts;
+    level.accounts[PeriodIndex(period)] = trial.account;
     if (trial.newAccount) set.SetClient(accountKey, std::move(trial.newAccount));
     if (period == Period::kExpiry) set.EnterHolder(level.order, *trial.account, trial.path);
 }

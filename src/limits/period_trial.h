@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <memory>
 
 #include "categories/category.h"
@@ -8,12 +7,6 @@
 #include "limits/scrip_trial.h"
 
 namespace surv {
-
-/// Both periods, in the order in which an order is tried and its rows are asked.
-inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
-
-/// Where a period stands in arrays by period.
-[[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
 
 /// An order tried in one period of one category: on a copy of the flat position, and in place in the account's tree.
 struct PeriodTrial {

@@ -2,9 +2,12 @@
 
 #include <cstdint>
 
+#include "platform/hash_set.h"
 #include "shared/order.h"
 
 namespace surv {
+
+class CSurveillanceCategory;
 
 /// The market of one scrip, as the broadcast last told it. Prices are paise, 0 when there is none.
 struct CBroadcastScrip {
@@ -14,7 +17,13 @@ struct CBroadcastScrip {
     std::int32_t bestBuyPrice = 0;
     std::int32_t bestSellPrice = 0;
     std::int32_t closePrice = 0;
-    std::int32_t priceMultiplier = 10000;  ///< 10000 = 1.0
+    std::int32_t priceMultiplier = 10000;        ///< 10000 = 1.0
+    HashSet<CSurveillanceCategory*> categories;  ///< that have traded in the scrip; not owned
+
+    /// A category stands once; null is ignored.
+    void AddCategory(CSurveillanceCategory* category) {
+        if (category) categories.Insert(category);
+    }
 };
 
 /// Which multiplier scales the prices of an NCDEX scrip.

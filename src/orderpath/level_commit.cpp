@@ -18,7 +18,56 @@ void RunAccount(LevelTrial& level, Period period) {
     const ScripPath path = account.FindOrMakePath(level.order, settings);
     account.ApplyOrder(level.order, path, TreeContext{settings, &level.category->Context().undo});
     if (period == Period::kExpiry) set.EnterHolder(level.order, account, path);
+    level.accounts[PeriodIndex(period)] = &account;
 }
+
+/// Totals move their MTM with trades alone, and only where this call has moved their quantities: not after a check.
+bool MovesTotalMtm(const LevelTrial& level) {
+    const tagOrderInfoForSurv& order = level.order;
+    const bool traded = order.orderEventKind == event::kTrade || order.orderEventKind == event::kCorrection ||
+                        order.productType == product::kConvertToMargin;
+    return traded && level.road == LevelRoad::kUpdated && level.category->Context().settings.HoldsClientPositions();
+}
+
+/// MTM of the scrip in both sets of a period, as one position.
+double ScripMtm(const PeriodBook& book, const tagOrderInfoForSurv& order) {
+    CSurvPosition sum;
+    for (const CExposureDetails* set : {&book.clientLevelExposures, &book.exposures}) {
+        const CSurvPosition* position = set->Find(FlatKey(order));
+        const bool traded = position && (position->data.tradedBuyQty > 0 || position->data.tradedSellQty > 0);
+        if (traded) sum.AddPositionData(position->data);
+    }
+    return sum.GetMTM(order.lotWeighting);
+}
+
+/// The MTM of the period's total follows that of the scrip.
+class CTotalMtm {
+ public:
+    CTotalMtm(const LevelTrial& level, Period period)
+        : total_(MovesTotalMtm(level) ? TotalOf(level, period) : nullptr),
+          book_(level.category->Book(period)),
+          order_(level.order) {
+        if (total_) before_ = ScripMtm(book_, order_);
+    }
+    void Follow(CUndoLog& undo) {
+        if (!total_) return;
+        undo.Save(total_->data);
+        total_->data.mtmValue += ScripMtm(book_, order_) - before_;
+    }
+
+ private:
+    static CSurvPosition* TotalOf(const LevelTrial& level, Period period) {
+        const CClientBook* clients = level.category->FindClientBook();
+        const ProductGroup group = ProductGroupOf(level.order.productType);
+        if (!clients || (period == Period::kDaily && group != ProductGroup::kNormal)) return nullptr;
+        return clients->totals.Find(group, PeriodicityOf(level.order.marketSegment, period));
+    }
+
+    CSurvPosition* total_;
+    const PeriodBook& book_;
+    const tagOrderInfoForSurv& order_;
+    double before_ = 0;
+};
 
 /// Orders of client types 3 and 5 are kept apart at the levels that aggregate them.
 bool MovesClientLevelSets(const LevelTrial& level) {
@@ -51,10 +100,14 @@ void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     for (const Period period : kPeriods) {
         order.periodicity = PeriodicityOf(order.marketSegment, period);
         PeriodBook& book = category.Book(period);
+        CTotalMtm totalMtm(level, period);
         if (moves) book.exposures.CommitPosition(order, level.flatPositions[PeriodIndex(period)], undo);
         if (level.road == LevelRoad::kPassedOver) RunAccount(level, period);
         if (clientLevelSets) book.clientLevelExposures.CommitPosition(order, nullptr, undo);
+        totalMtm.Follow(undo);
     }
+    // A level that was only updated has recorded the order there and then.
+    if (level.road != LevelRoad::kUpdated) category.RecordOrder(order, level.accounts);
 }
 
 void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,

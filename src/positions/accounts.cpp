@@ -1,6 +1,5 @@
 #include "positions/accounts.h"
 
-#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -17,14 +16,6 @@ constexpr std::int16_t kNearMcxSegment = 0x15;
 constexpr std::int16_t kNearExpiryOffset = 5;
 
 std::size_t SlotOf(std::int16_t marketSegment) { return static_cast<std::size_t>(marketSegment - 1); }
-
-void AddMtm(SegmentFigures& figures, double mtm, double sign) {
-    if (mtm >= 0) {
-        figures.profitSum += sign * mtm;
-    } else {
-        figures.lossSum += sign * std::abs(mtm);
-    }
-}
 
 }  // namespace
 
@@ -151,7 +142,7 @@ bool IsRefreshedBeforeOrder(const tagOrderInfoForSurv& order) {
 
 MarginReading CClientExposure::ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path,
                                           const TreeContext& context) {
-    if (!IsMargined(order)) {
+    if (aggregate || !IsMargined(order)) {
         const MarginReading margins = ReadMargins(order.ExchangeMask());
         MovePositions(order, path, context);
         return margins;
@@ -183,12 +174,29 @@ void CClientExposure::ReplaceParameters(const tagOrderInfoForSurv& order, const 
     RefreshContract(margin, PositionsOf(*path.scrip), order, ContractRecordOf(order), settings.tradingDayBase);
 }
 
-void CClientExposure::MovePositions(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context) {
+tagPositionOwnerInfo* CClientExposure::OwnerOf(const tagOrderInfoForSurv& order) {
     if (!ownerInfo) {
         ownerInfo = std::make_unique<tagPositionOwnerInfo>();
         FillOwner(*ownerInfo, order);
     }
-    tagPositionOwnerInfo* const orderOwner = std::exchange(order.ownerInfo, ownerInfo.get());
+    return ownerInfo.get();
+}
+
+CSurvPosition& CClientExposure::SegmentPosition(std::int16_t marketSegment, ProductGroup group) {
+    auto& positions = segmentPositions_[static_cast<std::size_t>(group)];
+    if (!positions) positions = std::make_unique<SegmentPositions>();
+    auto& position = (*positions)[SlotOf(marketSegment)];
+    if (!position) position = std::make_unique<CSurvPosition>();
+    return *position;
+}
+
+SegmentFigures& CClientExposure::FiguresOf(std::int16_t marketSegment) {
+    if (!segmentFigures_) segmentFigures_ = std::make_unique<std::array<SegmentFigures, kSegmentCount>>();
+    return (*segmentFigures_)[SlotOf(marketSegment)];
+}
+
+void CClientExposure::MovePositions(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context) {
+    tagPositionOwnerInfo* const orderOwner = std::exchange(order.ownerInfo, OwnerOf(order));
     const bool trade = order.orderEventKind == event::kTrade;
     CSurvPosition oldPosition;
     if (trade) oldPosition = path.scrip->position;
@@ -204,23 +212,19 @@ void CClientExposure::MovePositions(tagOrderInfoForSurv& order, const ScripPath&
 
 void CClientExposure::MoveSegmentPosition(const tagOrderInfoForSurv& order, const TreeContext& context) {
     if (!IsSegment(order.marketSegment)) return;
-    auto& positions = segmentPositions_[static_cast<std::size_t>(ProductGroupOf(order.productType))];
-    if (!positions) positions = std::make_unique<SegmentPositions>();
-    auto& position = (*positions)[SlotOf(order.marketSegment)];
-    if (!position) position = std::make_unique<CSurvPosition>();
-    context.Save(position->data);
-    position->ApplyChange(order);
+    CSurvPosition& position = SegmentPosition(order.marketSegment, ProductGroupOf(order.productType));
+    context.Save(position.data);
+    position.ApplyChange(order);
 }
 
 void CClientExposure::MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition,
                                      CSurvPosition newPosition, const TreeContext& context) {
     if (!IsSegment(order.marketSegment)) return;
-    if (!segmentFigures_) segmentFigures_ = std::make_unique<std::array<SegmentFigures, kSegmentCount>>();
-    SegmentFigures& figures = (*segmentFigures_)[SlotOf(order.marketSegment)];
+    SegmentFigures& figures = FiguresOf(order.marketSegment);
     context.Save(figures);
     // GetMTM writes the open value of the state it is asked for.
-    AddMtm(figures, oldPosition.GetMTM(order.lotWeighting), -1.0);
-    AddMtm(figures, newPosition.GetMTM(order.lotWeighting), +1.0);
+    figures.AddMtm(oldPosition.GetMTM(order.lotWeighting), -1.0);
+    figures.AddMtm(newPosition.GetMTM(order.lotWeighting), +1.0);
     figures.openValueSum += newPosition.data.openPositionValue - oldPosition.data.openPositionValue;
 }
 

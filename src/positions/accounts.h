@@ -15,6 +15,7 @@
 #include "positions/position.h"
 #include "positions/position_key.h"
 #include "shared/settings.h"
+#include "surveillance/containers.h"
 
 namespace surv {
 
@@ -58,6 +59,9 @@ class CScripExposure {
 
     /// Takes the old quantity and price out of both positions and puts the new ones in.
     void ApplyOrder(const tagOrderInfoForSurv& order, const TreeContext& context);
+    /// Takes today's part from the position of the daily period. It replaces what an earlier row brought: that was part
+    /// of the same position.
+    void SetDayData(const tagSurvPositionData& daily, const TreeContext& context);
     /// A node that a refused trial has made holds nothing and is shown nowhere.
     [[nodiscard]] bool IsBlank() const { return position.data.scripInfo == nullptr; }
 };
@@ -79,6 +83,15 @@ struct SegmentFigures {
     double lossSum = 0;  ///< absolute values of the losses
     double profitSum = 0;
     double openValueSum = 0;
+
+    /// Takes an MTM into its side; sign -1 takes it out.
+    void AddMtm(double mtm, double sign) {
+        if (mtm >= 0) {
+            profitSum += sign * mtm;
+        } else {
+            lossSum -= sign * mtm;
+        }
+    }
 };
 
 /// The product groups over which an account keeps a running position per market segment.
@@ -107,7 +120,10 @@ class CClientExposure {
     std::unique_ptr<tagPositionOwnerInfo> ownerInfo;            ///< made from the first order or row
     std::unique_ptr<tagClientMarginTotals> clientMarginTotals;  ///< made at first need
     AccountLevelTypes levelTypes;
-    bool aggregate = false;  ///< a '+' account: left out of every sum over accounts
+    bool aggregate = false;  ///< a '+' account: left out of every sum over accounts, and without margin of its own
+    /// The account lists of its period that it stands in, one bit per ProductGroup: in the daily period onDailyList and
+    /// onMtfDailyList, in the expiry period onNormalList, onDeliveryList, onMarginPlusList, onMtfList.
+    std::uint8_t listed = 0;
 
     /// The nodes of the order's contract; missing ones are made.
     ScripPath FindOrMakePath(const tagOrderInfoForSurv& order, const Settings& settings);
@@ -115,6 +131,13 @@ class CClientExposure {
     /// owner record; the order has its own back afterwards. Gives the margins of the order's exchange as they stood
     /// before the order, with the figures of its contract fresh.
     MarginReading ApplyOrder(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
+    /// A position row: its contract, the running position of its segment and the segment's MTM sums take its figures.
+    /// The positions get this account's owner record. Margin figures stay: a contract enters the sums when it is
+    /// margined.
+    ScripPath AddRow(tagSurvPositionData row, const tagOrderInfoForSurv& order, const TreeContext& context);
+    /// A new price of a scrip of which the account holds `position`: moves the MTM sums of the segment, and the price
+    /// of the contract.
+    void ApplyPrice(const tagOrderInfoForSurv& order, CSurvPosition position, const Settings& settings);
     /// Puts new risk parameters into a contract and re-margins it; the order names the contract and carries the
     /// parameters, rates and preference. Positions stay as they are.
     void ReplaceParameters(const tagOrderInfoForSurv& order, const ScripPath& path, const Settings& settings);
@@ -137,6 +160,10 @@ class CClientExposure {
     [[nodiscard]] CScripExposure* FindScrip(const tagOrderInfoForSurv& order, const Settings& settings) const;
     /// The first contract under the key, over all underlyings and expiries; null when there is none.
     [[nodiscard]] CScripExposure* FindScripByKey(const PositionKey& key) const;
+    /// The contracts whose mask lies within `mask`. Only the token of all securities collects anything.
+    void CollectPositions(std::int16_t mask, std::int32_t token, std::vector<const CSurvPosition*>& list) const;
+    /// The same as new BKExposureTag rows, which are the list owner's.
+    void CollectRows(std::int16_t mask, std::int32_t token, CPtrList& list) const;
     /// Every contract, in insertion order.
     template <class Visit>
     void ForEachScrip(Visit visit) const {
@@ -154,7 +181,12 @@ class CClientExposure {
  private:
     using SegmentPositions = std::array<std::unique_ptr<CSurvPosition>, kSegmentCount>;
 
+    tagPositionOwnerInfo* OwnerOf(const tagOrderInfoForSurv& order);
+    /// REQUIRES: the segment is one of the eight.
+    CSurvPosition& SegmentPosition(std::int16_t marketSegment, ProductGroup group);
+    SegmentFigures& FiguresOf(std::int16_t marketSegment);
     void MovePositions(tagOrderInfoForSurv& order, const ScripPath& path, const TreeContext& context);
+    void AddSegmentRow(const tagSurvPositionData& row, const tagOrderInfoForSurv& order, const TreeContext& context);
     void MoveSegmentPosition(const tagOrderInfoForSurv& order, const TreeContext& context);
     void MoveSegmentMtm(const tagOrderInfoForSurv& order, CSurvPosition oldPosition, CSurvPosition newPosition,
                         const TreeContext& context);

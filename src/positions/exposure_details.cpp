@@ -41,13 +41,11 @@ std::int16_t CExposureDetails::RestorePosition(const PositionKey& key) {
     return kDone;
 }
 
-void CExposureDetails::AddRow(const BKExposureTag& row, const tagSurvPositionData& data) {
+void CExposureDetails::AddRow(const BKExposureTag& row, const tagSurvPositionData& data, CUndoLog& undo) {
     const PositionKey key{SegmentToExchangeMask(row.marketSegment), RowFamily(row), row.token};
-    if (CSurvPosition* position = Find(key)) {
-        position->MergePositionData(data);
-    } else {
-        positions.Insert(key, std::make_unique<CSurvPosition>(data));
-    }
+    CSurvPosition& position = positions.FindOrMake(key);
+    undo.Save(position.data);
+    position.TakeRow(data);
 }
 
 template <class Figure>

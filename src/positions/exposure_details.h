@@ -31,7 +31,7 @@ class CExposureDetails {
     /// Gives back the saved image. -1 for a missing key.
     std::int16_t RestorePosition(const PositionKey& key);
     /// A position row: a new key takes its figures, an existing one adds them.
-    void AddRow(const BKExposureTag& row, const tagSurvPositionData& data);
+    void AddRow(const BKExposureTag& row, const tagSurvPositionData& data, CUndoLog& undo);
 
     // Figures: a missing key gives 0, -1 and the error text ---------------------------------------------------
     std::int16_t GetGrossExposure(Selector side, const PositionKey& key, double& out);

@@ -86,6 +86,8 @@ class CSurvPosition {
         TakeOut(order);
         PutIn(order);
     }
+    /// The new figures alone, for good.
+    void ApplyAddition(const tagOrderInfoForSurv& order) { PutIn(order); }
     /// The same two for a two-leg order.
     void ApplyMarginPlusLeg(const tagOrderInfoForSurv& order);
     void ReverseMarginPlusLeg(const tagOrderInfoForSurv& order);
@@ -108,6 +110,14 @@ class CSurvPosition {
     void MergePositionData(const tagSurvPositionData& other);
     /// As MergePositionData, and takes the last price.
     void AddPositionData(const tagSurvPositionData& other);
+    /// A position row: the first one gives the last price too, later ones are merged.
+    void TakeRow(const tagSurvPositionData& row) {
+        if (data.scripInfo) {
+            MergePositionData(row);
+        } else {
+            AddPositionData(row);
+        }
+    }
 
     // Quantities --------------------------------------------------------------------------------------------
     /// selector as a plain number: 4 and 5 are known too, any other gives -1.

@@ -25,6 +25,11 @@ PositionFamily TreeFamily(std::int16_t productType) {
     return productType == product::kMarginPlus ? PositionFamily::kPlain : FlatFamily(productType);
 }
 
+PositionFamily ClientFamily(std::int16_t productType, Period period) {
+    const bool twoLegs = productType == product::kMarginPlus && period == Period::kExpiry;
+    return twoLegs ? PositionFamily::kMarginPlusSecond : TreeFamily(productType);
+}
+
 PositionFamily RowFamily(const BKExposureTag& row) {
     constexpr std::int16_t kMtfRow = 8;
     if (row.limitMask != 3 && row.limitMask != 0x11) return PositionFamily::kPlain;

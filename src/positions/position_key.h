@@ -33,6 +33,8 @@ struct PositionKey {
 [[nodiscard]] PositionFamily FlatFamily(std::int16_t productType, int leg = 1);
 /// Family of an order's contract in an account's tree.
 [[nodiscard]] PositionFamily TreeFamily(std::int16_t productType);
+/// Family of an order's position by client, in one period's index.
+[[nodiscard]] PositionFamily ClientFamily(std::int16_t productType, Period period);
 /// Family of a position row in the flat sets: delivery, two-leg and MTF rows are told apart on cash settlement masks.
 [[nodiscard]] PositionFamily RowFamily(const BKExposureTag& row);
 

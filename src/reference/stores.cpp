@@ -1,5 +1,6 @@
 #include "reference/stores.h"
 
+#include <cstring>
 #include <memory>
 
 namespace surv {
@@ -29,6 +30,17 @@ tagExposureScripSpecificInfo* ReferenceStores::FindOrMakeScrip(const tagOrderInf
     auto scrip = std::make_unique<tagExposureScripSpecificInfo>();
     FillValues(*scrip, order);
     return &scrips_[store].Insert(order.token, std::move(scrip));
+}
+
+tagExposureScripSpecificInfo* ReferenceStores::FindOrMakeScrip(const BKExposureTag& row,
+                                                               const tagOrderInfoForSurv& order) {
+    if (tagExposureScripSpecificInfo* found = FindScrip(order.ExchangeMask(), order.token)) return found;
+    tagExposureScripSpecificInfo* const scrip = FindOrMakeScrip(order);
+    if (scrip) {
+        std::memcpy(scrip->rowHead, &row, sizeof scrip->rowHead);
+        scrip->rowStamp = row.rowStamp;
+    }
+    return scrip;
 }
 
 const ReferenceStores::AdditionalMargins* ReferenceStores::AdditionalMarginsOf(std::int32_t exchangeMask) const {

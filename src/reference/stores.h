@@ -28,6 +28,9 @@ struct ReferenceStores {
     /// As FindScrip; a missing one is made and filled from the order.
     tagExposureScripSpecificInfo* FindOrMakeScrip(const tagOrderInfoForSurv& order);
 
+    /// The same for a position row, whose head a new record keeps. `order` is filled from the row.
+    tagExposureScripSpecificInfo* FindOrMakeScrip(const BKExposureTag& row, const tagOrderInfoForSurv& order);
+
     /// Keeps the record of an exchange and token, the first standing; a record of any other exchange is dropped.
     void AddAdditionalMargin(const tagAdditionalMarginInfo& record);
     /// Null for a token without a record and for an exchange that has none.

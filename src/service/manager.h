@@ -90,10 +90,13 @@ class CSurveillanceManager {
 
  private:
     void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
-    std::int16_t LoadLimits(CPtrList& list);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);
     bool StoreLoadedRow(BKSurveillanceLimitDefTag& row, RowOwner owner, CSurveillanceCategory& category);
+    std::int16_t LoadExposure(BKExposureTag& row, RowOwner owner);
+    std::int16_t EnterExposure(BKExposureTag& row);
+    void LinkHolder(const BKExposureTag& row, const CodeText& level);
+    void RegisterRow(const BKExposureTag& row, CSurveillanceCategory& category);
     /// Enters a new category, and files it by the levels of its first row where categories are filed.
     void StoreCategory(const CodeText& code, std::unique_ptr<CSurveillanceCategory> category, std::int16_t entityLevel,
                        std::int16_t subLevel);
@@ -102,8 +105,9 @@ class CSurveillanceManager {
 
     SurvContext& context_;
     TrialBuffers buffers_;
-    /// Rows of the start that live on: limit entries work on them.
+    /// Rows of the start that live on: limit entries work on theirs.
     std::unordered_map<const void*, std::unique_ptr<BKSurveillanceLimitDefTag>> adoptedRows_;
+    std::unordered_map<const void*, std::unique_ptr<BKExposureTag>> adoptedExposures_;
 };
 
 }  // namespace surv

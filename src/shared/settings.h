@@ -50,6 +50,8 @@ struct Settings {
     /// positionMode 2 or 3, or positions built from orders: positions by client are held inside categories, and the
     /// rows handed in at the start stay alive.
     [[nodiscard]] bool HoldsClientPositions() const { return RowsAreLive() || orderBasedPosition == 1; }
+    /// Position rows fill the positions by client of their accounts; in mode 1 orders don't.
+    [[nodiscard]] bool RowsFillClientPositions() const { return positionMode == 1 || HoldsClientPositions(); }
     /// The class flags follow the mask, but a flag that is on stays on.
     void WidenMtmClasses(std::int16_t mask);
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "memory/failing_memory.h"
+#include "positions/exposure_row.h"
 #include "support/scenario.h"
 
 namespace surv::test {
@@ -23,7 +24,7 @@ bool CheckWithin(CScenario& s, const OrderSpec& order, long allocations) {
         done = false;
     }
     allocationsLeft = -1;
-    FreeRows<BKSurveillanceLimitDefTag>(rows);
+    s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<BKSurveillanceLimitDefTag>(rows);
     EXPECT_TRUE(!done || status == status::kPass);
     return done;
 }
@@ -34,15 +35,21 @@ TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
     updatedBelow.levelCheckFlags = 0b0000'0110;  // group and dealer are checked, the client takes it in
     OrderSpec sameTwice;
     sameTwice.dealer = "C1";
+    OrderSpec summed = updatedBelow;
+    summed.clientType = 1;
     const struct {
         const char* name;
         const OrderSpec& order;
-    } cases[] = {{"every level checked", checked},
-                 {"client only updated", updatedBelow},
-                 {"one category at two levels", sameTwice}};
+        std::int16_t positionMode;
+        std::int16_t orderBased;
+    } cases[] = {{"every level checked", checked, 0, 0},
+                 {"client only updated", updatedBelow, 0, 0},
+                 {"one category at two levels", sameTwice, 0, 0},
+                 {"positions by client", summed, 2, 1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        CScenario s;
+        CScenario s({.positionMode = c.positionMode});
+        s.library.context.settings.orderBasedPosition = c.orderBased;
         s.House(2);
         for (const char* entity : {"-", "G1", "D1", "C1"}) s.Limit(entity, 3);
         const std::string before = s.Dump();
@@ -54,7 +61,35 @@ TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
         }
         EXPECT_GT(allocations, 5);
         EXPECT_NE(s.Dump(), before);
+        if (s.library.context.settings.RowsAreLive()) {
+            constexpr long kRowsHandedOut = 8;
+            EXPECT_TRUE(CheckWithin(s, c.order, kRowsHandedOut)) << "known accounts need no memory but the list's";
+        }
     }
+}
+
+TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
+    CScenario s({.positionMode = 2});
+    s.Limit("-", 9);
+    CSurveillanceCategory& root = *s.library.manager->FindCategory("-");
+    BKExposureTag row = PositionRow("-", 9, 100);
+    row.clientLevelType = 1;  // summed under a '+' account as well
+    tagOrderInfoForSurv order;
+    FillExposureValuesToOrderInfo(row, order);
+    order.scripInfo = s.library.context.stores.FindOrMakeScrip(row, order);
+    const std::string before = s.Dump();
+    for (long allocations = 0, done = 0; !done; ++allocations) {
+        ASSERT_LT(allocations, 1000);
+        allocationsLeft = allocations;
+        try {
+            done = root.AddPositionRow(row, order) == kDone;
+        } catch (const std::bad_alloc&) {
+        }
+        allocationsLeft = -1;
+        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
+        ASSERT_EQ(s.Dump() == before, done == 0) << allocations;
+    }
+    EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 9)->data.tradedBuyQty, 100);
 }
 
 }  // namespace

@@ -127,18 +127,102 @@ TEST_F(Load, AFailingRowStaysFirstAndARetryGoesOnFromIt) {
     }
 }
 
-TEST_F(Load, TheShortFormStartsAFreshLibraryButPositionRowsNone) {
-    CPtrList exposures;
-    BKExposureTag position{};
-    exposures.AddTail(&position);
+TEST_F(Load, TheShortFormStartsAFreshLibrary) {
     Add(limits, "C1");
-    EXPECT_EQ(library.Restart(0, {.limits = &limits, .exposures = &exposures}), kNotDone);
-    EXPECT_EQ(texts, std::vector<std::string>{"Surveillance Manager initialization Failed"});
-    EXPECT_EQ(limits.GetCount() + exposures.GetCount(), 2) << "nothing is taken";
-    EXPECT_TRUE(library.manager->categories.Empty());
-    exposures.RemoveAll();
-    EXPECT_EQ(library.Restart(0, {.limits = &limits, .exposures = &exposures}), kDone);
+    EXPECT_EQ(library.Restart(0, {.limits = &limits}), kDone);
     EXPECT_NE(library.manager->FindCategory("C1"), nullptr);
+}
+
+TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{1}, std::int16_t{2}, std::int16_t{3}}) {
+        SCOPED_TRACE(mode);
+        const bool adopted = mode >= 2;
+        Add(limits, "C1");
+        CPtrList exposures;
+        exposures.AddTail(new BKExposureTag(PositionRow("C1", 3, 100)));
+        exposures.AddTail(nullptr);
+        exposures.AddTail(new BKExposureTag(PositionRow("NONE", 3, 5, "C1", 77)));  // names no category
+        static_cast<BKExposureTag*>(exposures.AddTail(new BKExposureTag(PositionRow("C1", 3, 5)))->element)
+            ->marketSegment = 9;  // no market: nothing is registered for it
+        auto* failing = new BKExposureTag(PositionRow("C1", 3, 1));
+        WriteField(failing->contract.optionType, "DD");
+        exposures.AddTail(failing);
+        exposures.AddTail(new BKExposureTag(PositionRow("C1", 2, 8)));
+        const Library::StartSettings settings{.positionMode = mode};
+        EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kNotDone);
+        EXPECT_EQ(TakeLog(),
+                  "Invalid Periodicity  C1, C1, 2885, 3 ((AddExposures)CSurveillanceManager::Initialize) \n");
+        EXPECT_EQ(exposures.GetCount(), adopted ? 6 : 2) << "what is left starts with the failing row";
+        EXPECT_NE(library.context.stores.FindScrip(kMaskNseCash, 77), nullptr);
+
+        WriteField(failing->contract.optionType, "");  // put right; a retry counts nothing twice
+        EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kDone);
+        EXPECT_EQ(exposures.GetCount(), adopted ? 6 : 0);
+        EXPECT_EQ(library.manager->broadcastHash.Size(), 1);
+        const CSurveillanceCategory& client = *library.manager->FindCategory("C1");
+        const PositionKey key{kMaskNseCash, PositionFamily::kPlain, 2885};
+        EXPECT_EQ(client.Book(Period::kExpiry).exposures.Find(key)->data.tradedBuyQty, 101);
+        EXPECT_EQ(client.Book(Period::kDaily).exposures.Find(key)->data.tradedBuyQty, 8);
+        library.CleanUp();
+        limits.RemoveAll();
+        exposures.RemoveAll();
+    }
+}
+
+TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
+    for (const char* code : {"C1", "C2"}) Add(limits, code);
+    CPtrList exposures;
+    const auto add = [&](const char* level, std::int16_t mask, std::int32_t token, std::int32_t multiplier,
+                         const char* family) {
+        auto* row = new BKExposureTag(PositionRow(level, mask, 20, "C1", token));
+        row->priceMultiplier = multiplier;
+        WriteField(row->familyCode, family);
+        exposures.AddTail(row);
+    };
+    add("C1", 5, 50, 1, "F1");
+    add("C2", 5, 50, 7, "  ");
+    add("C1", 0x101, 60, 20000, "");
+    add("C1", 0x101, 61, 0, "");
+    ASSERT_EQ(library.Start({.rpfMarginMode = 1, .featureBits = 0x10}, {.limits = &limits, .exposures = &exposures}),
+              kDone);
+    const CSurveillanceManager& manager = *library.manager;
+    EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
+    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
+    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 60))->closePrice, 12500) << "half, at a multiplier of 2";
+    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 61))->closePrice, 25000);
+    EXPECT_EQ(library.context.stores.FindScrip(kMaskNseDerivatives, 50)->priceMultiplier, 1) << "the first row's";
+    EXPECT_EQ(*library.context.stores.clientFamilyMap.Find("C1"), std::string_view{"F1"});
+    EXPECT_EQ(library.context.stores.clientFamilyMap.Find("C2"), nullptr);
+}
+
+TEST_F(Load, TheCloseOfAStartMarginsWhatTheRowsBrought) {
+    tagRPFUnderlyingRecord underlying{};
+    underlying.underlyingToken = 26000;
+    library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
+    tagRPFContractRecord contract{};
+    contract.token = 50;
+    contract.underlyingToken = 26000;
+    contract.contract.expiryDate = library.context.clock.TradingDayBase() + 30 * 86400;
+    contract.riskArray[3] = 10;
+    library.context.risk.live.StoreContract(contract, kMaskNseDerivatives);
+
+    CPtrList exposures;
+    for (const char* level : {"-", "C1"}) {
+        Add(limits, level, 0xD);
+        BKExposureTag row = PositionRow(level, 5, 10, "C1", 50);
+        row.clientLevelType = 1;  // the root sums the account under another one, which must not count again
+        row.underlyingToken = 26000;
+        row.contract.expiryDate = contract.contract.expiryDate;
+        exposures.AddTail(new BKExposureTag(row));
+    }
+    ASSERT_EQ(library.Start({.rpfMarginMode = 1, .positionMode = 2}, {.limits = &limits, .exposures = &exposures}),
+              kDone);
+    for (const char* level : {"-", "C1"}) {
+        const CSurveillanceCategory& category = *library.manager->FindCategory(level);
+        EXPECT_EQ(category.Book(Period::kExpiry).accounts.accounts.Size(), level[0] == '-' ? 2 : 1);
+        const LimitRow& row = category.FindRow(0xD, kAllSecurities)->Row();
+        EXPECT_EQ((Figures{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), (Figures{100, 100, 100}));
+    }
 }
 
 TEST(LoadedRows, OddValuesLoadAndJudge) {

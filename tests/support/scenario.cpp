@@ -146,6 +146,7 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
     DumpValue(out, account.levelTypes);
+    DumpValue(out, account.listed);
     for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
         if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
@@ -153,6 +154,32 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
             if (position && position->data.scripInfo) DumpPosition(out, position->data);
         }
     }
+}
+
+void DumpClientBook(std::string& out, const CClientBook& book) {
+    for (const Period period : kPeriods) {
+        const CClientBook::Side& side = book.Of(period);
+        for (const auto& scrip : side.positions.scrips) {
+            for (const auto& holder : *scrip.value) {
+                if (!holder.value->position.data.scripInfo) continue;
+                DumpValue(out, scrip.key.Printed());
+                out.append(holder.key.View());
+                DumpPosition(out, holder.value->position.data);
+            }
+        }
+        for (std::size_t group = 0; group < kProductGroupCount; ++group) {
+            for (const CClientExposure* account : side.lists.Of(static_cast<ProductGroup>(group))) {
+                DumpValue(out, account);
+            }
+            out.push_back(';');
+        }
+    }
+    book.totals.ForEach([&out](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
+        if (!total.data.scripInfo) return;
+        DumpValue(out, group);
+        DumpValue(out, mask);
+        DumpPosition(out, total.data);
+    });
 }
 
 }  // namespace
@@ -169,6 +196,25 @@ BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask,
     row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
     row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
     row.mtmLossMultiplier = row.marginMultiplier = -1;
+    return row;
+}
+
+BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_t traded, std::string_view account,
+                          std::int32_t token) {
+    BKExposureTag row{};
+    Put(row.levelCode, level);
+    Put(row.groupCode, "G1");
+    Put(row.accountCode, account);
+    row.marketSegment = LimitMaskToSegment(mask);
+    row.limitMask = mask;
+    row.token = token;
+    row.clientLevelType = 2;
+    row.priceMultiplier = 1;
+    row.lastPrice = 25000;
+    (traded > 0 ? row.orderBuyQty : row.orderSellQty) = std::abs(traded);
+    (traded > 0 ? row.orderBuyValue : row.orderSellValue) = std::abs(traded) * 25000.0;
+    (traded > 0 ? row.tradedBuyQty : row.tradedSellQty) = std::abs(traded);
+    (traded > 0 ? row.tradedBuyValue : row.tradedSellValue) = std::abs(traded) * 25000.0;
     return row;
 }
 
@@ -360,6 +406,9 @@ std::string CScenario::Dump() const {
             DumpSet(out, book.clientLevelExposures);
             for (const auto& account : book.accounts.accounts) DumpAccount(out, account.key, *account.value);
         }
+        static const CClientBook kNoBook;  // one that is empty says as much as none
+        const CClientBook* clients = category.value->FindClientBook();
+        DumpClientBook(out, clients ? *clients : kNoBook);
     }
     return out;
 }

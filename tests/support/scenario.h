@@ -18,6 +18,10 @@ namespace surv::test {
 [[nodiscard]] BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask,
                                                    std::int32_t token = kAllSecurities);
 
+/// A position row of a client (type 2) in its mask's segment: traded above 0 is bought, below 0 sold, at 250.00.
+[[nodiscard]] BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_t traded,
+                                        std::string_view account = "C1", std::int32_t token = 2885);
+
 /// An order as a test writes it. The defaults are a client's margin buy of 100 at 250.00 on NSE, checked everywhere.
 struct OrderSpec {
     std::int16_t messageCode = 2000;

@@ -1,0 +1,70 @@
+// Position rows and prices of one account.
+
+#include <memory>
+
+#include "platform/host_list.h"
+#include "positions/accounts.h"
+#include "positions/exposure_row.h"
+
+namespace surv {
+
+void CScripExposure::SetDayData(const tagSurvPositionData& daily, const TreeContext& context) {
+    context.Save(dayPosition.data);
+    dayPosition.data = {};
+    dayPosition.MergePositionData(daily);
+    dayPosition.data.ownerInfo = position.data.ownerInfo;
+}
+
+ScripPath CClientExposure::AddRow(tagSurvPositionData row, const tagOrderInfoForSurv& order,
+                                  const TreeContext& context) {
+    row.ownerInfo = OwnerOf(order);
+    const ScripPath path = FindOrMakePath(order, context.settings);
+    context.Save(path.scrip->position.data);
+    path.scrip->position.TakeRow(row);
+    if (IsSegment(order.marketSegment)) AddSegmentRow(row, order, context);
+    context.Save(levelTypes);
+    levelTypes = {ownerInfo->clientLevelType, ownerInfo->groupLevelType, ownerInfo->subClientLevelType};
+    return path;
+}
+
+void CClientExposure::AddSegmentRow(const tagSurvPositionData& row, const tagOrderInfoForSurv& order,
+                                    const TreeContext& context) {
+    if (context.settings.RowsFillClientPositions()) {
+        const bool mtf = order.productType == product::kMtf;
+        CSurvPosition& position =
+            SegmentPosition(order.marketSegment, mtf ? ProductGroup::kMtf : ProductGroup::kNormal);
+        context.Save(position.data);
+        position.MergePositionData(row);
+    }
+    SegmentFigures& figures = FiguresOf(order.marketSegment);
+    context.Save(figures);
+    figures.openValueSum += row.openPositionValue;
+    figures.AddMtm(row.mtmValue, +1.0);
+}
+
+void CClientExposure::ApplyPrice(const tagOrderInfoForSurv& order, CSurvPosition position, const Settings& settings) {
+    CSurvPosition priced = position;
+    priced.SetLastPrice(order);
+    MoveSegmentMtm(order, position, priced, TreeContext{settings});
+    if (CScripExposure* scrip = FindScrip(order, settings)) scrip->position.SetLastPrice(order);
+}
+
+void CClientExposure::CollectPositions(std::int16_t mask, std::int32_t token,
+                                       std::vector<const CSurvPosition*>& list) const {
+    if (token != kAllSecurities) return;
+    ForEachScrip([&](const CScripExposure& scrip) {
+        if (!scrip.IsBlank() && MaskWithin(scrip.position.data.limitMask, mask)) list.push_back(&scrip.position);
+    });
+}
+
+void CClientExposure::CollectRows(std::int16_t mask, std::int32_t token, CPtrList& list) const {
+    std::vector<const CSurvPosition*> positions;
+    CollectPositions(mask, token, positions);
+    for (const CSurvPosition* position : positions) {
+        auto row = std::make_unique<BKExposureTag>();
+        FillRowFromPosition(position->data, *row);
+        HandOver(list, std::move(row));
+    }
+}
+
+}  // namespace surv
