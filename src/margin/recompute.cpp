@@ -54,11 +54,20 @@ tagOrderInfoForSurv OrderOf(const CSurveillanceManager& manager, const CRPFUnder
 void CMarginRun::Add(const CRPFUnderlyingWiseInfo& underlying, const CRPFContractWiseInfo& contract) {
     tagOrderInfoForSurv order = OrderOf(manager_, underlying, contract);
     if (!IsMargined(order)) return;
-    const CTokenCategories* reached =
-        manager_.rpfCategoriesByToken.Find(SegmentTokenKey(order.ExchangeMask(), order.token));
-    if (!reached) return;
+    // By orders, open ones too, and by trades.
+    const std::int16_t exchangeMask = order.ExchangeMask();
+    const CTokenCategories* reached = manager_.rpfCategoriesByToken.Find(SegmentTokenKey(exchangeMask, order.token));
+    const CBroadcastScrip* traded = manager_.broadcastHash.Find(PlainKey(exchangeMask, order.token));
+    if (!reached && !traded) return;
     ++contracts_;
-    for (CSurveillanceCategory* category : reached->categories) Collect(*category, order);
+    if (reached) {
+        for (CSurveillanceCategory* category : reached->categories) Collect(*category, order);
+    }
+    if (traded) {
+        for (CSurveillanceCategory* category : traded->categories) {
+            if (!reached || !reached->categories.Contains(category)) Collect(*category, order);
+        }
+    }
     Replace(order);
 }
 
