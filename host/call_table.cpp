@@ -118,6 +118,29 @@ void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
 }
 
 // ---------------------------------------------------------------------------------------------------------------
+// Product and security reference data. The records are copied, so the lists stay the host's.
+
+template <class Record, auto Function>
+void CallLoad(Session&, const Arguments& arguments, Json& answer) {
+    RowList<Record> records;
+    arguments.AddRows("records", records);
+    answer["result"] = Function(records.Get());
+}
+
+void CallTokenInfo(Session&, const Arguments& arguments, Json& answer) {
+    RowList<tagTokenPriceRecord> records;
+    arguments.AddRows("records", records);
+    answer["result"] = ::InitializeTokenInfo(records.Get(), arguments.Short("sellPriceBandPercent"),
+                                             arguments.Short("sellPriceTestOn"), arguments.Short("buyPriceBandPercent"),
+                                             arguments.Short("buyPriceTestOn"));
+}
+
+void CallSetBasket(Session&, const Arguments& arguments, Json& answer) {
+    auto record = arguments.Record<tagProductTypeScripBasket>("record");
+    answer["result"] = ::AddUpdateProductMasterInfo(&record);
+}
+
+// ---------------------------------------------------------------------------------------------------------------
 // Preferences
 
 /// The records are copied, so the list stays the host's.
@@ -259,11 +282,13 @@ constexpr std::array kCalls{
     Call{"InitializeAllAdditionalMarginInfo", "map", &CallAdditionalMargin},
     Call{"InitializeMCXMarginInfo", "records", nullptr},
     Call{"InitializeNCDEXExposureMarginInfo", "records", nullptr},
-    Call{"InitializeProductMasterInfo", "records", nullptr},
-    Call{"InitializeCompulsoryDeliverySeriesInfo", "records", nullptr},
+    Call{"InitializeProductMasterInfo", "records",
+         &CallLoad<tagProductTypeScripBasket, &::InitializeProductMasterInfo>},
+    Call{"InitializeCompulsoryDeliverySeriesInfo", "records",
+         &CallLoad<tagCompulsoryDeliverySeries, &::InitializeCompulsoryDeliverySeriesInfo>},
     Call{"InitializeTokenInfo", "records sellPriceBandPercent sellPriceTestOn buyPriceBandPercent buyPriceTestOn",
-         nullptr},
-    Call{"AddUpdateProductMasterInfo", "record", nullptr},
+         &CallTokenInfo},
+    Call{"AddUpdateProductMasterInfo", "record", &CallSetBasket},
     Call{"InitializeClientPreferencesInfo", "preferences", &CallInitializePreferences},
     Call{"AddUpdateClientPreferencesInfo", "preference", &CallAddPreference},
     Call{"GetClientPreferencesInfo", "scope code exchange", &CallGetPreferences},

@@ -244,6 +244,23 @@ constexpr auto kPreference = [] {
                       FIELD(fundFlags)};
 }();
 
+constexpr auto kScripBasket = [] {
+    using R = tagProductTypeScripBasket;
+    return std::array{FIELD(token),         FIELD(productFlags), FIELD(firstLegBand),
+                      FIELD(secondLegBand), FIELD(dailyBand),    FIELD(basePrice)};
+}();
+
+constexpr auto kTokenPrice = [] {
+    using R = tagTokenPriceRecord;
+    return std::array{FIELD(token),  FIELD(exchange), FIELD(symbol),     FIELD(series),         FIELD(priceA),
+                      FIELD(priceB), FIELD(priceC),   FIELD(closePrice), FIELD(lastTradedPrice)};
+}();
+
+constexpr auto kCompulsorySeries = [] {
+    using R = tagCompulsoryDeliverySeries;
+    return std::array{FIELD(series), FIELD(exchange)};
+}();
+
 #undef FIELD
 
 }  // namespace
@@ -273,6 +290,9 @@ RECORD(tagBreachRow, kBreachRow)
 RECORD(tagRPFUnderlyingRecord, kRiskUnderlying)
 RECORD(tagRPFContractRecord, kRiskContract)
 RECORD(tagAdditionalMarginInfo, kAdditionalMargin)
+RECORD(tagProductTypeScripBasket, kScripBasket)
+RECORD(tagTokenPriceRecord, kTokenPrice)
+RECORD(tagCompulsoryDeliverySeries, kCompulsorySeries)
 RECORD(BKSurveillanceLimitDefTag, kLimitRow)
 RECORD(BKExposureTag, kPositionRow)
 RECORD(tagClientRiskPreferenceInfoForSurv, kPreference)
@@ -291,6 +311,9 @@ std::span<const RecordTable* const> AllTables() {
                                  &TableOf<tagRPFUnderlyingRecord>(),
                                  &TableOf<tagRPFContractRecord>(),
                                  &TableOf<tagAdditionalMarginInfo>(),
+                                 &TableOf<tagProductTypeScripBasket>(),
+                                 &TableOf<tagTokenPriceRecord>(),
+                                 &TableOf<tagCompulsoryDeliverySeries>(),
                                  &TableOf<BKSurveillanceLimitDefTag>(),
                                  &TableOf<BKExposureTag>(),
                                  &TableOf<tagClientRiskPreferenceInfoForSurv>()};

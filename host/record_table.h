@@ -128,6 +128,12 @@ const RecordTable& TableOf<tagRPFContractRecord>();
 template <>
 const RecordTable& TableOf<tagAdditionalMarginInfo>();
 template <>
+const RecordTable& TableOf<tagProductTypeScripBasket>();
+template <>
+const RecordTable& TableOf<tagTokenPriceRecord>();
+template <>
+const RecordTable& TableOf<tagCompulsoryDeliverySeries>();
+template <>
 const RecordTable& TableOf<BKSurveillanceLimitDefTag>();
 template <>
 const RecordTable& TableOf<BKExposureTag>();

@@ -667,6 +667,64 @@ static_assert(offsetof(tagAdditionalMarginInfo, sellExposureRate) == 56);
 static_assert(offsetof(tagAdditionalMarginInfo, buyExposureRate) == 60);
 
 // ---------------------------------------------------------------------------------------------------------------
+// Product and security reference data
+
+/// Which products a scrip allows, and its price bands.
+struct [[gnu::packed]] tagProductTypeScripBasket {  // 81 bytes
+    char host0[24];
+    char host24[17];
+    std::int32_t token;                     //  41
+    std::int16_t productFlags;              //  45  1 margin, 2 delivery, 4 Margin+, 8 MTF
+    std::int32_t firstLegBand;              //  47  ten-thousandths of a price
+    std::int32_t secondLegBand;             //  51  ten-thousandths of a price
+    std::int32_t dailyBand;                 //  55  ten-thousandths of a price
+    std::int32_t basePrice;                 //  59  paise
+    char host63[18];
+};
+static_assert(sizeof(tagProductTypeScripBasket) == 81 && std::is_trivially_copyable_v<tagProductTypeScripBasket> &&
+              std::is_standard_layout_v<tagProductTypeScripBasket>);
+static_assert(offsetof(tagProductTypeScripBasket, token) == 41);
+static_assert(offsetof(tagProductTypeScripBasket, productFlags) == 45);
+static_assert(offsetof(tagProductTypeScripBasket, firstLegBand) == 47);
+static_assert(offsetof(tagProductTypeScripBasket, secondLegBand) == 51);
+static_assert(offsetof(tagProductTypeScripBasket, dailyBand) == 55);
+static_assert(offsetof(tagProductTypeScripBasket, basePrice) == 59);
+
+/// A cash token and its last prices.
+struct [[gnu::packed]] tagTokenPriceRecord {  // 42 bytes
+    std::int32_t token;                     //   0
+    std::int16_t exchange;                  //   4  exchange mask; only 1 is kept
+    char symbol[13];                        //   6
+    char series[3];                         //  19
+    std::int32_t priceA;                    //  22  written by the broadcast
+    std::int32_t priceB;                    //  26
+    std::int32_t priceC;                    //  30
+    std::int32_t closePrice;                //  34  paise
+    std::int32_t lastTradedPrice;           //  38  paise
+};
+static_assert(sizeof(tagTokenPriceRecord) == 42 && std::is_trivially_copyable_v<tagTokenPriceRecord> &&
+              std::is_standard_layout_v<tagTokenPriceRecord>);
+static_assert(offsetof(tagTokenPriceRecord, token) == 0);
+static_assert(offsetof(tagTokenPriceRecord, exchange) == 4);
+static_assert(offsetof(tagTokenPriceRecord, symbol) == 6);
+static_assert(offsetof(tagTokenPriceRecord, series) == 19);
+static_assert(offsetof(tagTokenPriceRecord, priceA) == 22);
+static_assert(offsetof(tagTokenPriceRecord, priceB) == 26);
+static_assert(offsetof(tagTokenPriceRecord, priceC) == 30);
+static_assert(offsetof(tagTokenPriceRecord, closePrice) == 34);
+static_assert(offsetof(tagTokenPriceRecord, lastTradedPrice) == 38);
+
+/// A series whose scrips are delivered whatever the order says.
+struct [[gnu::packed]] tagCompulsoryDeliverySeries {  // 5 bytes
+    char series[3];                         //   0
+    std::int16_t exchange;                  //   3  exchange mask: 1 or 8
+};
+static_assert(sizeof(tagCompulsoryDeliverySeries) == 5 && std::is_trivially_copyable_v<tagCompulsoryDeliverySeries> &&
+              std::is_standard_layout_v<tagCompulsoryDeliverySeries>);
+static_assert(offsetof(tagCompulsoryDeliverySeries, series) == 0);
+static_assert(offsetof(tagCompulsoryDeliverySeries, exchange) == 3);
+
+// ---------------------------------------------------------------------------------------------------------------
 // Preferences
 
 /// How one entity is margined at one exchange. The bytes from exchange on travel into the order record.

@@ -21,7 +21,6 @@ struct tagBcastMBOOrMBPTouchline;
 struct tagBcastUpdateSecurityInfo;
 struct tagCheckSurveillanceInfo;
 struct tagDPUpload;
-struct tagProductTypeScripBasket;
 struct tagRMSFundAllocationRequest;
 struct tagUpdateSurveillanceInfo;
 
@@ -129,9 +128,14 @@ SURVEILLANCE_API short InitializeClientPreferencesInfo(CPtrList* preferences, CP
 SURVEILLANCE_API short GetClientPreferencesInfo(int scope, char* code, short exchange, CPtrList* result) noexcept;
 /// Adds or changes one record; bit 0 of marginFlags of the caller's record may change.
 SURVEILLANCE_API short AddUpdateClientPreferencesInfo(tagClientRiskPreferenceInfoForSurv* preference) noexcept;
+/// The list holds tagProductTypeScripBasket; the records are copied, the first of a token stands.
 SURVEILLANCE_API short InitializeProductMasterInfo(CPtrList* records) noexcept;
+/// Adds or changes one record. Null does nothing.
 SURVEILLANCE_API short AddUpdateProductMasterInfo(tagProductTypeScripBasket* record) noexcept;
+/// The list holds tagCompulsoryDeliverySeries; those of NSE and BSE cash are kept.
 SURVEILLANCE_API short InitializeCompulsoryDeliverySeriesInfo(CPtrList* records) noexcept;
+/// Stores the tests of option prices against the underlying: bands in percent, a test of 1 is on. The list holds
+/// tagTokenPriceRecord; those of NSE cash are copied, the first of a token stands.
 SURVEILLANCE_API short InitializeTokenInfo(CPtrList* records, short sellPriceBandPercent, short sellPriceTestOn,
                                            short buyPriceBandPercent, short buyPriceTestOn) noexcept;
 /// Accepted; reads nothing.

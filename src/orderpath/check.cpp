@@ -61,7 +61,7 @@ Refusal NoRiskParameters(const OrderIntake& intake) {
 /// Products come with their own rules; until then an order in them is refused, not let through. A derivative order
 /// needs no product.
 bool IsServed(const tagOrderInfoForSurv& order) {
-    if (order.productType == product::kMargin) return true;
+    if (order.productType == product::kMargin || order.productType == product::kAmoMargin) return true;
     return order.productType == product::kNone && !IsCashSegment(order.marketSegment);
 }
 
@@ -109,9 +109,10 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
         return refuse(NoRiskParameters(intake));
     }
     order.parentCode = ParentCodeOf(order, request);
-    if (const auto refusal = TestOrderPolicy(*this, request, intake)) return refuse(*refusal);
+    const PolicyAnswer policy = TestOrderPolicy(*this, request, intake, hierarchy);
+    if (policy.end == PolicyEnd::kRefused) return refuse(policy.refusal);
+    if (policy.end == PolicyEnd::kPassesAtOnce) return kDone;
     if (!IsServed(order)) return refuse(NotServed());
-    context_.stores.TakeAdditionalMargin(order);
 
     CLevelWalk walk(*this, request, intake, hierarchy, lists, probe ? CheckMode::kProbe : CheckMode::kReal);
     const CLevelWalk::End end = walk.Run();

@@ -3,21 +3,61 @@
 #include <array>
 
 #include "limits/scrip_trial.h"
-#include "orderpath/hierarchy.h"
+#include "orderpath/policy_tests.h"
 #include "service/manager.h"
 
 namespace surv {
 namespace {
 
-struct PolicyInput {
-    const CSurveillanceManager& manager;
-    const tagSurveillanceInfo& request;
-    const tagOrderInfoForSurv& order;
+PolicyVerdict TakeMarginRates(PolicyInput& in) {
+    in.manager.Context().stores.TakeAdditionalMargin(in.order);
+    return std::nullopt;
+}
+
+/// The exchange lets no one open a position in the scrip.
+PolicyVerdict TestClosedScrip(PolicyInput& in) {
+    constexpr std::int16_t kModeWithTest = 1;
+    constexpr std::uint8_t kNoNewPositions = 1 << 5;
+    const bool closed =
+        in.manager.Context().settings.positionMode == kModeWithTest && (in.request.requestFlags & kNoNewPositions) != 0;
+    if (!closed || IsSquareOffAtRoot(in)) return std::nullopt;
+    return RefusePolicy("New Positions for given scrip are not allowed for ");
+}
+
+PolicyVerdict TestNamesProduct(PolicyInput& in) {
+    const bool named = in.order.productType != product::kNone || !IsCashExchange(in.order.ExchangeMask());
+    return named ? std::nullopt : RefusePolicy("Wrong Product type ");
+}
+
+PolicyVerdict NoteCompulsoryDelivery(PolicyInput& in) {
+    const std::int16_t mask = in.order.ExchangeMask();
+    if (IsCashExchange(mask)) {
+        const SeriesKey key(mask, FieldText(in.order.contract.series));
+        in.order.compulsoryDelivery = in.manager.Context().products.compulsoryDeliverySeries.Contains(key);
+    }
+    return std::nullopt;
+}
+
+/// NRI clients and series of compulsory delivery take deliveries alone.
+PolicyVerdict TestNeedsDelivery(PolicyInput& in) {
+    const std::int16_t product = in.order.productType;
+    const bool delivery = product == product::kDelivery || product == product::kAmoDelivery;
+    const bool nri = in.order.nriClient && IsCashExchange(in.order.ExchangeMask());
+    if (delivery || (!nri && !in.order.compulsoryDelivery)) return std::nullopt;
+    return RefusePolicy("Only Delivery Order Allowed", CodeUse::kNone);
+}
+
+/// In the order in which they run.
+using PolicyTest = PolicyVerdict (*)(PolicyInput&);
+constexpr std::array<PolicyTest, 10> kPolicyTests{
+    &TestProduct,      &TestMarginPlusShape, &TestAfterMarket, &TakeMarginRates,        &TestClosedScrip,
+    &TestNamesProduct, &TestSellPrice,       &TestBuyPrice,    &NoteCompulsoryDelivery, &TestNeedsDelivery,
 };
 
-/// Whether the order only reduces what its account holds at the root.
+}  // namespace
+
 bool IsSquareOffAtRoot(const PolicyInput& in) {
-    const CSurveillanceCategory* root = in.manager.FindCategory(kRootCode);
+    const CSurveillanceCategory* root = in.hierarchy.At(Level::kRoot);
     const CClientExposure* account = root ? root->Book(Period::kExpiry).accounts.FindAccount(in.order) : nullptr;
     if (!account) return false;
     CSurvPosition after;
@@ -28,47 +68,13 @@ bool IsSquareOffAtRoot(const PolicyInput& in) {
     return IsSquareOffOrder(in.order, after);
 }
 
-/// The exchange lets no one open a position in the scrip.
-bool OpensClosedScrip(const PolicyInput& in) {
-    constexpr std::int16_t kModeWithTest = 1;
-    constexpr std::uint8_t kNoNewPositions = 1 << 5;
-    return in.manager.Context().settings.positionMode == kModeWithTest &&
-           (in.request.requestFlags & kNoNewPositions) != 0 && !IsSquareOffAtRoot(in);
-}
-
-bool NamesNoProduct(const PolicyInput& in) {
-    return in.order.productType == product::kNone && IsCashExchange(in.order.ExchangeMask());
-}
-
-/// NRI clients and series of compulsory delivery take deliveries alone.
-bool NeedsDelivery(const PolicyInput& in) {
-    const std::int16_t product = in.order.productType;
-    const bool delivery = product == product::kDelivery || product == product::kAmoDelivery;
-    const bool nri = in.order.nriClient && IsCashExchange(in.order.ExchangeMask());
-    return !delivery && (nri || in.order.compulsoryDelivery);
-}
-
-struct PolicyTest {
-    bool (*refuses)(const PolicyInput&);
-    CodeUse codeUse;
-    const char* text;
-};
-/// In the order of the tests. Those of the product master, the after-market and the option prices come between.
-constexpr std::array kPolicyTests{
-    PolicyTest{&OpensClosedScrip, CodeUse::kErrorCode, "New Positions for given scrip are not allowed for "},
-    PolicyTest{&NamesNoProduct, CodeUse::kErrorCode, "Wrong Product type "},
-    PolicyTest{&NeedsDelivery, CodeUse::kNone, "Only Delivery Order Allowed"},
-};
-
-}  // namespace
-
-std::optional<Refusal> TestOrderPolicy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,
-                                       const OrderIntake& intake) {
-    const PolicyInput input{manager, request, intake.order};
-    for (const PolicyTest& test : kPolicyTests) {
-        if (test.refuses(input)) return Refusal{status::kRefused, code::kRefused, test.codeUse, test.text};
+PolicyAnswer TestOrderPolicy(CSurveillanceManager& manager, tagSurveillanceInfo& request, OrderIntake& intake,
+                             const CHierarchy& hierarchy) {
+    PolicyInput input{manager, request, intake, intake.order, hierarchy};
+    for (const PolicyTest test : kPolicyTests) {
+        if (PolicyVerdict verdict = test(input)) return *std::move(verdict);
     }
-    return std::nullopt;
+    return {};
 }
 
 }  // namespace surv

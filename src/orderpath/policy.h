@@ -1,7 +1,6 @@
 #pragma once
 
-#include <optional>
-
+#include "orderpath/hierarchy.h"
 #include "orderpath/intake.h"
 #include "orderpath/refusal.h"
 
@@ -9,9 +8,22 @@ namespace surv {
 
 class CSurveillanceManager;
 
-/// What an order may be, before any level is asked: the tests run in their order, the first that refuses answers.
+/// How the policy leaves an order.
+enum class PolicyEnd : std::uint8_t {
+    kGoesOn,        ///< into the walk
+    kPassesAtOnce,  ///< no level is asked and no position moves
+    kRefused,
+};
+struct PolicyAnswer {
+    PolicyEnd end = PolicyEnd::kGoesOn;
+    Refusal refusal;
+};
+
+/// What an order may be, before any level is asked: the tests run in their order, the first that refuses answers. They
+/// may change the order's product (an after-market delivery is a delivery from here on), its flags and rates, the level
+/// that the request names as failed, and the price of an option at market in the request.
 /// REQUIRES: parentCode of the order is set.
-[[nodiscard]] std::optional<Refusal> TestOrderPolicy(const CSurveillanceManager& manager,
-                                                     const tagSurveillanceInfo& request, const OrderIntake& intake);
+[[nodiscard]] PolicyAnswer TestOrderPolicy(CSurveillanceManager& manager, tagSurveillanceInfo& request,
+                                           OrderIntake& intake, const CHierarchy& hierarchy);
 
 }  // namespace surv

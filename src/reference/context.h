@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/host_window.h"
 #include "platform/undo_log.h"
+#include "reference/products.h"
 #include "reference/stores.h"
 #include "shared/settings.h"
 
@@ -13,6 +14,7 @@ namespace surv {
 struct SurvContext {
     Settings settings;
     ReferenceStores stores;
+    ProductReference products;
     RiskParameters risk;  ///< not stores: a file replaces them during the day
     CClock clock;
     CHostWindow window;

@@ -339,14 +339,36 @@ short AddUpdateClientPreferencesInfo(tagClientRiskPreferenceInfoForSurv* prefere
     });
 }
 
-short InitializeProductMasterInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
-short AddUpdateProductMasterInfo(tagProductTypeScripBasket* /*record*/) noexcept {
-    return GuardedNotServed(kUpdateNotStarted);
+short InitializeProductMasterInfo(CPtrList* records) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (records) library.context.products.LoadBaskets(*records);
+        return kDone;
+    });
 }
-short InitializeCompulsoryDeliverySeriesInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
-short InitializeTokenInfo(CPtrList* /*records*/, short /*sellPriceBandPercent*/, short /*sellPriceTestOn*/,
-                          short /*buyPriceBandPercent*/, short /*buyPriceTestOn*/) noexcept {
-    return NotServedAtAll();
+
+short AddUpdateProductMasterInfo(tagProductTypeScripBasket* record) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        if (record) manager.Context().products.SetBasket(*record);
+        return kDone;
+    });
+}
+
+short InitializeCompulsoryDeliverySeriesInfo(CPtrList* records) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        if (records) library.context.products.LoadSeries(*records);
+        return kDone;
+    });
+}
+
+short InitializeTokenInfo(CPtrList* records, short sellPriceBandPercent, short sellPriceTestOn,
+                          short buyPriceBandPercent, short buyPriceTestOn) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        surv::ProductReference& products = library.context.products;
+        products.sellPriceTest = {sellPriceBandPercent, sellPriceTestOn == 1};
+        products.buyPriceTest = {buyPriceBandPercent, buyPriceTestOn == 1};
+        if (records) products.LoadTokenPrices(*records);
+        return kDone;
+    });
 }
 
 short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& /*info*/) noexcept {

@@ -53,6 +53,7 @@ void Library::CleanUp() {
     }
     manager.reset();
     context.stores.ClearDay();
+    context.products.ClearDay();
     context.risk.Clear();
     context.settings.started = false;
 }

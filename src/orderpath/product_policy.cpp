@@ -1,0 +1,241 @@
+#include <algorithm>
+#include <array>
+
+#include "orderpath/policy_tests.h"
+#include "platform/format.h"
+#include "reference/preferences.h"
+#include "service/manager.h"
+
+namespace surv {
+namespace {
+
+using Preference = tagClientRiskPreferenceInfoForSurv;
+
+/// The products that a scrip may be closed to, and two that a holder's preference must allow.
+struct ProductPolicy {
+    std::int16_t productType;
+    std::int16_t flag;  ///< in allowedProducts and productFlags
+    const char* name;
+    const char* ownAccountName;  ///< null: no preference is asked here
+};
+constexpr std::array kProducts{
+    ProductPolicy{product::kMarginPlus, 4, "Margin+", "Margin+"},
+    ProductPolicy{product::kMtf, 8, "MTF", "MarginFunding"},
+    ProductPolicy{product::kDelivery, 2, "Delivery", nullptr},
+    ProductPolicy{product::kAmoDelivery, 2, "Delivery", nullptr},
+    ProductPolicy{product::kMargin, 1, "Margin", nullptr},
+    ProductPolicy{product::kAmoMargin, 1, "Margin", nullptr},
+};
+
+const ProductPolicy* PolicyOf(std::int16_t productType) {
+    const auto found = std::find_if(kProducts.begin(), kProducts.end(),
+                                    [productType](const ProductPolicy& p) { return p.productType == productType; });
+    return found == kProducts.end() ? nullptr : &*found;
+}
+
+/// A dealer of these types is its own client.
+bool IsOwnClient(int dealerType) { return dealerType == 4 || dealerType == 45; }
+
+const PreferenceMap* OwnPreferences(const CSurveillanceCategory* category) {
+    return category ? category->ownPreferences : nullptr;
+}
+
+void NameFailedLevel(PolicyInput& in, std::string_view code) { WriteField(in.request.failedLevelCode, code); }
+
+const tagProductTypeScripBasket* BasketOf(const PolicyInput& in) {
+    return in.manager.Context().products.scripBaskets.Find(in.order.token);
+}
+
+std::string SymbolOf(const PolicyInput& in) { return std::string{FieldText(in.order.contract.symbol)}; }
+
+// ---------------------------------------------------------------------------------------------------------------
+// The holder's preference
+
+PolicyVerdict NotSet(const char* name) { return RefusePolicy(Format("%s Order Preference Not Set for ", name)); }
+
+/// A record that forbids the product refuses; none doesn't.
+PolicyVerdict TestRecord(const Preference* record, const ProductPolicy& policy, const char* name) {
+    if (!record || (record->allowedProducts & policy.flag)) return std::nullopt;
+    return RefusePolicy(Format("%s Order Not Allowed for ", name));
+}
+
+/// The dealer's own preferences: a missing record refuses too.
+PolicyVerdict TestDealer(const PolicyInput& in, const ProductPolicy& policy, const char* name) {
+    // Margin+ goes by the exchange that the head of the request names.
+    const std::int32_t exchange =
+        policy.productType == product::kMarginPlus ? in.request.exchangeMask : in.order.ExchangeMask();
+    const Preference* record = OwnPreferences(in.hierarchy.At(Level::kDealer))->Find(exchange);
+    return record ? TestRecord(record, policy, name) : NotSet(name);
+}
+
+/// The client's own preferences, else everybody's.
+PolicyVerdict TestClient(const PolicyInput& in, const ProductPolicy& policy) {
+    const PreferenceMap* map = OwnPreferences(in.hierarchy.At(Level::kClient));
+    if (!map) map = in.manager.defaultRiskPreference;
+    return map ? TestRecord(map->Find(in.order.ExchangeMask()), policy, policy.name) : NotSet(policy.name);
+}
+
+PolicyVerdict TestPreference(PolicyInput& in, const ProductPolicy& policy) {
+    const bool dealerHasOwn = OwnPreferences(in.hierarchy.At(Level::kDealer)) != nullptr;
+    if (in.IsOwnAccount()) {
+        return dealerHasOwn ? TestDealer(in, policy, policy.ownAccountName) : std::nullopt;
+    }
+    if (IsOwnClient(in.request.dealerType) && dealerHasOwn) return TestDealer(in, policy, policy.name);
+    return TestClient(in, policy);
+}
+
+/// Whose preference is asked, as the answer names it.
+std::string_view AskedCode(const PolicyInput& in, const ProductPolicy& policy) {
+    const bool dealer =
+        in.IsOwnAccount() || (policy.productType == product::kMtf && IsOwnClient(in.request.dealerType));
+    return dealer ? FieldText(in.request.dealerCode) : FieldText(in.request.clientCode);
+}
+
+/// A scrip that the product master closes to the product. A scrip without a record is open.
+PolicyVerdict TestScrip(const PolicyInput& in, const ProductPolicy& policy) {
+    const tagProductTypeScripBasket* basket = BasketOf(in);
+    if (!basket || (basket->productFlags & policy.flag)) return std::nullopt;
+    return RefusePolicy(Format("%s Order Not Allowed for the scrip - %s for ", policy.name, SymbolOf(in).c_str()));
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// Two-leg orders. Prices are rupees here, as the texts show them.
+
+constexpr double kPaisePerRupee = 100.0;
+constexpr double kTenThousand = 10000.0;
+constexpr std::int16_t kSecondLeg = 2;
+
+struct PriceRange {
+    double low;
+    double high;
+    [[nodiscard]] bool Holds(double price) const { return price >= low && price <= high; }
+};
+
+struct LegPrices {
+    double first;
+    double second;
+    double trigger;
+
+    explicit LegPrices(const tagOrderInfoForSurv& order)
+        : first(order.firstLegPrice / kPaisePerRupee),
+          second(order.secondLegPrice / kPaisePerRupee),
+          trigger(order.triggerPrice / kPaisePerRupee) {}
+};
+
+PriceRange DayRange(const tagProductTypeScripBasket& basket) {
+    const double base = basket.basePrice / kPaisePerRupee;
+    const double band = base * (basket.dailyBand / kTenThousand);
+    return {base - band, base + band};
+}
+
+/// Between the bands of the two legs, each away from the other.
+PriceRange TriggerRange(const tagProductTypeScripBasket& basket, const LegPrices& prices, bool sells) {
+    const double firstBand = prices.first * (basket.firstLegBand / kTenThousand);
+    const double secondBand = prices.second * (basket.secondLegBand / kTenThousand);
+    const double x = sells ? prices.second - secondBand : prices.first - firstBand;
+    const double y = sells ? prices.first + firstBand : prices.second + secondBand;
+    return {std::min(x, y), std::max(x, y)};
+}
+
+PolicyVerdict TestLegsAgainstEachOther(const tagOrderInfoForSurv& order, const LegPrices& prices) {
+    if (order.marginPlusLeg != kSecondLeg) {
+        if (order.buySell == kBuy && order.firstLegPrice < order.secondLegPrice) {
+            return RefusePolicy(
+                Format("Wrong Price for Margin Plus Buy Order -FirstLegPrice[%.2f] and SecondLegPrice[%.2f] for ",
+                       prices.first, prices.second));
+        }
+        if (order.buySell == kSell && order.firstLegPrice > order.secondLegPrice) {
+            return RefusePolicy(
+                Format("Wrong Price for Margin Plus Sell Order -FirstLegPrice[%.2f] and SecondLegPrice[%.2f] for ",
+                       prices.first, prices.second));
+        }
+    }
+    if (order.triggerPrice != order.secondLegPrice) return std::nullopt;
+    return RefusePolicy(Format(
+        "Trigger Price and Limit Price should not be equal for Margin Plus Order - Trigger Price[%.2f] and Limit "
+        "Price[%.2f] for ",
+        prices.trigger, prices.second));
+}
+
+PolicyVerdict TestRanges(const PolicyInput& in, const tagProductTypeScripBasket& basket, const LegPrices& prices) {
+    const std::string symbol{Trimmed(FieldText(in.order.contract.symbol))};
+    const PriceRange day = DayRange(basket);
+    const PriceRange trigger = TriggerRange(basket, prices, in.order.buySell == kSell);
+    if (!day.Holds(prices.first)) {
+        return RefusePolicy(Format("First Leg Price out of Daily Price Range[%.2f - %.2f] of Symbol-[%s] for ", day.low,
+                                   day.high, symbol.c_str()));
+    }
+    if (!day.Holds(prices.second)) {
+        return RefusePolicy(Format("Limit Price out of Daily Price Range[%.2f - %.2f] of Symbol-[%s] for ", day.low,
+                                   day.high, symbol.c_str()));
+    }
+    if (!trigger.Holds(prices.trigger)) {  // shown from its upper end
+        return RefusePolicy(Format("Trigger Price out of range[%.2f - %.2f] of Symbol-[%s] for ", trigger.high,
+                                   trigger.low, symbol.c_str()));
+    }
+    return std::nullopt;
+}
+
+PolicyVerdict TestLeastValue(const PolicyInput& in, const LegPrices& prices) {
+    const double least = in.manager.Context().settings.marginPlusMinOrderValue;
+    const double value = prices.first * in.order.firstLegQuantity;
+    if (least <= 0 || value >= least) return std::nullopt;
+    return RefusePolicy(
+        Format("Order failed Min. Margin Plus Order Value Check where the limit = %.2f and current value = %.2f for",
+               least, value));
+}
+
+}  // namespace
+
+PolicyVerdict TestProduct(PolicyInput& in) {
+    const ProductPolicy* policy = PolicyOf(in.order.productType);
+    if (!policy) return std::nullopt;
+    if (!policy->ownAccountName) return TestScrip(in, *policy);
+    NameFailedLevel(in, AskedCode(in, *policy));
+    if (policy->productType == product::kMtf && !in.IsOwnAccount()) {
+        if (PolicyVerdict refusal = TestScrip(in, *policy)) return refusal;
+    }
+    return TestPreference(in, *policy);
+}
+
+PolicyVerdict TestMarginPlusShape(PolicyInput& in) {
+    const tagOrderInfoForSurv& order = in.order;
+    if (order.productType != product::kMarginPlus) return std::nullopt;
+    const tagProductTypeScripBasket* basket = BasketOf(in);
+    if (!basket) {
+        NameFailedLevel(in, kRootCode);
+        return RefusePolicy("Product Scrip Basket Info not available for ");
+    }
+    if (PolicyVerdict refusal = TestScrip(in, *PolicyOf(product::kMarginPlus))) return refusal;
+    const LegPrices prices(order);
+    if (PolicyVerdict refusal = TestLegsAgainstEachOther(order, prices)) return refusal;
+
+    constexpr std::int16_t kChange = 2040;
+    const bool second = order.marginPlusLeg == kSecondLeg;
+    if (!second && order.marginPlusLeg != 0) return std::nullopt;
+    const bool unpricedChange = in.intake.view.message->code == kChange && order.firstLegPrice == order.secondLegPrice;
+    if (second && unpricedChange) return std::nullopt;
+    if (PolicyVerdict refusal = TestRanges(in, *basket, prices)) return refusal;
+    return second ? std::nullopt : TestLeastValue(in, prices);
+}
+
+PolicyVerdict TestAfterMarket(PolicyInput& in) {
+    constexpr std::uint8_t kAfterMarketChecked = 1 << 3;  // of fundFlags
+    tagOrderInfoForSurv& order = in.order;
+    const bool delivery = order.productType == product::kAmoDelivery;
+    if (!delivery && order.productType != product::kAmoMargin) return std::nullopt;
+
+    const int dealerType = in.request.dealerType;
+    const bool dealer = in.IsOwnAccount() || IsOwnClient(dealerType) || dealerType == 1;
+    const PreferenceMap* map = OwnPreferences(in.hierarchy.At(dealer ? Level::kDealer : Level::kClient));
+    if (!map) return std::nullopt;
+    const Preference* overall = map->Find(kOverallPreference);
+    if (!overall) return NotSet("AMO");
+    if (!(overall->fundFlags & kAfterMarketChecked)) return PolicyAnswer{PolicyEnd::kPassesAtOnce, {}};
+    if (!delivery) return std::nullopt;
+    if (in.IsOwnAccount()) return RefusePolicy("AMO Pro Delivery Order Not Allowed for .");
+    order.productType = product::kDelivery;
+    return std::nullopt;
+}
+
+}  // namespace surv

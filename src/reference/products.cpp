@@ -1,0 +1,57 @@
+#include "reference/products.h"
+
+#include <cstring>
+
+#include "surveillance/codes.h"
+
+namespace surv {
+namespace {
+
+/// Hands each record of the list to `take`.
+template <class Record, class Take>
+void ForEach(const CPtrList& records, Take take) {
+    for (CPtrList::Position at = records.GetHeadPosition(); at;) {
+        if (const auto* record = static_cast<const Record*>(records.GetNext(at))) take(*record);
+    }
+}
+
+/// The message head isn't kept.
+tagProductTypeScripBasket WithoutHead(const tagProductTypeScripBasket& record) {
+    tagProductTypeScripBasket kept = record;
+    std::memset(kept.host0, 0, sizeof kept.host0);
+    return kept;
+}
+
+}  // namespace
+
+void ProductReference::LoadBaskets(const CPtrList& records) {
+    ForEach<tagProductTypeScripBasket>(records, [this](const tagProductTypeScripBasket& record) {
+        scripBaskets.FindOrMake(record.token, WithoutHead(record));
+    });
+}
+
+void ProductReference::SetBasket(const tagProductTypeScripBasket& record) {
+    scripBaskets.FindOrMake(record.token) = WithoutHead(record);
+}
+
+void ProductReference::LoadSeries(const CPtrList& records) {
+    ForEach<tagCompulsoryDeliverySeries>(records, [this](const tagCompulsoryDeliverySeries& record) {
+        if (IsCashExchange(record.exchange)) {
+            compulsoryDeliverySeries.Insert(SeriesKey(record.exchange, FieldText(record.series)));
+        }
+    });
+}
+
+void ProductReference::LoadTokenPrices(const CPtrList& records) {
+    ForEach<tagTokenPriceRecord>(records, [this](const tagTokenPriceRecord& record) {
+        if (record.exchange == kMaskNseCash) tokenPrices.FindOrMake(record.token, record);
+    });
+}
+
+void ProductReference::ClearDay() {
+    scripBaskets.Clear();
+    compulsoryDeliverySeries.Clear();
+    tokenPrices.Clear();
+}
+
+}  // namespace surv
