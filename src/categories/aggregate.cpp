@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "positions/accounts.h"
 #include "reference/stores.h"
 
 namespace surv {
@@ -42,6 +43,7 @@ FixedText<32> AggregateCode(std::string_view code, AggregateForm form) {
 
 AggregateForm AggregateFormOf(const tagOrderInfoForSurv& order, const LevelPlace& place, const Settings& settings) {
     if (!settings.HoldsClientPositions() || order.accountCode.Empty()) return AggregateForm::kNone;
+    if (IsAggregateCode(order.accountCode.View())) return AggregateForm::kNone;  // it is one itself
     const bool groupless = order.groupLevelType == kGroupless;
     const std::int16_t client = order.clientLevelType;
     if (SumsByDealer(order, place, settings) && (groupless || client == kGroupless || client == kOrdinaryClient)) {

@@ -31,6 +31,13 @@ AccountKey MakeAccountKey(std::string_view groupCode, std::string_view accountCo
     return std::string_view{text, group.size() + 1 + account.size()};
 }
 
+bool IsAggregateCode(std::string_view accountCode) {
+    constexpr std::size_t kDealerPlace = 6;
+    constexpr std::size_t kGroupPlace = 10;
+    const auto plusAt = [accountCode](std::size_t at) { return accountCode.size() > at && accountCode[at] == '+'; };
+    return plusAt(kDealerPlace) || plusAt(kGroupPlace);
+}
+
 UnderlyingKey MakeUnderlyingKey(std::int16_t exchangeMask, std::int32_t underlyingToken, std::int32_t expiryDate,
                                 std::int16_t caLevel, std::int32_t tradingDayBase) {
     const std::int64_t secondsLeft = std::int64_t{expiryDate} - tradingDayBase;
@@ -178,6 +185,7 @@ tagPositionOwnerInfo* CClientExposure::OwnerOf(const tagOrderInfoForSurv& order)
     if (!ownerInfo) {
         ownerInfo = std::make_unique<tagPositionOwnerInfo>();
         FillOwner(*ownerInfo, order);
+        if (IsAggregateCode(order.accountCode.View())) aggregate = true;
     }
     return ownerInfo.get();
 }
@@ -269,7 +277,8 @@ CScripExposure* CClientExposure::FindScrip(const tagOrderInfoForSurv& order, con
 CScripExposure* CClientExposure::FindScripByKey(const PositionKey& key) const {
     for (const auto& underlying : underlyings) {
         for (const auto& expiry : underlying.value->expiries) {
-            if (CScripExposure* scrip = expiry.value->scrips.Find(key)) return scrip;
+            CScripExposure* scrip = expiry.value->scrips.Find(key);
+            if (scrip && !scrip->IsBlank()) return scrip;
         }
     }
     return nullptr;

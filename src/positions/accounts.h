@@ -26,6 +26,9 @@ using AccountKey = FixedText<24>;
     return MakeAccountKey(order.parentCode.View(), order.accountCode.View());
 }
 
+/// The '+' of a code that aggregates a dealer's or a group's holders stands behind its 6 or 10 characters.
+[[nodiscard]] bool IsAggregateCode(std::string_view accountCode);
+
 /// An underlying has up to two nodes in an account: the far months, and the contracts about to expire.
 struct UnderlyingKey {
     std::int16_t keySegment = 0;
@@ -158,7 +161,8 @@ class CClientExposure {
 
     /// The contract of the order; null when the account hasn't got it.
     [[nodiscard]] CScripExposure* FindScrip(const tagOrderInfoForSurv& order, const Settings& settings) const;
-    /// The first contract under the key, over all underlyings and expiries; null when there is none.
+    /// The first contract under the key that holds anything, over all underlyings and expiries; null when there is
+    /// none.
     [[nodiscard]] CScripExposure* FindScripByKey(const PositionKey& key) const;
     /// The contracts whose mask lies within `mask`. Only the token of all securities collects anything.
     void CollectPositions(std::int16_t mask, std::int32_t token, std::vector<const CSurvPosition*>& list) const;

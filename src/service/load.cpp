@@ -107,6 +107,32 @@ std::int16_t TakeRows(CPtrList& list, bool adopts, const Adopted& adoptedRows, L
     return kDone;
 }
 
+/// The place of a row among those adopted, made before anything of the row is entered. It goes again unless it is kept:
+/// a row that a failed start has left is taken at the next one.
+template <class Row>
+class CAdoption {
+ public:
+    using Adopted = std::unordered_map<const void*, std::unique_ptr<Row>>;
+
+    CAdoption(Adopted& adopted, Row& row, bool adopts) : adopted_(adopted), row_(row) {
+        if (adopts) place_ = &adopted_[&row];
+    }
+    CAdoption(const CAdoption&) = delete;
+    CAdoption& operator=(const CAdoption&) = delete;
+    ~CAdoption() {
+        if (place_ && !*place_) adopted_.erase(&row_);
+    }
+    /// The row is the library's from now on, if it is adopted at all.
+    void Keep() {
+        if (place_) place_->reset(&row_);
+    }
+
+ private:
+    Adopted& adopted_;
+    Row& row_;
+    std::unique_ptr<Row>* place_ = nullptr;  ///< null: the row is not adopted
+};
+
 }  // namespace
 
 std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
@@ -147,53 +173,37 @@ std::int16_t CSurveillanceManager::LoadLimit(BKSurveillanceLimitDefTag& row, Row
     }
     ResetFormedFigures(row, context_.settings);
     TakeExposureMarginBit(row, *category);
+    const bool adopts = owner == RowOwner::kAdopted;
     try {
-        if (!StoreLoadedRow(row, owner, *category)) {
+        CAdoption adoption(adoptedRows_, row, adopts);
+        auto entry = adopts ? std::make_unique<CSurvLimitEntry>(&row) : std::make_unique<CSurvLimitEntry>(row);
+        if (!category->LoadSurvLimit(std::move(entry)).Passed()) {
             AppendLogLine(log, LimitFailureLine("", row));
             return kNotDone;
         }
         if (fresh) StoreCategory(code, std::move(fresh), row.entityLevel, row.subLevel);
+        adoption.Keep();
     } catch (const std::bad_alloc&) {
         AppendLogLine(log, LimitFailureLine(kAddNoMemory, row));
         return kNotDone;
     }
-    if (owner == RowOwner::kAdopted && row.subLevel == -1) row.subLevel = 0;
+    if (adopts && row.subLevel == -1) row.subLevel = 0;
     return kDone;
-}
-
-/// False when the token is there already. The place of an adopted row is made before anything points at the row.
-bool CSurveillanceManager::StoreLoadedRow(BKSurveillanceLimitDefTag& row, RowOwner owner,
-                                          CSurveillanceCategory& category) {
-    if (owner == RowOwner::kCopied) return category.LoadSurvLimit(std::make_unique<CSurvLimitEntry>(row)).Passed();
-    auto& place = adoptedRows_[&row];
-    try {
-        if (category.LoadSurvLimit(std::make_unique<CSurvLimitEntry>(&row)).Passed()) {
-            place.reset(&row);
-            return true;
-        }
-    } catch (...) {
-        adoptedRows_.erase(&row);
-        throw;
-    }
-    adoptedRows_.erase(&row);
-    return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------------
 // Position rows
 
 std::int16_t CSurveillanceManager::LoadExposure(BKExposureTag& row, RowOwner owner) {
-    std::int16_t result = kNotDone;
     try {
-        if (owner == RowOwner::kCopied) return EnterExposure(row);
-        auto& place = adoptedExposures_[&row];  // before anything of the row is entered
-        result = EnterExposure(row);
-        if (result == kDone) place.reset(&row);
+        CAdoption adoption(adoptedExposures_, row, owner == RowOwner::kAdopted);
+        if (EnterExposure(row) != kDone) return kNotDone;
+        adoption.Keep();
+        return kDone;
     } catch (const std::bad_alloc&) {
         AppendLogLine(context_.settings.survLogFileName, kNoMemoryLine);
     }
-    if (result != kDone) adoptedExposures_.erase(&row);
-    return result;
+    return kNotDone;
 }
 
 /// What is registered for a row stands once however often it is registered, so it comes first: the positions, which

@@ -92,7 +92,6 @@ class CSurveillanceManager {
     void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);
-    bool StoreLoadedRow(BKSurveillanceLimitDefTag& row, RowOwner owner, CSurveillanceCategory& category);
     std::int16_t LoadExposure(BKExposureTag& row, RowOwner owner);
     std::int16_t EnterExposure(BKExposureTag& row);
     void LinkHolder(const BKExposureTag& row, const CodeText& level);
