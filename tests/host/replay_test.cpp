@@ -25,8 +25,7 @@ std::string Play(const std::string& script, std::string* complaint = nullptr) {
 
 TEST(Replay, AFaultyLineIsNamedAndEarlierAnswersStand) {
     const struct {
-        const char* line;
-        const char* complaint;
+        const char *line, *complaint;
     } cases[] = {
         {R"({"call":"GetTransactionLogList")", "broken JSON at column 32: syntax error"},
         {R"({"call":"GetTransactionLogList"} {})", "broken JSON at column 34: syntax error"},

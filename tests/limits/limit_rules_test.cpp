@@ -270,10 +270,8 @@ TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
 }
 
 TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
-    const struct {
-        const char* tried;  ///< beside the rules of every row; "option": it speaks of purchases
-        std::vector<std::int16_t> masks;
-    } cases[] = {
+    // tried: beside the rules of every row; "option": it speaks of purchases
+    const std::tuple<const char*, std::vector<std::int16_t>> cases[]{
         {"", {4, 0x20, 0x180}},
         {" mode", {5, 0x21}},
         {" option", {8, 0xC, 0xE, 0x40, 0x60, 0x7E, 0x1FE}},
@@ -284,14 +282,14 @@ TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
         {" mtm mode nri option", {0xD, 0xF, 0x61, 0x7F}},
         {" mtm mode pre auto nri option", {0x1FF}},
     };
-    for (const auto& c : cases) {
-        for (const std::int16_t mask : c.masks) {
+    for (const auto& [tried, masks] : cases) {
+        for (const std::int16_t mask : masks) {
             RowBench bench(mask);
             bench.row.netExposureLimit = 0;
             const bool option = bench.Check().text.find("Net Purchase") != std::string::npos;
-            EXPECT_EQ(Refusing(AtLoss(mask)) + (option ? " option" : ""),
-                      std::string{"quantity max.value max.qty min.value min.qty gross net position pending turnover"} +
-                          c.tried)
+            EXPECT_EQ(
+                Refusing(AtLoss(mask)) + (option ? " option" : ""),
+                std::string{"quantity max.value max.qty min.value min.qty gross net position pending turnover"} + tried)
                 << mask;
         }
     }

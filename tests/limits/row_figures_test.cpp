@@ -31,11 +31,7 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
     change.hasStored = true;
     change.storedQuantity = 100;
     change.storedPrice = 25000;
-    const struct {
-        const char* name;
-        const OrderSpec& order;
-        const char* used;
-    } steps[] = {
+    const std::tuple<const char*, const OrderSpec&, const char*> steps[]{
         {"a purchase of 25,000", purchase,
          "order: gross,net 25000 position,turnover 25000; max: gross,net 25000 position,turnover 25000; "
          "open: pending 25000"},
@@ -48,10 +44,10 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
          "max: gross,net 14400 sale 10400 position 14400 turnover 24800; open: pending 24800; "
          "own order: gross 24800 net 14400 sale 10400; own max: gross 24800 net 14400 sale 10400"},
     };
-    for (const auto& step : steps) {
-        SCOPED_TRACE(step.name);
-        ASSERT_TRUE(s.Check(step.order).Passed());
-        for (const char* level : {"D1", "G1", "-"}) EXPECT_EQ(Changes(Row{}, s.Row(level, 3)), step.used) << level;
+    for (const auto& [name, order, used] : steps) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(s.Check(order).Passed());
+        for (const char* level : {"D1", "G1", "-"}) EXPECT_EQ(Changes(Row{}, s.Row(level, 3)), used) << level;
     }
     EXPECT_EQ(Changes(Row{}, s.Row("C2", 3)),
               "order: gross 10400 sale 10400 position -10400 turnover 10400; "
@@ -274,43 +270,38 @@ TEST(RowMtm, LossesCountAndProfitsOnlyIfTheClientHasItSo) {
     constexpr int kMtmProfits = 1 << 1;
     constexpr int kBookedProfits = 1 << 3;
     constexpr int kOthers = 0xFF & ~kMtmProfits & ~kBookedProfits;
-    const struct {
-        int before, after, losses, all;
-    } cases[] = {
+    const std::tuple<int, int, int, int> cases[]{
         {-100, -300, -200, -200}, {-300, -100, 200, 200}, {-100, 0, 100, 100},
         {0, -100, -100, -100},    {-100, 200, 100, 300},  {0, 200, 0, 200},
         {200, -100, -100, -300},  {200, 0, 0, -200},      {200, 500, 0, 300},
         {500, 200, 0, -300},      {0, 0, 0, 0},
     };
-    for (const auto& c : cases) {
+    for (const auto& [before, after, losses, all] : cases) {
         for (const int profits : {0, kMtmProfits, kBookedProfits}) {
-            SCOPED_TRACE(testing::Message() << c.before << " to " << c.after << ", flags " << profits);
+            SCOPED_TRACE(testing::Message() << before << " to " << after << ", flags " << profits);
             Order order;
             order.riskPreference.marginFlags = static_cast<std::uint8_t>(kOthers | profits);
-            const Row row = MovedRow(c.before, c.after, order);
-            EXPECT_EQ(row.usedMtm, 2 * (profits == kMtmProfits ? c.all : c.losses));
-            EXPECT_EQ(row.usedBookedPnl, profits == kBookedProfits ? c.all : c.losses);
-            EXPECT_EQ(row.usedMtmFull, 2 * (c.after - c.before));
+            const Row row = MovedRow(before, after, order);
+            EXPECT_EQ(row.usedMtm, 2 * (profits == kMtmProfits ? all : losses));
+            EXPECT_EQ(row.usedBookedPnl, profits == kBookedProfits ? all : losses);
+            EXPECT_EQ(row.usedMtmFull, 2 * (after - before));
         }
     }
 }
 
 TEST(RowMtm, OptionsNeverCountAndARebuildLaysTheWholeIn) {
-    const struct {
-        std::int16_t segment, recompute, positionMode;
-        double change;
-    } cases[] = {
+    const std::tuple<std::int16_t, std::int16_t, std::int16_t, double> cases[]{
         {1, 0, 1, -200}, {5, 0, 2, -200}, {3, 0, 1, 0},    {6, 0, 1, 0},    {3, 1, 1, 0},
         {1, 1, 0, -200}, {1, 1, 1, -300}, {1, 1, 2, -300}, {1, 1, 3, -300}, {1, 1, 4, -200},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.segment << " " << c.recompute << " " << c.positionMode);
+    for (const auto& [segment, recompute, positionMode, change] : cases) {
+        SCOPED_TRACE(testing::Message() << segment << " " << recompute << " " << positionMode);
         Order order;
-        order.rpfRecomputeFlag = c.recompute;
-        const Row row = MovedRow(-100, -300, order, c.segment, c.positionMode);
-        EXPECT_EQ(row.usedMtm, 2 * c.change);
-        EXPECT_EQ(row.usedMtmFull, 2 * c.change);
-        EXPECT_EQ(row.usedBookedPnl, c.change);
+        order.rpfRecomputeFlag = recompute;
+        const Row row = MovedRow(-100, -300, order, segment, positionMode);
+        EXPECT_EQ(row.usedMtm, 2 * change);
+        EXPECT_EQ(row.usedMtmFull, 2 * change);
+        EXPECT_EQ(row.usedBookedPnl, change);
     }
 }
 

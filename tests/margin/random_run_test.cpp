@@ -201,32 +201,22 @@ class CRandomHouse {
     }
 
     // Orders ------------------------------------------------------------------------------------------------------
-    std::vector<char> Request(const OpenOrder& wish, const OpenOrder* stored, std::uint8_t checkFlags) {
+    OrderSpec SpecOf(const OpenOrder& wish, const OpenOrder* stored = nullptr, std::uint8_t checkFlags = 62) {
         const Contract& contract = contracts_[wish.contract];
-        OrderSpec spec;
-        spec.messageCode = stored ? 2040 : 2000;
-        spec.exchangeMask = contract.exchange;
-        spec.token = contract.record.token;
-        spec.series = "";
+        OrderSpec spec{.exchangeMask = contract.exchange, .token = contract.record.token, .series = ""};
         spec.buySell = wish.side;
-        spec.quantity = wish.quantity;
-        spec.price = wish.price;
-        spec.dealer = DealerCode(wish.client);
-        spec.client = ClientCode(wish.client);
+        spec.quantity = wish.quantity, spec.price = wish.price;
+        spec.dealer = DealerCode(wish.client), spec.client = ClientCode(wish.client);
         spec.levelCheckFlags = checkFlags;
         spec.priceMultiplier = 10000;
         spec.strikePrice = contract.record.contract.strikePrice;
-        if (stored) {
-            spec.hasStored = true;
-            spec.storedQuantity = stored->quantity;
-            spec.storedPrice = stored->price;
-        }
-        std::vector<char> buffer = MakeRequest(spec);
-        auto& head = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
-        auto& order = *reinterpret_cast<tagOrderRequest*>(buffer.data() + sizeof head);
-        head.underlyingToken = contract.record.underlyingToken;
-        order.contract.expiryDate = contract.record.contract.expiryDate;
-        return buffer;
+        spec.expiryDate = contract.record.contract.expiryDate;
+        spec.underlyingToken = contract.record.underlyingToken;
+        spec.hasStored = stored != nullptr;
+        if (!stored) return spec;
+        spec.messageCode = 2040;
+        spec.storedQuantity = stored->quantity, spec.storedPrice = stored->price;
+        return spec;
     }
     OpenOrder Wish() {
         OpenOrder wish{Pick(0, kClients - 1),
@@ -300,8 +290,7 @@ class CRandomHouse {
         const std::uint8_t flags = dice == 0 ? kDealerOnlyTakes : dice == 1 ? kGroupOnlyTakes : kAllChecked;
         const std::vector<Place> before = Places(wish);
         const std::string dump = dumped ? house_.Dump() : std::string();
-        std::vector<char> request = Request(wish, change ? &open_[at] : nullptr, flags);
-        const Answer answer = house_.Send(request);
+        const Answer answer = house_.Check(SpecOf(wish, change ? &open_[at] : nullptr, flags));
         const bool live = contracts_[wish.contract].live;
         const std::string& level = answer.failedLevelCode;
         // The level that refused, among the four, or the one behind the last.
@@ -342,8 +331,7 @@ class CRandomHouse {
     void Enquire(bool dumped) {
         const OpenOrder wish = Wish();
         const std::string dump = dumped ? house_.Dump() : std::string();
-        std::vector<char> request = Request(wish, nullptr, 62);
-        house_.Send(request, /*probe=*/true);
+        house_.Probe(SpecOf(wish));
         ++probes;
         if (dumped && dump != house_.Dump()) Blame("an enquiry left a trace");
         for (const Place& place : Places(wish)) {
@@ -360,7 +348,7 @@ class CRandomHouse {
         const std::vector<Place> before = Places(fill);
 
         Library& library = house_.library;
-        std::vector<char> request = Request(fill, nullptr, 62);
+        std::vector<char> request = MakeRequest(SpecOf(fill));
         auto& head = *reinterpret_cast<tagSurveillanceInfo*>(request.data());
         OrderIntake intake;
         intake.view = ViewRequest(head);
@@ -482,30 +470,18 @@ class CRandomHouse {
     }
 
     // Risk parameters -----------------------------------------------------------------------------------------------
-    template <class Body>
-    void Message(std::int16_t code, std::int16_t segment, const Body& body, std::size_t size, bool toStaging) {
-        tagRPFHeader header{};
-        header.messageCode = code;
-        header.messageLength = static_cast<std::int16_t>(sizeof header + size);
-        header.segment = segment;
-        std::vector<char> bytes(sizeof header + size);
-        std::memcpy(bytes.data(), &header, sizeof header);
-        std::memcpy(bytes.data() + sizeof header, &body, size);
-        const auto length = static_cast<std::int32_t>(bytes.size());
-        EXPECT_EQ(house_.library.ProcessRPFInfo(bytes.data(), length, toStaging), kDone);
-    }
     void SendContract(Contract& contract, bool toStaging) {
         const std::int32_t underlying = contract.record.underlyingToken;
         if (Pick(0, 1) == 0) RenewCharges(contract.exchange, underlying);
         const auto& charges = charges_[SegmentTokenKey(contract.exchange, underlying)];
-        Message(28006, contract.exchange, charges, sizeof charges, toStaging);
+        house_.RiskMessage(28006, contract.exchange, &charges, sizeof charges, toStaging);
         if (Pick(0, 9) != 0) Renew(contract);  // some come as they were
-        Message(28009, contract.exchange, contract.record, sizeof contract.record, toStaging);
+        house_.RiskMessage(28009, contract.exchange, &contract.record, sizeof contract.record, toStaging);
     }
 
     /// A file of all contracts that the exchange has brought so far, or of some, and of `lateOnes` new ones.
     void SendFile(std::int16_t exchange, bool all, int lateOnes) {
-        Message(28001, exchange, exchange, 0, true);
+        house_.RiskMessage(28001, exchange);
         std::vector<const Contract*> sent;
         for (std::size_t i = 0; i < contracts_.size(); ++i) {
             Contract& contract = contracts_[i];
@@ -518,7 +494,7 @@ class CRandomHouse {
             contract.live = true;
             sent.push_back(&contract);
         }
-        Message(28002, exchange, exchange, 0, true);
+        house_.RiskMessage(28002, exchange);
         ++files;
         CompareAll(/*rows=*/false);
         for (const auto& entry : house_.library.manager->categories) {

@@ -77,28 +77,6 @@ TEST(LevelWalk, ARefusalAtAnyLevelLeavesNoTraceBelowIt) {
     }
 }
 
-TEST(LevelWalk, AnAcceptedOrderStandsAtEveryLevelInBothPeriods) {
-    CSixLevels s;
-    const Answer answer = s.Check(CSixLevels::Order());
-    EXPECT_TRUE(answer.Passed());
-    EXPECT_EQ(answer.text + answer.failedLevelCode, "");
-    EXPECT_EQ(answer.failedLevelType, -1);
-    for (const LevelOfHouse& level : kLevels) {
-        SCOPED_TRACE(level.code);
-        for (const Period period : {Period::kDaily, Period::kExpiry}) {
-            for (const auto* held : {s.Held(level.code, period), s.HeldBy(level.code, period, level.parent, "C1")}) {
-                ASSERT_NE(held, nullptr);
-                EXPECT_EQ(held->data.orderBuyQty, 200);
-                EXPECT_EQ(held->data.orderBuyValue, 2 * kHundred);
-                EXPECT_EQ(held->data.tradedBuyQty, 0);
-            }
-        }
-        EXPECT_EQ(s.Pending(level.code), 2 * kHundred);
-        EXPECT_EQ(s.Row(level.code, 2).usedMaxGross, 2 * kHundred);
-        EXPECT_EQ(s.Row(level.code, 3, kToken).grossUsedNetOrder, 2 * kHundred);
-    }
-}
-
 TEST(LevelWalk, RowsGoToTheHostLevelByLevelLiveOrAsCopies) {
     for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {
         SCOPED_TRACE(mode);
@@ -267,19 +245,19 @@ TEST(LevelWalk, ANarrowOrderMovesOnlyLevelsThatFollowIt) {
     }
 }
 
-TEST(LevelWalk, AChangedOrderTakesThePlaceOfTheStoredOne) {
+TEST(LevelWalk, AnAcceptedOrderStandsAtEveryLevelInBothPeriodsInPlaceOfTheStoredOne) {
     CSixLevels s;
     s.Market(kMaskNseCash, kToken, 24900, 25100, 25000, 25000);
     const struct {
         const char* name;
-        std::int32_t storedQuantity, storedPrice, quantity, price;
+        std::int32_t storedQuantity, storedPrice, quantity, price, held;
         double pending;
     } changes[] = {
-        {"more, cheaper", 100, 25000, 150, 24000, 150 * 24000},
-        {"taken back in full", 150, 24000, 0, 24000, 0},
-        {"at market", 0, 0, 100, 0, 100 * 25100},
-        {"stored at market: out at the price it came in at", 100, 0, 20, 24000, 20 * 24000},
-        {"nothing stored, at no price", 0, 0, 20, 24000, 40 * 24000},
+        {"more, cheaper", 100, 25000, 150, 24000, 150, 150 * 24000},
+        {"taken back in full", 150, 24000, 0, 24000, 0, 0},
+        {"at market", 0, 0, 100, 0, 100, 100 * 25100},
+        {"stored at market: out at the price it came in at", 100, 0, 20, 24000, 20, 20 * 24000},
+        {"nothing stored, at no price", 0, 0, 20, 24000, 40, 40 * 24000},
     };
     for (const auto& c : changes) {
         SCOPED_TRACE(c.name);
@@ -288,10 +266,24 @@ TEST(LevelWalk, AChangedOrderTakesThePlaceOfTheStoredOne) {
         change.quantity = c.quantity, change.price = c.price;
         change.hasStored = true;
         change.storedQuantity = c.storedQuantity, change.storedPrice = c.storedPrice;
-        EXPECT_TRUE(s.Check(change).Passed());
+        const Answer answer = s.Check(change);
+        EXPECT_TRUE(answer.Passed());
+        EXPECT_EQ(answer.text + answer.failedLevelCode, "");
+        EXPECT_EQ(answer.failedLevelType, -1);
         for (const LevelOfHouse& level : kLevels) {
-            EXPECT_EQ(s.Pending(level.code), c.pending) << level.code;
-            EXPECT_EQ(s.Held(level.code, Period::kDaily)->data.orderBuyValue, c.pending) << level.code;
+            SCOPED_TRACE(level.code);
+            for (const Period period : {Period::kDaily, Period::kExpiry}) {
+                for (const auto* held :
+                     {s.Held(level.code, period), s.HeldBy(level.code, period, level.parent, "C1")}) {
+                    ASSERT_NE(held, nullptr);
+                    EXPECT_EQ(held->data.orderBuyQty, c.held);
+                    EXPECT_EQ(held->data.orderBuyValue, c.pending);
+                    EXPECT_EQ(held->data.tradedBuyQty, 0);
+                }
+            }
+            EXPECT_EQ(s.Pending(level.code), c.pending);
+            EXPECT_EQ(s.Row(level.code, 2).usedMaxGross, c.pending);
+            EXPECT_EQ(s.Row(level.code, 3, kToken).grossUsedNetOrder, c.pending);
         }
     }
 }

@@ -9,22 +9,6 @@
 namespace surv {
 namespace {
 
-/// The time zone of the process, while it lives.
-class CTimeZone {
- public:
-    explicit CTimeZone(const char* rule) { Set(rule); }
-    CTimeZone(const CTimeZone&) = delete;
-    CTimeZone& operator=(const CTimeZone&) = delete;
-    ~CTimeZone() { Set(before_.empty() ? nullptr : before_.c_str()); }
-
- private:
-    static void Set(const char* rule) {
-        rule ? ::setenv("TZ", rule, 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-    std::string before_ = std::getenv("TZ") ? std::getenv("TZ") : "";
-};
-
 TEST(Clock, TheDayBeginsAtLocalMidnight) {
     constexpr const char* kIndia = "IST-5:30";
     constexpr std::int64_t kMidnight = 1763663400;  // 2025-11-21 00:00 in India
@@ -46,7 +30,8 @@ TEST(Clock, TheDayBeginsAtLocalMidnight) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const CTimeZone zone(c.zone);
+        ::setenv("TZ", c.zone, 1);
+        ::tzset();
         std::int64_t now = c.now;
         CClock clock;
         clock.Set([](void* context) { return *static_cast<std::int64_t*>(context); }, &now);

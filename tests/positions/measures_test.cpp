@@ -102,11 +102,9 @@ std::string ClassFigures(const CSurvPosition& p) {
 TEST(Measures, MoneyByClassOfScrip) {
     constexpr Side kNothing{}, kSoldLow{4, 900, 10, 500}, kFlatHigh{5, 200, 5, 950};
     constexpr Side kBoughtLow{5, 500, 4, 900}, kBoughtLower{6, 500, 5, 900};
-    const struct {
-        const char* segments;  // 0: no scrip
-        Side orders, trades;
-        const char* figures;  // of the four selectors and the largest; gross of the two sides and the largest
-    } cases[] = {
+    // segments: 0: no scrip
+    // figures: of the four selectors and the largest; gross of the two sides and the largest
+    const std::tuple<const char*, Side, Side, const char*> cases[]{
         {"1", kMixedOrders, kMixedTrades,
          "net 7800 -6300 5100 -3600, exposure 7800 0 5100 0 7800, sale 0 6300 0 1200 6300, option 0 0 0 0, "
          "gross 7800 6300 7800, 250% 7800 6300 7800, together 22200 13500 24900"},
@@ -143,11 +141,11 @@ TEST(Measures, MoneyByClassOfScrip) {
          "net -400 -400 -400 -400, exposure -400 0 -400 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
          "gross 0 0 0, 250% -800 0 0, together 0 0 0"},
     };
-    for (const auto& c : cases) {
-        for (const char* segment = c.segments; *segment; ++segment) {
+    for (const auto& [segments, orders, trades, figures] : cases) {
+        for (const char* segment = segments; *segment; ++segment) {
             SCOPED_TRACE(*segment);
             tagExposureScripSpecificInfo scrip = Scrip(*segment - '0');
-            EXPECT_EQ(ClassFigures(Position(c.orders, c.trades, *segment == '0' ? nullptr : &scrip)), c.figures);
+            EXPECT_EQ(ClassFigures(Position(orders, trades, *segment == '0' ? nullptr : &scrip)), figures);
         }
     }
 }

@@ -31,15 +31,12 @@ std::vector<Row> TakeRows(CPtrList& list, bool live) {
     return rows;
 }
 
-bool IsCorrection(const OrderSpec& spec) { return spec.messageCode == 5440 || spec.messageCode == 5445; }
-
 tagContractDescriptor ContractOf(const OrderSpec& spec) {
     tagContractDescriptor contract{};
     Put(contract.symbol, spec.symbol);
     Put(contract.series, spec.series);
     contract.strikePrice = spec.strikePrice;
     contract.expiryDate = spec.expiryDate;
-    contract.caLevel = spec.caLevel;
     return contract;
 }
 
@@ -71,27 +68,16 @@ tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
     return correction;
 }
 
-void DumpBytes(std::string& out, const void* data, std::size_t size) {
-    out.append(static_cast<const char*>(data), size);
-}
-
-template <class Value>
-void DumpValue(std::string& out, const Value& value) {
-    DumpBytes(out, &value, sizeof value);
+template <class... Values>
+void DumpValue(std::string& out, const Values&... values) {
+    (out.append(reinterpret_cast<const char*>(&values), sizeof values), ...);
 }
 
 /// Field by field: the record has padding.
 void DumpPosition(std::string& out, const tagSurvPositionData& p) {
-    DumpValue(out, p.limitMask);
-    DumpValue(out, p.lastPrice);
-    for (const std::int64_t quantity : {p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty}) {
-        DumpValue(out, quantity);
-    }
-    for (const double value :
-         {p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue, p.openPositionValue, p.mtmValue}) {
-        DumpValue(out, value);
-    }
-    DumpValue(out, p.scripInfo);
+    DumpValue(out, p.limitMask, p.lastPrice, p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty);
+    DumpValue(out, p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue);
+    DumpValue(out, p.openPositionValue, p.mtmValue, p.scripInfo);
 }
 
 void DumpSet(std::string& out, const CExposureDetails& set) {
@@ -103,10 +89,12 @@ void DumpSet(std::string& out, const CExposureDetails& set) {
 }
 
 /// Records of numbers without gaps; one that is all zero says as little as a missing one.
-template <class Record>
-void DumpUnlessZero(std::string& out, const Record& record) {
-    const std::string_view bytes(reinterpret_cast<const char*>(&record), sizeof record);
-    if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
+template <class... Records>
+void DumpUnlessZero(std::string& out, const Records&... records) {
+    for (const std::string_view bytes :
+         {std::string_view(reinterpret_cast<const char*>(&records), sizeof records)...}) {
+        if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
+    }
 }
 
 void DumpMargins(std::string& out, const CClientExposure& account) {
@@ -114,22 +102,14 @@ void DumpMargins(std::string& out, const CClientExposure& account) {
         for (const auto& expiry : underlying.value->expiries) {
             for (const auto& scrip : expiry.value->scrips) {
                 const tagScripMargin* margin = scrip.value->scripMargin.get();
-                if (!margin) continue;
-                DumpUnlessZero(out, margin->contract);
-                DumpUnlessZero(out, margin->view);
-                DumpUnlessZero(out, margin->inSums);
+                if (margin) DumpUnlessZero(out, margin->contract, margin->view, margin->inSums);
             }
-            if (!expiry.value->expiryMargin) continue;
-            DumpUnlessZero(out, expiry.value->expiryMargin->view);
-            DumpUnlessZero(out, expiry.value->expiryMargin->hasFuture);
+            const tagExpiryMargin* margin = expiry.value->expiryMargin.get();
+            if (margin) DumpUnlessZero(out, margin->view, margin->hasFuture);
         }
         if (const tagUnderlyingMargin* margin = underlying.value->underlyingMargin.get()) {
-            DumpUnlessZero(out, margin->view);
-            for (const double figure :
-                 {margin->nettedExposureMargin, margin->tradedInTotals, margin->optionTradedInTotals}) {
-                DumpUnlessZero(out, figure);
-            }
-            DumpUnlessZero(out, margin->underlying);
+            DumpUnlessZero(out, margin->view, margin->nettedExposureMargin, margin->tradedInTotals,
+                           margin->optionTradedInTotals, margin->underlying);
         }
     }
     if (account.clientMarginTotals) DumpUnlessZero(out, *account.clientMarginTotals);
@@ -145,8 +125,7 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
     DumpMargins(contracts, account);
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
-    DumpValue(out, account.levelTypes);
-    DumpValue(out, account.listed);
+    DumpValue(out, account.levelTypes, account.listed);
     for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
         if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
@@ -168,16 +147,13 @@ void DumpClientBook(std::string& out, const CClientBook& book) {
             }
         }
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
-            for (const CClientExposure* account : side.lists.Of(static_cast<ProductGroup>(group))) {
-                DumpValue(out, account);
-            }
+            for (const CClientExposure* held : side.lists.Of(static_cast<ProductGroup>(group))) DumpValue(out, held);
             out.push_back(';');
         }
     }
     book.totals.ForEach([&out](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
         if (!total.data.scripInfo) return;
-        DumpValue(out, group);
-        DumpValue(out, mask);
+        DumpValue(out, group, mask);
         DumpPosition(out, total.data);
     });
 }
@@ -237,14 +213,8 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     head.levelMarginFlags = spec.levelMarginFlags;
     head.scripGroupNumber = spec.scripGroupNumber;
     head.priceMultiplier = spec.priceMultiplier;
-    const bool correction = IsCorrection(spec);
-    if (spec.hasStored) {
-        if (correction) {
-            head.requestFlags |= 1;
-        } else {
-            head.levelMarginFlags |= 0x80;
-        }
-    }
+    const bool correction = spec.messageCode == 5440 || spec.messageCode == 5445;
+    if (spec.hasStored) (correction ? head.requestFlags : head.levelMarginFlags) |= correction ? 1 : 0x80;
     std::vector<char> buffer;
     Append(buffer, head);
     const MessageCodeRow* message = FindMessageCode(spec.messageCode);
@@ -310,16 +280,7 @@ void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32
     scrip.closePrice = close;
 }
 
-Answer CScenario::Check(const OrderSpec& order) {
-    std::vector<char> buffer = MakeRequest(order);
-    return Send(buffer, false);
-}
-Answer CScenario::Probe(const OrderSpec& order) {
-    std::vector<char> buffer = MakeRequest(order);
-    return Send(buffer, true);
-}
-
-Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
+Answer CScenario::Send(std::vector<char> buffer, bool probe) {
     auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     tagOrdErrMessage error{};
     CPtrList limitRows;
