@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "support/scenario.h"
@@ -63,15 +64,10 @@ TEST(LimitAdmin, EachRefusalHasItsText) {
 }
 
 TEST(LimitAdmin, AChangeTakesOverTheDefinitionAndNoFigure) {
-    struct Range {
-        std::size_t from, to;
-        bool always;  // or only when messageKind isn't 13
-    };
-    constexpr Range kTaken[] = {{24, 28, true},      // rowStamp
-                                {46, 134, true},     // limits, fund, net quantity
-                                {451, 459, true},    // definedFund
-                                {134, 170, false},   // multipliers, rowOption
-                                {467, 479, false}};  // minima of an order
+    // From, to, and whether always or only when messageKind isn't 13: the stamp; limits, fund, net quantity; the
+    // defined fund; multipliers, rowOption; minima of an order.
+    constexpr std::tuple<std::size_t, std::size_t, bool> kTaken[] = {
+        {24, 28, true}, {46, 134, true}, {451, 459, true}, {134, 170, false}, {467, 479, false}};
     CScenario s;
     s.Limit("C1", 3);
     LimitRow& live = s.Row("C1", 3);
@@ -90,15 +86,14 @@ TEST(LimitAdmin, AChangeTakesOverTheDefinitionAndNoFigure) {
             LimitRow given = filled(0xFF - stored), expected = live;
             given.messageKind = kind;
             ASSERT_EQ(s.library.manager->UpdateSurvLimits(given, nullptr), kDone);
-            for (const Range& range : kTaken) {
-                if (!range.always && kind == 13) continue;
-                std::memset(reinterpret_cast<char*>(&expected) + range.from, 0xFF - stored, range.to - range.from);
+            for (const auto& [from, to, always] : kTaken) {
+                if (always || kind != 13)
+                    std::memset(reinterpret_cast<char*>(&expected) + from, 0xFF - stored, to - from);
             }
             expected.limitOptions = static_cast<std::uint8_t>(stored ^ (kind == 13 ? 0b0000'1001 : 0b0001'1111));
-            for (std::size_t at = 0; at < sizeof(LimitRow); ++at) {
-                ASSERT_EQ(reinterpret_cast<char*>(&live)[at], reinterpret_cast<char*>(&expected)[at])
-                    << "offset " << at;
-            }
+            const std::string_view seen(reinterpret_cast<char*>(&live), sizeof live);
+            const std::string_view due(reinterpret_cast<char*>(&expected), sizeof expected);
+            EXPECT_EQ(std::mismatch(seen.begin(), seen.end(), due.begin()).first - seen.begin(), sizeof live);
         }
     }
 }
