@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "support/scenario.h"
 
@@ -78,8 +77,7 @@ TEST(LimitAdmin, AChangeTakesOverTheDefinitionAndNoFigure) {
                 LimitRow row;
                 std::memset(reinterpret_cast<char*>(&row), byte, sizeof row);
                 WriteField(row.entityCode, "C1");
-                row.limitMask = 3;
-                row.token = kAllSecurities;
+                row.limitMask = 3, row.token = kAllSecurities;
                 return row;
             };
             live = filled(stored);
@@ -275,9 +273,7 @@ TEST(LimitAdmin, AReadRebuildsTheLimitsFromTheFundOfThePreference) {
         }
         s.Limit("C1", 3, [&c](LimitRow& row) {
             row.baseFund = 100, row.definedFund = 20, row.collateralFund = kCollateral, row.saleCreditFund = kCredit;
-            row.limitOptions = c.options;
-            row.grossExposureLimit = -2;
-            row.grossExposureMultiplier = 10000;
+            row.limitOptions = c.options, row.grossExposureLimit = -2, row.grossExposureMultiplier = 10000;
         });
         LimitRow copy = EmptyLimit("C1", 3);
         ASSERT_EQ(s.library.manager->GetSurveillancePositions(copy), kDone);

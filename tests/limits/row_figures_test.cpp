@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <string>
 
 #include "mtm/row_mtm.h"
 #include "support/row_bench.h"
@@ -22,15 +20,9 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
     s.Limit("C2", 3);
     OrderSpec purchase, sale, change;
     sale.client = "C2";
-    sale.buySell = kSell;
-    sale.quantity = 40;
-    sale.price = 26000;
-    change.messageCode = 2040;
-    change.quantity = 60;
-    change.price = 24000;
-    change.hasStored = true;
-    change.storedQuantity = 100;
-    change.storedPrice = 25000;
+    sale.buySell = kSell, sale.quantity = 40, sale.price = 26000;
+    change.messageCode = 2040, change.quantity = 60, change.price = 24000;
+    change.hasStored = true, change.storedQuantity = 100, change.storedPrice = 25000;
     const std::tuple<const char*, const OrderSpec&, const char*> steps[]{
         {"a purchase of 25,000", purchase,
          "order: gross,net 25000 position,turnover 25000; max: gross,net 25000 position,turnover 25000; "
@@ -61,8 +53,7 @@ TEST(RowFigures, ALevelThatIsNotAskedTakesTheOrderInWhateverItsLimits) {
     OrderSpec order;
     order.levelCheckFlags = 62 & ~(1 << 4);  // all but the client
     ASSERT_TRUE(s.Check(order).Passed());
-    order.buySell = kSell;
-    order.quantity = 30;
+    order.buySell = kSell, order.quantity = 30;
     ASSERT_TRUE(s.Check(order).Passed());
     EXPECT_EQ(Changes(Row{}, s.Row("C1", 3)), Changes(Row{}, s.Row("D1", 3)));
     EXPECT_EQ(s.Row("C1", 3).usedMaxTurnover, 32'500'00);
@@ -124,15 +115,10 @@ TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
         bench.held = c.sold ? Traded(0, 0, 100, 20000) : Traded(100, 20000);
         bench.held.orderBuyQty += c.open;
         bench.held.orderBuyValue += c.open * 210'00.0;
-        bench.ownHeld = bench.held;
-        bench.row.usedPendingOrder = 14'000'00;
-        bench.order.orderEventKind = c.kind;
-        bench.order.productType = c.productType;
-        bench.order.buySell = c.buySell;
-        bench.order.prevQuantity = c.prevQuantity;
-        bench.order.prevPrice = c.prevPrice;
-        bench.order.quantity = c.quantity;
-        bench.order.price = c.price;
+        bench.ownHeld = bench.held, bench.row.usedPendingOrder = 14'000'00, bench.order.orderEventKind = c.kind;
+        bench.order.productType = c.productType, bench.order.buySell = c.buySell;
+        bench.order.prevQuantity = c.prevQuantity, bench.order.prevPrice = c.prevPrice;
+        bench.order.quantity = c.quantity, bench.order.price = c.price;
         if (c.kind == event::kTrade) bench.order.lastTradedPrice = 20000;
         const Row before = bench.row;
         if (c.checked != kNotChecked) {
@@ -191,18 +177,11 @@ TEST(RowFigures, AnOrderIsJudgedByTheFundOfTheMoment) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RowBench bench;
-        bench.row.token = c.token;
-        bench.row.limitOptions = c.options;
-        bench.row.definedFund = 10'000'00;
-        bench.row.baseFund = 5'000'00;
-        bench.row.collateralFund = 2'000'00;
-        bench.row.saleCreditFund = 1'000'00;
-        bench.row.grossExposureLimit = 9'000'00;
-        bench.row.grossExposureMultiplier = 10000;
+        bench.row.token = c.token, bench.row.limitOptions = c.options, bench.row.definedFund = 10'000'00;
+        bench.row.baseFund = 5'000'00, bench.row.collateralFund = 2'000'00, bench.row.saleCreditFund = 1'000'00;
+        bench.row.grossExposureLimit = 9'000'00, bench.row.grossExposureMultiplier = 10000;
         bench.order.riskPreference.fundFlags = static_cast<std::uint8_t>(c.fundFlags);
-        bench.order.collateralDelta = 300'00;
-        bench.order.saleCreditDelta = 50'00;
-        bench.order.quantity = 1;
+        bench.order.collateralDelta = 300'00, bench.order.saleCreditDelta = 50'00, bench.order.quantity = 1;
         bench.order.price = c.limit + 1;
         EXPECT_EQ(bench.Check().code, -202);
         EXPECT_EQ(bench.row.collateralFund, 2'000'00) << "a refusal leaves a trace";
@@ -227,12 +206,8 @@ TEST(RowFigures, SevenLimitsFollowTheirMultiplierAndNoneBecomesNoLimit) {
     RebuildLimits(row, 1'000'000);
     EXPECT_EQ(row.grossExposureLimit, 111) << "it has no multiplier yet";
     row.grossExposureMultiplier = row.pendingOrderMultiplier = 10000;
-    row.netExposureMultiplier = 20000;
-    row.netSaleExposureMultiplier = 30000;
-    row.netPositionMultiplier = 5000;
-    row.turnoverMultiplier = 40000;
-    row.mtmLossMultiplier = 0;
-    row.marginMultiplier = 2500;
+    row.netExposureMultiplier = 20000, row.netSaleExposureMultiplier = 30000, row.netPositionMultiplier = 5000;
+    row.turnoverMultiplier = 40000, row.mtmLossMultiplier = 0, row.marginMultiplier = 2500;
     RebuildLimits(row, 1'000'000);
     EXPECT_EQ(row.grossExposureLimit, 1'000'000);
     EXPECT_EQ(row.netExposureLimit, 2'000'000);
@@ -249,8 +224,7 @@ TEST(RowFigures, SevenLimitsFollowTheirMultiplierAndNoneBecomesNoLimit) {
 /// What is booked comes again as the mark of what is open: the MTM is twice the booked profit.
 CSurvPosition Booked(int profit, tagExposureScripSpecificInfo& scrip) {
     CSurvPosition position(Traded(20, 10000, 10, 10000 + profit / 10));
-    position.data.scripInfo = &scrip;
-    position.data.lastPrice = 10000 + profit / 10;
+    position.data.scripInfo = &scrip, position.data.lastPrice = 10000 + profit / 10;
     return position;
 }
 

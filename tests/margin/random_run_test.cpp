@@ -107,19 +107,15 @@ class CRandomHouse {
     void Add(std::int16_t exchange, std::int32_t underlying, std::int32_t expiry, std::int32_t strike,
              bool priceless = false) {
         Contract contract{exchange};
-        contract.priceless = priceless;
-        contract.record.underlyingToken = underlying;
+        contract.priceless = priceless, contract.record.underlyingToken = underlying;
         contract.record.token = 1001 + static_cast<std::int32_t>(contracts_.size()) % 20;  // exchanges share tokens
-        contract.record.contract.expiryDate = base_ + expiry;
-        contract.record.contract.strikePrice = strike;
+        contract.record.contract.expiryDate = base_ + expiry, contract.record.contract.strikePrice = strike;
         contracts_.push_back(contract);
         if (exchange == kMaskBseDerivatives || contract.record.token % 5 == 0) return;  // some have no rates
         tagAdditionalMarginInfo rates{};
-        rates.exchange = exchange;
-        rates.token = contract.record.token;
+        rates.exchange = exchange, rates.token = contract.record.token;
         rates.additionalMarginRate = exchange == kMaskNcdex ? 400 : strike > 0 ? 30000 : 50000;
-        rates.buyExposureRate = 150;
-        rates.sellExposureRate = 250;
+        rates.buyExposureRate = 150, rates.sellExposureRate = 250;
         house_.library.context.stores.AddAdditionalMargin(rates);
         rates_[PlainKey(exchange, rates.token)] = {rates.additionalMarginRate, 150, 250};
     }
@@ -192,10 +188,8 @@ class CRandomHouse {
             if (exchange == kMaskNcdex && number % 4 == 1) own.marginRate = 0;
             facts.preferences[exchange] = own;
             house_.Preference(code, exchange, [&own](tagClientRiskPreferenceInfoForSurv& record) {
-                record.prefMarginRate = own.marginRate;
-                record.prefMarginMode = own.mode;
-                record.marginAddOnFactor = own.addOn;
-                record.marginFlags = own.premiumCounts ? 0x20 : 0;
+                record.prefMarginRate = own.marginRate, record.prefMarginMode = own.mode;
+                record.marginAddOnFactor = own.addOn, record.marginFlags = own.premiumCounts ? 0x20 : 0;
             });
         }
     }
@@ -207,8 +201,7 @@ class CRandomHouse {
         spec.buySell = wish.side;
         spec.quantity = wish.quantity, spec.price = wish.price;
         spec.dealer = DealerCode(wish.client), spec.client = ClientCode(wish.client);
-        spec.levelCheckFlags = checkFlags;
-        spec.priceMultiplier = 10000;
+        spec.levelCheckFlags = checkFlags, spec.priceMultiplier = 10000;
         spec.strikePrice = contract.record.contract.strikePrice;
         spec.expiryDate = contract.record.contract.expiryDate;
         spec.underlyingToken = contract.record.underlyingToken;
@@ -360,9 +353,7 @@ class CRandomHouse {
         }
         FillCheckEvent(intake);
         tagOrderInfoForSurv& trade = intake.order;
-        trade.orderEventKind = event::kTrade;
-        trade.prevQuantity = fill.quantity;
-        trade.prevPrice = order.price;
+        trade.orderEventKind = event::kTrade, trade.prevQuantity = fill.quantity, trade.prevPrice = order.price;
         trade.price = trade.lastTradedPrice = std::max(5, order.price + Pick(-3, 3));
         trade.scripInfo = library.context.stores.FindOrMakeScrip(trade);
         trade.parentCode = ParentCodeOf(trade, head);

@@ -46,8 +46,7 @@ TEST(Hierarchy, TheFirstCodeWithoutLimitsRefuses) {
     for (const Refused& test : kTests) {
         SCOPED_TRACE(test.entity);
         OrderSpec order = Order();
-        order.clientType = 1;
-        order.levelMarginFlags = kAllMargins;
+        order.clientType = 1, order.levelMarginFlags = kAllMargins;
         for (const bool there : {false, true}) {
             CScenario s({.featureBits = 0x10});
             Furnish(s, test.entity, there);
@@ -65,8 +64,7 @@ TEST(Hierarchy, TheFirstCodeWithoutLimitsRefuses) {
         const bool always = test.checkFlag == 0 && test.marginFlag == 0;
         EXPECT_EQ(s.Check(order).status, always ? -306 : 1);
         // And the flags of the other byte, or of its neighbours, don't matter.
-        order.levelCheckFlags = test.checkFlag;
-        order.levelMarginFlags = test.marginFlag;
+        order.levelCheckFlags = test.checkFlag, order.levelMarginFlags = test.marginFlag;
         EXPECT_EQ(s.Check(order).status, -306);
     }
 }

@@ -210,8 +210,7 @@ TEST(Intake, NcdexPricesAreScaledAndRoundedHalfUp) {
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order;
-        order.marketSegment = c.segment;
-        order.priceMultiplier = c.multiplier;
+        order.marketSegment = c.segment, order.priceMultiplier = c.multiplier;
         order.price = order.prevPrice = c.price;
         order.contract.strikePrice = c.strike;
         ScaleNcdexPrices(order);

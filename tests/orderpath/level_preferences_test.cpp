@@ -22,8 +22,7 @@ class CFamilyHouse : public CScenario {
         for (const char* entity : {"-", "G1", "D1", "C1", "S1", "F1"}) Limit(entity, mask);
         for (const Given& given : preferences) {
             Preference(given.code, given.exchange, [&given](tagClientRiskPreferenceInfoForSurv& record) {
-                record.allowedProducts = given.allowedProducts;
-                record.marginFlags = given.marginFlags;
+                record.allowedProducts = given.allowedProducts, record.marginFlags = given.marginFlags;
                 record.fundFlags = given.fundFlags;
                 record.preAutoSquareOffPart = record.autoSquareOffPart = given.squareOffParts;
             });

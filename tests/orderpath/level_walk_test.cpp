@@ -160,8 +160,7 @@ TEST(LevelWalk, AProbeReportsEveryBreachAndKeepsNothing) {
     EXPECT_EQ(Text(answer.probeRows), "S1:2/-9=64,0 S1:3/-9=0,2 C1:3/-9=0,2 D1:3/-9=0,2 -:3/-9=0,2 ");
     EXPECT_EQ(Text(answer.rollbackRows), "D1:3/-9=0,2 C1:3/-9=0,2 S1:2/-9=64,0 S1:3/-9=0,2 -:3/-9=0,2 ");
 
-    order.quantity = 1;
-    order.levelCheckFlags = 0;
+    order.quantity = 1, order.levelCheckFlags = 0;
     const std::string unlimited = s.Dump();
     answer = s.Probe(order);
     EXPECT_TRUE(s.Dump() == unlimited) << "levels that aren't checked don't take an enquiry in";

@@ -34,8 +34,7 @@ CSurvPosition Mixed(tagExposureScripSpecificInfo* scrip = nullptr) {
 tagExposureScripSpecificInfo Scrip(int segment) {
     tagExposureScripSpecificInfo scrip;
     scrip.marketSegment = static_cast<std::int16_t>(segment);
-    scrip.priceMultiplier = 3;
-    scrip.contract.strikePrice = 7;
+    scrip.priceMultiplier = 3, scrip.contract.strikePrice = 7;
     return scrip;
 }
 
@@ -208,8 +207,7 @@ TEST(Measures, MarkToMarketOfTheTradedSide) {
 tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
     tagOrderInfoForSurv order;
     order.additionalMargin = {2'500'000, 1'000'000, 3'000'000, 30'000, 20'000};  // all, long, short, sold, bought
-    order.riskPreference.prefMarginMode = prefMode;
-    order.riskPreference.prefMarginRate = prefRate;
+    order.riskPreference.prefMarginMode = prefMode, order.riskPreference.prefMarginRate = prefRate;
     return order;
 }
 
@@ -277,10 +275,8 @@ TEST(Measures, CashMarginScopes) {
         for (const bool equity : {true, false}) {
             SCOPED_TRACE(Text(kRows[i], equity));
             tagOrderInfoForSurv order;
-            order.periodicity = kRows[i];
-            order.marketSegment = equity ? 4 : 2;
-            order.scripRates.marginRate = 2000;
-            order.riskPreference.prefExtraMarginRate = 100'000;
+            order.periodicity = kRows[i], order.marketSegment = equity ? 4 : 2;
+            order.scripRates.marginRate = 2000, order.riskPreference.prefExtraMarginRate = 100'000;
             const CSurvPosition p = Mixed(), open = Position(kMixedOrders, {});
             EXPECT_EQ(Text(p.GetCashMargin(order), p.GetTradedCashMargin(order), open.GetMaxCashMargin(order)),
                       i < (equity ? 9 : 6) ? " 5.2 4.2 10" : " 520 420 1000");
@@ -323,14 +319,12 @@ TEST(Measures, CashMarginRules) {
     for (const auto& c : cases) {
         tagExposureScripSpecificInfo scrip = Scrip(c.segment);
         tagOrderInfoForSurv order = MarginOrder(c.prefMode, c.prefRate);
-        order.periodicity = c.periodicity;
-        order.marketSegment = c.segment;
+        order.periodicity = c.periodicity, order.marketSegment = c.segment;
         (IsCashSegment(c.segment) ? scrip.scripRates : order.scripRates) = {0, c.basis, c.rate};
         const CSurvPosition flat = Position(kFlatLoss, {}, &scrip);
         for (const bool delivery : {true, false}) {
             SCOPED_TRACE(std::string(c.name) + (delivery ? ", compulsory delivery" : ", NRI client"));
-            order.compulsoryDelivery = c.noNetting && delivery;
-            order.nriClient = c.noNetting && !delivery;
+            order.compulsoryDelivery = c.noNetting && delivery, order.nriClient = c.noNetting && !delivery;
             EXPECT_EQ(Text(Mixed(&scrip).GetCashMargin(order), Mixed(&scrip).GetMaxCashMargin(order),
                            flat.GetMaxCashMargin(order)),
                       c.margins);

@@ -22,9 +22,7 @@ std::string Totals(const tagSurvPositionData& d, bool buy = true) {
 
 tagOrderInfoForSurv Order(std::int16_t productType, std::int16_t leg, std::int16_t kind) {
     tagOrderInfoForSurv order;
-    order.productType = productType;
-    order.marginPlusLeg = leg;
-    order.orderEventKind = kind;
+    order.productType = productType, order.marginPlusLeg = leg, order.orderEventKind = kind;
     order.buySell = kBuy;
     return order;
 }
@@ -103,9 +101,7 @@ TEST(Position, McxValuesAreWeightedByLot) {
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);
-        order.marketSegment = c.segment;
-        order.lotWeighting = c.weighting;
-        order.marginRates = c.rates;
+        order.marketSegment = c.segment, order.lotWeighting = c.weighting, order.marginRates = c.rates;
         order.quantity = order.prevQuantity = c.quantity;
         order.price = 101, order.prevPrice = 202;
         CSurvPosition added, taken;

@@ -28,8 +28,7 @@ void Put(char (&field)[Width], const char* text) {
 BKSurveillanceLimitDefTag Row(const char* entity) {
     BKSurveillanceLimitDefTag row{};
     Put(row.entityCode, entity);
-    row.limitMask = 3;
-    row.token = -9;
+    row.limitMask = 3, row.token = -9;
     const double none = -1;
     for (const std::size_t at : {46, 54, 62, 70, 78, 86, 94, 102, 114, 467}) {
         std::memcpy(reinterpret_cast<char*>(&row) + at, &none, sizeof none);
@@ -50,9 +49,7 @@ struct [[gnu::packed]] Request {
         Put(head.dealerCode, "D");
         head.clientType = head.subClientType = 255;
         order.exchangeMask = order.buySell = order.proClient = 1;
-        order.quantity = 100;
-        order.price = 25000;
-        order.productType = 1;
+        order.quantity = 100, order.price = 25000, order.productType = 1;
     }
 };
 
@@ -265,8 +262,7 @@ TEST(ClientCode, AccountOfARawRecord) {
         tagOrderInfo stored{};
         Put(stored.accountText, "STORED");
         tagOrderRequest order{};
-        order.messageCode = c.messageCode;
-        order.proClient = c.proClient;
+        order.messageCode = c.messageCode, order.proClient = c.proClient;
         for (std::size_t i = 0; i < 16; ++i) order.accountText[i] = c.accountText[i] == '.' ? '\0' : c.accountText[i];
         const auto text = std::make_unique<char[]>(15);  // no more than a host must give
         text[0] = '?';

@@ -35,8 +35,7 @@ tagContractDescriptor ContractOf(const OrderSpec& spec) {
     tagContractDescriptor contract{};
     Put(contract.symbol, spec.symbol);
     Put(contract.series, spec.series);
-    contract.strikePrice = spec.strikePrice;
-    contract.expiryDate = spec.expiryDate;
+    contract.strikePrice = spec.strikePrice, contract.expiryDate = spec.expiryDate;
     return contract;
 }
 
@@ -44,11 +43,8 @@ tagOrderRequest OrderRecord(const OrderSpec& spec) {
     tagOrderRequest order{};
     order.exchangeMask = spec.exchangeMask;
     order.contract = ContractOf(spec);
-    order.buySell = spec.buySell;
-    order.quantity = spec.quantity;
-    order.price = spec.price;
-    order.productType = spec.productType;
-    order.proClient = spec.proClient;
+    order.buySell = spec.buySell, order.quantity = spec.quantity, order.price = spec.price;
+    order.productType = spec.productType, order.proClient = spec.proClient;
     Put(order.accountText, spec.client);
     Put(order.clientAccount, spec.client);
     Put(order.clientCategory, spec.clientCategory);
@@ -60,8 +56,7 @@ tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
     correction.exchangeMask = spec.exchangeMask;
     correction.contract = ContractOf(spec);
     correction.buySellCharacter[0] = static_cast<char>('0' + spec.buySell);
-    correction.newQuantity = spec.quantity;
-    correction.tradePrice = spec.price;
+    correction.newQuantity = spec.quantity, correction.tradePrice = spec.price;
     Put(correction.accountText, spec.client);
     Put(correction.buyClientAccount, spec.client);
     Put(correction.sellClientAccount, spec.client);
@@ -163,8 +158,7 @@ void DumpClientBook(std::string& out, const CClientBook& book) {
 BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask, std::int32_t token) {
     BKSurveillanceLimitDefTag row{};
     Put(row.entityCode, entity);
-    row.limitMask = mask;
-    row.token = token;
+    row.limitMask = mask, row.token = token;
     row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kNoLimit;
     row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kNoLimit;
     row.marginLimit = row.minSingleOrderValue = kNoLimit;
@@ -182,11 +176,8 @@ BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_
     Put(row.groupCode, "G1");
     Put(row.accountCode, account);
     row.marketSegment = LimitMaskToSegment(mask);
-    row.limitMask = mask;
-    row.token = token;
-    row.clientLevelType = 2;
-    row.priceMultiplier = 1;
-    row.lastPrice = 25000;
+    row.limitMask = mask, row.token = token, row.clientLevelType = 2;
+    row.priceMultiplier = 1, row.lastPrice = 25000;
     (traded > 0 ? row.orderBuyQty : row.orderSellQty) = std::abs(traded);
     (traded > 0 ? row.orderBuyValue : row.orderSellValue) = std::abs(traded) * 25000.0;
     (traded > 0 ? row.tradedBuyQty : row.tradedSellQty) = std::abs(traded);
@@ -196,22 +187,16 @@ BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_
 
 std::vector<char> MakeRequest(const OrderSpec& spec) {
     tagSurveillanceInfo head{};
-    head.messageCode = spec.messageCode;
-    head.exchangeMask = spec.exchangeMask;
-    head.token = spec.token;
+    head.messageCode = spec.messageCode, head.exchangeMask = spec.exchangeMask, head.token = spec.token;
     head.underlyingToken = spec.underlyingToken;
     Put(head.groupCode, spec.group);
     Put(head.dealerCode, spec.dealer);
     Put(head.familyCode, spec.family);
     Put(head.clientCode, spec.client);
     Put(head.subClientCode, spec.subClient);
-    head.groupType = spec.groupType;
-    head.dealerType = spec.dealerType;
-    head.clientType = spec.clientType;
-    head.subClientType = spec.subClientType;
-    head.levelCheckFlags = spec.levelCheckFlags;
-    head.levelMarginFlags = spec.levelMarginFlags;
-    head.scripGroupNumber = spec.scripGroupNumber;
+    head.groupType = spec.groupType, head.dealerType = spec.dealerType, head.clientType = spec.clientType;
+    head.subClientType = spec.subClientType, head.levelCheckFlags = spec.levelCheckFlags;
+    head.levelMarginFlags = spec.levelMarginFlags, head.scripGroupNumber = spec.scripGroupNumber;
     head.priceMultiplier = spec.priceMultiplier;
     const bool correction = spec.messageCode == 5440 || spec.messageCode == 5445;
     if (spec.hasStored) (correction ? head.requestFlags : head.levelMarginFlags) |= correction ? 1 : 0x80;
@@ -225,13 +210,11 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     }
     if (spec.hasStored && correction) {
         tagTradeInfo trade{};
-        trade.tradedQuantity = spec.storedQuantity;
-        trade.tradePrice = spec.storedPrice;
+        trade.tradedQuantity = spec.storedQuantity, trade.tradePrice = spec.storedPrice;
         Append(buffer, trade);
     } else if (spec.hasStored) {
         tagOrderInfo stored{};
-        stored.quantity = spec.storedQuantity;
-        stored.price = spec.storedPrice;
+        stored.quantity = spec.storedQuantity, stored.price = spec.storedPrice;
         Append(buffer, stored);
     }
     buffer.shrink_to_fit();
@@ -264,9 +247,7 @@ void CScenario::Preference(std::string_view code, std::int32_t exchange,
                            const std::function<void(tagClientRiskPreferenceInfoForSurv&)>& change) {
     tagClientRiskPreferenceInfoForSurv record{};
     Put(record.preferenceCode, code);
-    record.exchange = exchange;
-    record.token = kAllSecurities;
-    record.allowedProducts = 0xF;
+    record.exchange = exchange, record.token = kAllSecurities, record.allowedProducts = 0xF;
     if (change) change(record);
     library.AddUpdatePreference(record);
 }
@@ -274,9 +255,7 @@ void CScenario::Preference(std::string_view code, std::int32_t exchange,
 void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32_t bid, std::int32_t offer,
                        std::int32_t last, std::int32_t close) {
     CBroadcastScrip& scrip = library.manager->broadcastHash.FindOrMake(PlainKey(exchangeMask, token));
-    scrip.bestBuyPrice = bid;
-    scrip.bestSellPrice = offer;
-    scrip.lastTradedPrice = last;
+    scrip.bestBuyPrice = bid, scrip.bestSellPrice = offer, scrip.lastTradedPrice = last;
     scrip.closePrice = close;
 }
 
@@ -289,13 +268,10 @@ Answer CScenario::Send(std::vector<char> buffer, bool probe) {
     answer.result =
         library.manager->CheckSurveillance(request, error, answer.status, {&limitRows, &rollbackRows}, probe);
     EXPECT_TRUE(library.context.undo.Empty()) << "a trial has outlived the call";
-    answer.errorCode = error.errorCode;
-    answer.headCode = error.headCode;
-    answer.timeStamp = error.timeStamp;
+    answer.errorCode = error.errorCode, answer.headCode = error.headCode, answer.timeStamp = error.timeStamp;
     answer.text = error.errorText;
     answer.failedLevelCode = FieldText(request.failedLevelCode);
-    answer.failedLevelType = request.failedLevelType;
-    answer.levelCheckFlags = request.levelCheckFlags;
+    answer.failedLevelType = request.failedLevelType, answer.levelCheckFlags = request.levelCheckFlags;
     if (probe) {
         answer.probeRows = TakeRows<tagBreachRow>(limitRows, false);
     } else {
