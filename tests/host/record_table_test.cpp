@@ -55,15 +55,12 @@ TEST(RecordTable, HoldsEveryFieldOfItsRecordInPlace) {
     }
 }
 
-TEST(RecordTable, TwentyOneFieldsOfALimitRowDefaultToNoLimit) {
-    std::size_t none = 0;
+TEST(RecordTable, TheLimitsOfALimitRowDefaultToNoLimit) {
     for (const Field& field : TableOf<BKSurveillanceLimitDefTag>().fields) {
         const bool limit = field.name.ends_with("Limit") || field.name.ends_with("Multiplier") ||
                            field.name.starts_with("maxSingle") || field.name.starts_with("minSingle");
         EXPECT_EQ(field.defaultValue, limit ? -1 : 0) << field.name;
-        none += field.defaultValue == -1 ? 1 : 0;
     }
-    EXPECT_EQ(none, 21u);
 }
 
 }  // namespace

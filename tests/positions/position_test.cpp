@@ -110,6 +110,7 @@ TEST(Position, McxValuesAreWeightedByLot) {
         EXPECT_EQ(added.data.orderBuyValue, c.added) << c.name;
         EXPECT_EQ(taken.data.orderBuyValue, c.taken) << c.name;
     }
+    EXPECT_EQ(RoundTo(-12.345, 2), -12.35) << "half away from zero";
 }
 
 TEST(Position, RestoreGivesBackTheStateBeforeTheWholeChange) {
