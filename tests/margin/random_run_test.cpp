@@ -17,6 +17,8 @@
 namespace surv::test {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr int kClients = 200;
 constexpr int kDealers = 4;
 constexpr std::int32_t kDay = 86400;
@@ -100,6 +102,7 @@ class CRandomHouse {
  private:
     // What there is -----------------------------------------------------------------------------------------------
     int Pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
+    std::size_t PickOf(const auto& of) { return static_cast<std::size_t>(Pick(0, static_cast<int>(of.size()) - 1)); }
     float Real(double low, double high) {
         return static_cast<float>(std::uniform_real_distribution<double>(low, high)(random_));
     }
@@ -212,9 +215,8 @@ class CRandomHouse {
         return spec;
     }
     OpenOrder Wish() {
-        OpenOrder wish{Pick(0, kClients - 1),
-                       static_cast<std::size_t>(Pick(0, static_cast<int>(contracts_.size()) - 1)),
-                       static_cast<std::int16_t>(Pick(1, 2)), 10 * Pick(1, 20), 0};
+        OpenOrder wish{Pick(0, kClients - 1), PickOf(contracts_), static_cast<std::int16_t>(Pick(1, 2)),
+                       10 * Pick(1, 20), 0};
         const Contract& contract = contracts_[wish.contract];
         const double worth = contract.record.contractPrice == 0 ? 1000.0 : contract.record.contractPrice;
         wish.price = std::max(5, static_cast<int>(worth * Real(0.98, 1.02)));
@@ -223,29 +225,25 @@ class CRandomHouse {
 
     /// The accounts that an order meets, as they stand.
     std::vector<Place> Places(const OpenOrder& wish) {
-        const Contract& contract = contracts_[wish.contract];
         std::vector<Place> places;
-        for (const std::string& code :
-             {ClientCode(wish.client), DealerCode(wish.client), std::string("G1"), std::string("-")}) {
-            Place place{house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, nullptr, {}};
-            place.account = place.category->Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
-            if (place.account) {
-                FindScrip(place, contract);
-                place.margin = known_[place.account];
-            }
-            places.push_back(place);
+        for (const std::string& code : {ClientCode(wish.client), DealerCode(wish.client), "G1"s, "-"s}) {
+            CSurveillanceCategory& category = *house_.library.manager->FindCategory(std::string_view(code));
+            auto* account = category.Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
+            places.push_back(PlaceOf(category, account, contracts_[wish.contract]));
         }
         return places;
     }
-    static void FindScrip(Place& place, const Contract& contract) {
-        for (const auto& node : place.account->underlyings) {
+    Place PlaceOf(CSurveillanceCategory& category, CClientExposure* account, const Contract& contract) {
+        Place place{&category, account, nullptr, nullptr, {}};
+        if (!account) return place;
+        place.margin = known_[account];
+        for (const auto& node : account->underlyings) {
             const CExpiryExposure* expiry = node.value->expiries.Find(contract.record.contract.expiryDate);
             const PositionKey key{contract.exchange, PositionFamily::kPlain, contract.record.token};
             CScripExposure* scrip = expiry ? expiry->scrips.Find(key) : nullptr;
-            if (!scrip || scrip->IsBlank()) continue;
-            place.underlying = node.value.get();
-            place.scrip = scrip;
+            if (scrip && !scrip->IsBlank()) place.underlying = node.value.get(), place.scrip = scrip;
         }
+        return place;
     }
     const MarginFacts& FactsOf(const CSurveillanceCategory& category) { return facts_.at(&category); }
 
@@ -272,7 +270,7 @@ class CRandomHouse {
 
     void Order(bool change, bool dumped) {
         OpenOrder wish = Wish();
-        const std::size_t at = change ? static_cast<std::size_t>(Pick(0, static_cast<int>(open_.size()) - 1)) : 0;
+        const std::size_t at = change ? PickOf(open_) : 0;
         if (change) {
             const OpenOrder& stored = open_[at];
             wish = {stored.client, stored.contract, stored.side, Pick(0, 5) == 0 ? 0 : wish.quantity,
@@ -334,7 +332,7 @@ class CRandomHouse {
 
     /// A fill of an open order, whole or in part, laid into the accounts of all levels.
     void Trade() {
-        const auto at = static_cast<std::size_t>(Pick(0, static_cast<int>(open_.size()) - 1));
+        const std::size_t at = PickOf(open_);
         OpenOrder& order = open_[at];
         OpenOrder fill = order;
         if (Pick(0, 1) == 0) fill.quantity = std::max(1, order.quantity / 2);
@@ -493,22 +491,21 @@ class CRandomHouse {
             for (const Contract* contract : sent) {
                 if (!entry.value->contractKeys.Contains(contract->Key())) continue;
                 touched = true;
-                CheckParameters(*entry.value, *contract, difference);
+                CheckParameters(*entry.value, *contract);
             }
             if (touched) PublishRows(*entry.value, exchange);
             CompareRows(*entry.value);
         }
     }
-    static void CheckParameters(CSurveillanceCategory& category, const Contract& contract, std::string& found) {
+    void CheckParameters(CSurveillanceCategory& category, const Contract& contract) {
         for (const auto& account : category.Book(Period::kExpiry).accounts.accounts) {
-            Place place{&category, account.value.get(), nullptr, nullptr, {}};
-            FindScrip(place, contract);
-            if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) found = "a file passed by";
+            const Place place = PlaceOf(category, account.value.get(), contract);
+            if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) Blame("a file passed by");
         }
     }
     /// Past the staging table: nothing moves until the next order of the contract.
     void WriteDirectly() {
-        Contract& contract = contracts_[static_cast<std::size_t>(Pick(0, static_cast<int>(contracts_.size()) - 1))];
+        Contract& contract = contracts_[PickOf(contracts_)];
         if (!contract.live) return;
         SendContract(contract, /*toStaging=*/false);
         ++direct;

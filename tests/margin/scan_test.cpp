@@ -166,9 +166,8 @@ TEST(Margin, AnOrderWithoutItsParametersIsRefused) {
     const Contract contract{.token = 100, .expiryDate = house.Days(30)};
     const Answer answer = house.Order(contract, kBuy, 1, 100);
     EXPECT_EQ(answer.status, status::kNoRiskParameters);
+    EXPECT_EQ(answer.text + " " + answer.failedLevelCode, "C1|RPF Details not available D1");
     EXPECT_EQ(answer.errorCode, -317);
-    EXPECT_EQ(answer.text, "C1|RPF Details not available");
-    EXPECT_EQ(answer.failedLevelCode, "D1");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/format.h"
 #include "reference/preferences.h"
 
 namespace surv::test {
@@ -219,6 +220,12 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     }
     buffer.shrink_to_fit();
     return buffer;
+}
+
+std::string Answer::Head() const {
+    const char* time = timeStamp == CScenario::kNow ? "now" : timeStamp == 0 ? "never" : "some time";
+    return Format("%d, %d, %d at %s: %s, %d", status, errorCode, headCode, time, failedLevelCode.c_str(),
+                  failedLevelType);
 }
 
 CScenario::CScenario(Library::StartSettings settings, const LoadLists& lists) {

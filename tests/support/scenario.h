@@ -55,6 +55,8 @@ struct Answer {
     std::vector<tagBreachRow> probeRows, rollbackRows;
 
     [[nodiscard]] bool Passed() const { return result == 0 && status == status::kPass; }
+    /// "status, errorCode, headCode at the time of the answer: level that failed, its type", the time as a word.
+    [[nodiscard]] std::string Head() const;
 };
 
 class CScenario {
