@@ -34,8 +34,7 @@ std::vector<Row> TakeRows(CPtrList& list, bool live) {
 
 tagContractDescriptor ContractOf(const OrderSpec& spec) {
     tagContractDescriptor contract{};
-    Put(contract.symbol, spec.symbol);
-    Put(contract.series, spec.series);
+    Put(contract.symbol, spec.symbol), Put(contract.series, spec.series);
     contract.strikePrice = spec.strikePrice, contract.expiryDate = spec.expiryDate;
     return contract;
 }
@@ -46,8 +45,7 @@ tagOrderRequest OrderRecord(const OrderSpec& spec) {
     order.contract = ContractOf(spec);
     order.buySell = spec.buySell, order.quantity = spec.quantity, order.price = spec.price;
     order.productType = spec.productType, order.proClient = spec.proClient;
-    Put(order.accountText, spec.client);
-    Put(order.clientAccount, spec.client);
+    Put(order.accountText, spec.client), Put(order.clientAccount, spec.client);
     Put(order.clientCategory, spec.clientCategory);
     return order;
 }
@@ -59,8 +57,7 @@ tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
     correction.buySellCharacter[0] = static_cast<char>('0' + spec.buySell);
     correction.newQuantity = spec.quantity, correction.tradePrice = spec.price;
     Put(correction.accountText, spec.client);
-    Put(correction.buyClientAccount, spec.client);
-    Put(correction.sellClientAccount, spec.client);
+    Put(correction.buyClientAccount, spec.client), Put(correction.sellClientAccount, spec.client);
     return correction;
 }
 
@@ -190,11 +187,8 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     tagSurveillanceInfo head{};
     head.messageCode = spec.messageCode, head.exchangeMask = spec.exchangeMask, head.token = spec.token;
     head.underlyingToken = spec.underlyingToken;
-    Put(head.groupCode, spec.group);
-    Put(head.dealerCode, spec.dealer);
-    Put(head.familyCode, spec.family);
-    Put(head.clientCode, spec.client);
-    Put(head.subClientCode, spec.subClient);
+    Put(head.groupCode, spec.group), Put(head.dealerCode, spec.dealer), Put(head.familyCode, spec.family);
+    Put(head.clientCode, spec.client), Put(head.subClientCode, spec.subClient);
     head.groupType = spec.groupType, head.dealerType = spec.dealerType, head.clientType = spec.clientType;
     head.subClientType = spec.subClientType, head.levelCheckFlags = spec.levelCheckFlags;
     head.levelMarginFlags = spec.levelMarginFlags, head.scripGroupNumber = spec.scripGroupNumber;
