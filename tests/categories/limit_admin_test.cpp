@@ -219,18 +219,6 @@ TEST(LimitAdmin, StoresAreCountedAndLevelsFollowTheLastRow) {
     }
 }
 
-TEST(LimitAdmin, ARowAddedAfterManyWereRemovedJudges) {
-    CScenario s;
-    s.House();
-    for (std::int32_t token = 1; token <= 12; ++token) s.Limit("C1", 3, {}, token);
-    for (std::int32_t token = 1; token <= 8; ++token) {
-        ASSERT_EQ(s.library.manager->RemoveSurvLimits(EmptyLimit("C1", 3, token), nullptr), kDone);
-    }
-    s.Limit(
-        "C1", 3, [](LimitRow& row) { row.maxSingleOrderQty = 99; }, 2885);
-    EXPECT_EQ(s.Check({}).errorCode, code::kOrderQuantity);
-}
-
 TEST(LimitAdmin, AReadRebuildsTheLimitsFromTheFundOfThePreference) {
     constexpr double kFund = 100 + 20, kCollateral = 1000, kCredit = 30000;
     struct Given {

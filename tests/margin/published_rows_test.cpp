@@ -24,21 +24,18 @@ TEST(PublishedRows, ANewFileReMarginsEveryLevelAtOnce) {
     ASSERT_TRUE(house.Order(contract, kBuy, 7, 100).Passed());
     for (const int mask : {3, 0x11}) house.House(static_cast<std::int16_t>(mask));
     for (BKSurveillanceLimitDefTag* row : {&house.Row("-", 3), &house.Row("-", 0x11)}) row->usedMarginOrder = 1000;
-    const auto before = house.Row("C1", 0xD);
+    EXPECT_EQ(house.Row("C1", 0xD).usedMarginOrder, 70.0);
 
-    contract.array = Flat(30);
-    other.array = Flat(99);
+    contract.array = Flat(30), other.array = Flat(99);
     house.File({contract, other});
-    EXPECT_EQ(before.usedMarginOrder, 70.0);
     for (const char* entity : {"C1", "D1", "G1", "-"}) {
         const double cash = std::string{entity} == "-" ? 1000 : 0;
-        EXPECT_EQ(house.Row(entity, 0xD).usedMarginOrder, 210.0) << entity;
-        EXPECT_EQ(house.Row(entity, 0xF).usedMarginOrder, 210.0 + cash) << entity;
-        EXPECT_EQ(house.Row(entity, 0x7F).usedMarginOrder, 210.0 + 2 * cash) << entity;
-        EXPECT_EQ(house.Row(entity, 0x1FF).usedMarginOrder, 210.0 + 2 * cash) << entity;
+        for (const auto& [mask, due] :
+             {std::pair{5, 0.0}, {0xD, 210.0}, {0xF, 210 + cash}, {0x7F, 210 + 2 * cash}, {0x1FF, 210 + 2 * cash}}) {
+            EXPECT_EQ(house.Row(entity, static_cast<std::int16_t>(mask)).usedMarginOrder, due) << entity << " " << mask;
+        }
         EXPECT_EQ(house.Row(entity, 0xD).usedMarginTraded, 0.0) << entity;
         EXPECT_EQ(house.Row(entity, 0xD).usedMarginMax, 210.0) << entity;
-        EXPECT_EQ(house.Row(entity, 5).usedMarginOrder, 0.0) << "a row of one segment holds no margin";
     }
     EXPECT_TRUE(house.notifications.empty());
 }
