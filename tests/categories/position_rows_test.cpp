@@ -163,10 +163,8 @@ TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
     const std::string groupless = "|LONGCL+";
     const std::string group = "G1|LONGCLIENT+";
     const struct {
-        const char* name;
-        const char* code;
-        std::int16_t level, subLevel, mode, orderBased;
-        std::int16_t client, sub, group;
+        const char *name, *code;
+        std::int16_t level, subLevel, mode, orderBased, client, sub, group;
         std::string holder;  // by whom the row is recorded; empty: by no one
     } cases[] = {
         {"root, mode 2", "-", 2, 0, 2, 0, 1, -1, 0, dealer},

@@ -45,11 +45,13 @@ TEST(PublishedRows, OnePassOverAFileEqualsContractByContract) {
     constexpr int kContracts = 30;
     std::array<CDerivativeHouse, 2> houses;
     std::vector<Contract> contracts(kContracts);
-    for (int i = 0; i < kContracts; ++i) {
-        contracts[i] = {.token = 100 + i, .expiryDate = houses[0].Days(30 + i % 3 * 30)};
-        contracts[i].array = Flat(static_cast<float>(5 + i));
-        if (i % 2) contracts[i].strike = 10000 + i;
-        if (i % 5 == 0) contracts[i].exchange = kMaskBseDerivatives;
+    int number = 0;
+    for (Contract& contract : contracts) {
+        contract = {.token = 100 + number, .expiryDate = houses[0].Days(30 + number % 3 * 30)};
+        contract.array = Flat(static_cast<float>(5 + number));
+        if (number % 2) contract.strike = 10000 + number;
+        if (number % 5 == 0) contract.exchange = kMaskBseDerivatives;
+        ++number;
     }
     for (CDerivativeHouse& house : houses) {
         for (const int mask : {0xD, 0x1FF}) house.Limit("C2", static_cast<std::int16_t>(mask));

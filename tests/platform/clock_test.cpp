@@ -14,8 +14,7 @@ TEST(Clock, TheDayBeginsAtLocalMidnight) {
     constexpr std::int64_t kMidnight = 1763663400;  // 2025-11-21 00:00 in India
     constexpr std::int32_t kDay = 16761 * 86400;    // whole days since 1980-01-01 there
     const struct {
-        const char* name;
-        const char* zone;
+        const char *name, *zone;
         std::int64_t now;
         std::int32_t base;
         const char* log;

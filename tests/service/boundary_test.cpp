@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -292,16 +293,12 @@ Names ExportedNames() {
 }
 
 TEST(Exports, TheLibraryShowsWhatItsHeadersDeclareAndNothingElse) {
-    const std::string mark = "\nSURVEILLANCE_API ";
+    const std::regex mark("\nSURVEILLANCE_API .*?(\\w+)\\(");
     Names declared;
     for (const char* header : {"surveillance.h", "host.h"}) {
         std::ifstream file(SURVEILLANCE_SOURCE_DIR "/include/surveillance/" + std::string(header));
         const std::string text(std::istreambuf_iterator<char>(file), {});
-        for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
-            const std::size_t type = at + mark.size();
-            const std::size_t name = text.find(' ', type) + 1;
-            ++declared[text.substr(name, text.find('(', name) - name)];
-        }
+        for (std::sregex_iterator at(text.begin(), text.end(), mark), end; at != end; ++at) ++declared[(*at)[1]];
     }
     EXPECT_EQ(ExportedNames(), declared);
 }

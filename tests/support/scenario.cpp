@@ -263,8 +263,7 @@ void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32
 Answer CScenario::Send(std::vector<char> buffer, bool probe) {
     auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     tagOrdErrMessage error{};
-    CPtrList limitRows;
-    CPtrList rollbackRows;
+    CPtrList limitRows, rollbackRows;
     Answer answer;
     answer.result =
         library.manager->CheckSurveillance(request, error, answer.status, {&limitRows, &rollbackRows}, probe);
