@@ -56,9 +56,7 @@ Figures Traded(const CSurvPosition* position) {
 }
 
 BKExposureTag WithMtm(BKExposureTag row, double mtm, double open, std::int32_t lastPrice) {
-    row.mtmValue = mtm;
-    row.openPositionValue = open;
-    row.lastPrice = lastPrice;
+    row.mtmValue = mtm, row.openPositionValue = open, row.lastPrice = lastPrice;
     return row;
 }
 
@@ -130,8 +128,7 @@ TEST(PositionRows, AnOptionTakesTodaysPartFromItsDailyRow) {
     CRows rows;
     const auto add = [&rows](std::int16_t mask, std::int32_t traded, std::int32_t strike) {
         BKExposureTag row = PositionRow("C1", mask, traded, "C1", 50);
-        row.contract.expiryDate = 500000;
-        row.contract.strikePrice = strike;
+        row.contract.expiryDate = 500000, row.contract.strikePrice = strike;
         rows.Add(row);
     };
     add(8, 30, 100);
@@ -150,8 +147,7 @@ TEST(PositionRows, ATickMovesTheAccountBehindAPosition) {
     CClientPosition* held =
         rows->ClientBook().Of(Period::kExpiry).positions.scrips.Find(kScrip)->Find(std::string_view{"G1|C1"});
     tagOrderInfoForSurv tick;
-    tick.marketSegment = 1;
-    tick.token = 2885;
+    tick.marketSegment = 1, tick.token = 2885;
     for (const std::int32_t price : {25200, 24500, 24500}) {
         tick.lastTradedPrice = price;
         held->ApplyPrice(tick, rows->Context().settings);
@@ -167,10 +163,8 @@ TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
     const std::string groupless = "|LONGCL+";
     const std::string group = "G1|LONGCLIENT+";
     const struct {
-        const char* name;
-        const char* code;
-        std::int16_t level, subLevel, mode, orderBased;
-        std::int16_t client, sub, group;
+        const char *name, *code;
+        std::int16_t level, subLevel, mode, orderBased, client, sub, group;
         std::string holder;  // by whom the row is recorded; empty: by no one
     } cases[] = {
         {"root, mode 2", "-", 2, 0, 2, 0, 1, -1, 0, dealer},

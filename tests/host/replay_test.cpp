@@ -24,10 +24,7 @@ std::string Play(const std::string& script, std::string* complaint = nullptr) {
 }
 
 TEST(Replay, AFaultyLineIsNamedAndEarlierAnswersStand) {
-    const struct {
-        const char* line;
-        const char* complaint;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {R"({"call":"GetTransactionLogList")", "broken JSON at column 32: syntax error"},
         {R"({"call":"GetTransactionLogList"} {})", "broken JSON at column 34: syntax error"},
         {"{\"call\":\"DownloadSurvInfo\",\"code\":\"\xFF\"}", "broken JSON at column 36: syntax error"},
@@ -64,12 +61,12 @@ TEST(Replay, AFaultyLineIsNamedAndEarlierAnswersStand) {
          "map[1]: tagAdditionalMarginInfo has no field \"rate\""},
     };
     const std::string good = "# a comment\n\n{\"call\":\"GetTransactionLogList\"}\r\n";
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (const auto& [line, due] : cases) {
+        SCOPED_TRACE(line);
         std::string complaint;
-        const std::string answers = Play(good + c.line + "\n" + good, &complaint);
+        const std::string answers = Play(good + line + "\n" + good, &complaint);
         EXPECT_EQ(answers, "{\"call\":\"GetTransactionLogList\",\"result\":null}\n");
-        EXPECT_TRUE(complaint.starts_with(std::string("day.jsonl:4: ") + c.complaint)) << complaint;
+        EXPECT_TRUE(complaint.starts_with(std::string("day.jsonl:4: ") + due)) << complaint;
         EXPECT_EQ(complaint.find('\n'), std::string::npos);
     }
 }

@@ -31,12 +31,8 @@ TEST(Request, RecordsLieOneBehindTheOtherAndTheFlagsAnnounceThem) {
 }
 
 TEST(Request, ThePrimaryRecordIsTheOneOfTheMessageCode) {
-    const struct {
-        const char* name;
-        const char* records;
-        std::size_t storedOrder;  ///< where the stored order must lie
-        int requestFlags;
-    } cases[] = {
+    // storedOrder: where the stored order must lie
+    const std::tuple<const char*, const char*, std::size_t, int> cases[]{
         {"trade", R"("messageCode":2222},"trade":{"exchangeMask":2})", 154 + 402, 0},
         {"correction and trade", R"("messageCode":5440},"tradeCorrection":{"exchangeMask":2},"trade":{})", 154 + 188,
          1},
@@ -45,14 +41,14 @@ TEST(Request, ThePrimaryRecordIsTheOneOfTheMessageCode) {
         {"unknown code", R"("messageCode":4711},"order":{"exchangeMask":2})", 154 + 492, 0},
         {"mask of its own", R"("messageCode":2000,"exchangeMask":2},"order":{"exchangeMask":1})", 154 + 492, 0},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, records, storedOrder, requestFlags] : cases) {
+        SCOPED_TRACE(name);
         const Json line = ParseLine(
-            std::string(R"({"call":"UpdateSurveillance","orderInfo":{"price":77},"request":{)") + c.records + "}");
+            std::string(R"({"call":"UpdateSurveillance","orderInfo":{"price":77},"request":{)") + records + "}");
         const Arguments arguments(line, kArguments);
         Request request(arguments);
-        EXPECT_EQ(At<tagOrderInfo>(request, c.storedOrder).price, 77);
-        EXPECT_EQ(request.Head()->requestFlags, c.requestFlags);
+        EXPECT_EQ(At<tagOrderInfo>(request, storedOrder).price, 77);
+        EXPECT_EQ(request.Head()->requestFlags, requestFlags);
         EXPECT_EQ(request.Head()->exchangeMask, 2);
     }
 }

@@ -10,17 +10,16 @@
 namespace survhost {
 namespace {
 
-OrderView ViewOf(const char* line, const char* answer) {
-    const Json script = ParseLine(line);
-    const Json given = ParseLine(answer);
-    return ViewOrder({script, given, std::nullopt}).value();
+/// `answer` to an order of S1, C1, F1, D1 and G1.
+OrderView ViewOf(const Json& answer) {
+    const Json line = ParseLine(
+        R"({"call":"CheckSurveillance","request":{"groupCode":"G1","groupType":5,"dealerCode":"D1","familyCode":"F1",
+            "clientCode":"C1","clientType":2,"subClientCode":"S1","subClientType":7},"order":{}})");
+    return ViewOrder({line, answer, std::nullopt}).value();
 }
 
 TEST(OrderView, RefusalsOfOneRuleShareItsName) {
-    const struct {
-        const char* text;
-        const char* rule;
-    } cases[] = {
+    const std::tuple<const char*, const char*> cases[]{
         {"|Order failed Max. Single Transaction Qty Check where the limit is 500 and current value is 1000  of ",
          "Max. Single Transaction Qty"},
         {"C1|Order failed Gross Exposure check where the limit is 1.00, prev. utilized was 0.00 of Futures ( "
@@ -32,32 +31,24 @@ TEST(OrderView, RefusalsOfOneRuleShareItsName) {
          "Only Square Off Orders allowed - User is in SquareOff mode"},
         {"", ""},
     };
-    for (const auto& c : cases) {
-        const Json answer{{"result", 0}, {"status", -312}, {"errorText", c.text}};
-        std::string text;
-        WriteJson(answer, text);
-        EXPECT_EQ(ViewOf(R"({"call":"CheckSurveillance","request":{},"order":{}})", text.c_str()).rule, c.rule);
+    for (const auto& [text, rule] : cases) {
+        EXPECT_EQ(ViewOf({{"result", 0}, {"status", -312}, {"errorText", text}}).rule, rule);
     }
 }
 
 TEST(OrderView, NamesTheLevelThatRefused) {
-    const struct {
-        const char* code;
-        int type;
-        const char* level;
-    } cases[] = {{"S1", 7, "sub client"},
-                 {"C1", 2, "client"},
-                 {"F1", 8, "family"},
-                 {"D1", 0, "dealer"},
-                 {"G1", 5, "group"},
-                 {"-", -1, "house"},
-                 {"D1", -1, "ahead of the levels"}};
-    for (const auto& c : cases) {
-        std::string text;
-        WriteJson({{"result", 0}, {"status", -312}, {"failedLevelCode", c.code}, {"failedLevelType", c.type}}, text);
-        const char* line = R"({"call":"CheckSurveillance","request":{"groupCode":"G1","groupType":5,"dealerCode":"D1",
-            "familyCode":"F1","clientCode":"C1","clientType":2,"subClientCode":"S1","subClientType":7},"order":{}})";
-        EXPECT_EQ(ViewOf(line, text.c_str()).level, c.level);
+    const std::tuple<const char*, int, const char*> cases[]{
+        {"S1", 7, "sub client"},
+        {"C1", 2, "client"},
+        {"F1", 8, "family"},
+        {"D1", 0, "dealer"},
+        {"G1", 5, "group"},
+        {"-", -1, "house"},
+        {"D1", -1, "ahead of the levels"},
+    };
+    for (const auto& [code, type, level] : cases) {
+        const Json answer{{"result", 0}, {"status", -312}, {"failedLevelCode", code}, {"failedLevelType", type}};
+        EXPECT_EQ(ViewOf(answer).level, level);
     }
 }
 
@@ -75,11 +66,7 @@ TEST(Pretty, AnOrderIsOneLine) {
 }
 
 TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
-    const struct {
-        const char* row;
-        const char* limit;
-        double share;
-    } cases[] = {
+    const std::tuple<const char*, const char*, double> cases[]{
         {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300})", "gross exposure", 0.25},
         {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300,"limitOptions":8})", "gross exposure",
          0.75},
@@ -88,26 +75,25 @@ TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
         {R"({"marginLimit":40000,"usedMarginMax":300})", "margin", 0.75},
         {R"({"turnoverLimit":0,"usedMaxTurnover":1})", "turnover", std::numeric_limits<double>::infinity()},
     };
-    for (const auto& c : cases) {
-        const auto uses = LimitUses(ParseLine(c.row));
-        ASSERT_EQ(uses.size(), 1u) << c.row;
-        EXPECT_EQ(uses[0].limit, c.limit);
-        EXPECT_DOUBLE_EQ(uses[0].share, c.share);
+    for (const auto& [row, limit, share] : cases) {
+        const auto uses = LimitUses(ParseLine(row));
+        ASSERT_EQ(uses.size(), 1u) << row;
+        EXPECT_EQ(uses[0].limit, limit);
+        EXPECT_DOUBLE_EQ(uses[0].share, share);
     }
     EXPECT_TRUE(LimitUses(ParseLine(R"({"mtmLossLimit":400,"usedMtm":100,"usedMaxGross":9})")).empty());
 }
 
 TEST(TextFormat, GroupsRupeesByLakhAndCrore) {
-    const struct {
-        double paise;
-        const char* text;
-    } cases[] = {{0, "0.00"},
-                 {99999, "999.99"},
-                 {-100000, "-1,000.00"},
-                 {12345678, "1,23,456.78"},
-                 {1e11, "1,00,00,00,000.00"},
-                 {std::nan(""), "-"}};
-    for (const auto& c : cases) EXPECT_EQ(Rupees(c.paise), c.text);
+    const std::tuple<double, const char*> cases[]{
+        {0, "0.00"},
+        {99999, "999.99"},
+        {-100000, "-1,000.00"},
+        {12345678, "1,23,456.78"},
+        {1e11, "1,00,00,00,000.00"},
+        {std::nan(""), "-"},
+    };
+    for (const auto& [paise, text] : cases) EXPECT_EQ(Rupees(paise), text);
     EXPECT_EQ(Grouped(std::numeric_limits<std::int64_t>::min()), "-92,23,37,20,36,85,47,75,808");
 }
 

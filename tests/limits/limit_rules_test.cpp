@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
-#include <string>
-#include <vector>
 
 #include "platform/format.h"
 #include "support/row_bench.h"
@@ -25,15 +22,10 @@ RowBench Used(std::int16_t buySell, std::int16_t mask = 3) {
     bench.order.buySell = buySell;
     bench.held = buySell == kBuy ? Traded(40, 20000) : Traded(0, 0, 40, 20000);
     bench.ownHeld = buySell == kBuy ? Traded(0, 0, 60, 20000) : Traded(60, 20000);
-    bench.row.usedMaxGross = 10'000'00;
-    bench.row.usedMaxNet = 11'000'00;
-    bench.row.usedMaxNetSale = 12'000'00;
-    bench.row.usedMaxNetPosition = -5'000'00;
-    bench.row.usedPendingOrder = 14'000'00;
-    bench.row.usedMaxTurnover = 15'000'00;
-    bench.row.grossUsedMaxGross = 16'000'00;
-    bench.row.grossUsedMaxNet = 17'000'00;
-    bench.row.grossUsedMaxNetSale = 18'000'00;
+    bench.row.usedMaxGross = 10'000'00, bench.row.usedMaxNet = 11'000'00, bench.row.usedMaxNetSale = 12'000'00;
+    bench.row.usedMaxNetPosition = -5'000'00, bench.row.usedPendingOrder = 14'000'00;
+    bench.row.usedMaxTurnover = 15'000'00, bench.row.grossUsedMaxGross = 16'000'00;
+    bench.row.grossUsedMaxNet = 17'000'00, bench.row.grossUsedMaxNetSale = 18'000'00;
     bench.row.usedMtm = -7'000'00;
     return bench;
 }
@@ -173,8 +165,7 @@ constexpr double kLoss = 500;
 /// A row with a loss at its limit: the automatic modes, with parts of 0, need only be switched on.
 RowBench AtLoss(std::int16_t mask) {
     RowBench bench(mask);
-    bench.row.usedMtm = -kLoss;
-    bench.row.mtmLossLimit = kLoss;
+    bench.row.usedMtm = -kLoss, bench.row.mtmLossLimit = kLoss;
     return bench;
 }
 void Break(RowBench& bench, const Rule& rule) {
@@ -250,11 +241,8 @@ TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RowBench bench = AtLoss(0x1FF);
-        bench.order.buySell = c.buySell;
-        bench.order.marketSegment = c.segment;
-        bench.order.nriClient = c.nri;
-        bench.order.compulsoryDelivery = c.compulsory;
-        bench.row.limitOptions = c.options;
+        bench.order.buySell = c.buySell, bench.order.marketSegment = c.segment, bench.order.nriClient = c.nri;
+        bench.order.compulsoryDelivery = c.compulsory, bench.row.limitOptions = c.options;
         const bool buys = c.buySell == kBuy;
         bench.held = buys ? Traded(0, 0, c.held, 20000) : Traded(c.held, 20000);
         bench.ownHeld = buys ? Traded(0, 0, c.ownHeld, 20000) : Traded(c.ownHeld, 20000);
@@ -270,10 +258,8 @@ TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
 }
 
 TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
-    const struct {
-        const char* tried;  ///< beside the rules of every row; "option": it speaks of purchases
-        std::vector<std::int16_t> masks;
-    } cases[] = {
+    // tried: beside the rules of every row; "option": it speaks of purchases
+    const std::tuple<const char*, std::vector<std::int16_t>> cases[]{
         {"", {4, 0x20, 0x180}},
         {" mode", {5, 0x21}},
         {" option", {8, 0xC, 0xE, 0x40, 0x60, 0x7E, 0x1FE}},
@@ -284,14 +270,14 @@ TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
         {" mtm mode nri option", {0xD, 0xF, 0x61, 0x7F}},
         {" mtm mode pre auto nri option", {0x1FF}},
     };
-    for (const auto& c : cases) {
-        for (const std::int16_t mask : c.masks) {
+    for (const auto& [tried, masks] : cases) {
+        for (const std::int16_t mask : masks) {
             RowBench bench(mask);
             bench.row.netExposureLimit = 0;
             const bool option = bench.Check().text.find("Net Purchase") != std::string::npos;
-            EXPECT_EQ(Refusing(AtLoss(mask)) + (option ? " option" : ""),
-                      std::string{"quantity max.value max.qty min.value min.qty gross net position pending turnover"} +
-                          c.tried)
+            EXPECT_EQ(
+                Refusing(AtLoss(mask)) + (option ? " option" : ""),
+                std::string{"quantity max.value max.qty min.value min.qty gross net position pending turnover"} + tried)
                 << mask;
         }
     }
@@ -317,13 +303,9 @@ TEST(LimitRules, TheModesSayWhatTheyAreAndStartAtTheirPartOfTheMtmLossLimit) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.mtm);
         RowBench bench(0x1FF);
-        bench.row.mtmLossLimit = 10'000'00;
-        bench.row.usedMtm = c.mtm;
-        bench.order.squareOffOnlyFlag = c.modeOn;
-        bench.order.preAutoSquareOffOn = c.preOn;
-        bench.order.autoSquareOffOn = c.autoOn;
-        bench.order.preAutoSquareOffPart = 500'000;
-        bench.order.autoSquareOffPart = 750'000;
+        bench.row.mtmLossLimit = 10'000'00, bench.row.usedMtm = c.mtm, bench.order.squareOffOnlyFlag = c.modeOn;
+        bench.order.preAutoSquareOffOn = c.preOn, bench.order.autoSquareOffOn = c.autoOn;
+        bench.order.preAutoSquareOffPart = 500'000, bench.order.autoSquareOffPart = 750'000;
         EXPECT_EQ(bench.Check().text, c.text);
         bench.row.mtmLossLimit = -1.0;
         EXPECT_EQ(bench.Check().Passed(), !c.modeOn) << "no limit has no parts";
@@ -343,10 +325,8 @@ TEST(LimitRules, ShortTextsAreForTheRootAdminAndEntitiesOfType7) {
         for (const std::int16_t detail : {std::int16_t{0}, std::int16_t{1}}) {
             SCOPED_TRACE(testing::Message() << c.level << c.entityLevel << " product " << c.productType << detail);
             RowBench bench;
-            bench.order.levelCode = c.level;
-            bench.order.productType = c.productType;
-            bench.row.entityLevel = c.entityLevel;
-            bench.row.maxSingleOrderQty = 99;
+            bench.order.levelCode = c.level, bench.order.productType = c.productType;
+            bench.row.entityLevel = c.entityLevel, bench.row.maxSingleOrderQty = 99;
             bench.settings.limitDetailMessages = detail;
             constexpr const char* kShort = "Max. Single Transaction Qty. exceeded";
             const bool isShort = detail ? c.shortInDetail : c.shortAtAll;
@@ -365,8 +345,7 @@ TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
             RowBench bench;
             BKSurveillanceLimitDefTag& row = bench.row;
             bench.order.buySell = rule.code == -221 ? kSell : kBuy;
-            row.limitOptions = options;
-            row.usedMtm = -1;
+            row.limitOptions = options, row.usedMtm = -1;
             for (const double limit : {kInfinite, -kInfinite, kNotANumber}) {
                 rule.limit.Set(row, limit);
                 EXPECT_EQ(bench.Check().code, rule.code);
@@ -385,8 +364,7 @@ TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
 TEST(LimitRules, AnOrderOfMcxIsWorthItsLots) {
     for (const auto& [weighting, paise] : {std::pair{LotWeighting::kOn, 5789.06}, {LotWeighting::kOff, 3705.0}}) {
         RowBench bench(0x81);
-        bench.order.marketSegment = 7;
-        bench.order.lotWeighting = weighting;
+        bench.order.marketSegment = 7, bench.order.lotWeighting = weighting;
         bench.order.marginRates = {1, 8, 5, 4, 10};
         bench.order.quantity = 3;
         bench.order.price = 1235;  // 1 / 8 * 1235 * 5 / 4 * 10 * 3 = 5789.0625

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <string>
-
 #include "limits/category_check.h"
 #include "support/row_bench.h"
 
@@ -29,11 +26,9 @@ TEST(Report, BitsAddUpTheLastTextStandsAndTheRowStays) {
     row.turnoverMultiplier = 20000;  // a limit of 2.00 that only the report knows
     // An enquiry is told of no minimum, no loss and no mode.
     row.minSingleOrderValue = row.minSingleOrderQty = 1'000'000'000;
-    row.usedMtm = -500;
-    row.mtmLossLimit = 0;
+    row.usedMtm = -500, row.mtmLossLimit = 0;
     bench.order.squareOffOnlyFlag = bench.order.preAutoSquareOffOn = bench.order.autoSquareOffOn = true;
-    bench.order.productType = product::kConvertToMargin;
-    bench.order.nriClient = true;
+    bench.order.productType = product::kConvertToMargin, bench.order.nriClient = true;
     bench.order.collateralDelta = 500;
 
     const BKSurveillanceLimitDefTag before = row;
@@ -69,8 +64,7 @@ TEST(Report, ARowOverItsLimitIsReportedOnlyIfTheOrderRaisesIt) {
             bench.row.usedPendingOrder = 26'000'00;
             bench.held.orderBuyQty = bench.ownHeld.orderBuyQty = bench.order.prevQuantity = 100;
             bench.held.orderBuyValue = bench.ownHeld.orderBuyValue = 25'000'00;
-            bench.order.prevPrice = 25000;
-            bench.order.price = price;
+            bench.order.prevPrice = 25000, bench.order.price = price;
             tagBreachRow breach{};
             EXPECT_FALSE(bench.Report(breach).Passed());
             EXPECT_EQ(breach.breachBitsA, bitsA);
@@ -85,10 +79,8 @@ TEST(Report, NetAndNetSaleAreReportedForBothDirections) {
         SCOPED_TRACE(buySell);
         const bool buys = buySell == kBuy;
         RowBench bench;
-        bench.order.buySell = buySell;
-        bench.order.orderEventKind = event::kCorrection;
-        bench.order.prevQuantity = 60;
-        bench.order.quantity = 10;
+        bench.order.buySell = buySell, bench.order.orderEventKind = event::kCorrection;
+        bench.order.prevQuantity = 60, bench.order.quantity = 10;
         bench.order.prevPrice = bench.order.price = 20000;
         bench.held = buys ? Traded(60, 20000, 100, 20000) : Traded(100, 20000, 60, 20000);
         (buys ? bench.held.orderBuyQty : bench.held.orderSellQty) += 200;  // so that it squares nothing off
@@ -102,9 +94,7 @@ TEST(Report, NetAndNetSaleAreReportedForBothDirections) {
 
 TEST(Report, AnEnquiryNetsBuysAndSellsOfAnyClient) {
     RowBench bench;
-    bench.order.scripInfo = &bench.scrip;
-    bench.order.buySell = kSell;
-    bench.order.nriClient = true;
+    bench.order.scripInfo = &bench.scrip, bench.order.buySell = kSell, bench.order.nriClient = true;
     CScenario s;
     s.House();
     ASSERT_TRUE(s.Check({}).Passed());

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <string>
 
 #include "mtm/row_mtm.h"
 #include "support/row_bench.h"
@@ -22,20 +20,10 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
     s.Limit("C2", 3);
     OrderSpec purchase, sale, change;
     sale.client = "C2";
-    sale.buySell = kSell;
-    sale.quantity = 40;
-    sale.price = 26000;
-    change.messageCode = 2040;
-    change.quantity = 60;
-    change.price = 24000;
-    change.hasStored = true;
-    change.storedQuantity = 100;
-    change.storedPrice = 25000;
-    const struct {
-        const char* name;
-        const OrderSpec& order;
-        const char* used;
-    } steps[] = {
+    sale.buySell = kSell, sale.quantity = 40, sale.price = 26000;
+    change.messageCode = 2040, change.quantity = 60, change.price = 24000;
+    change.hasStored = true, change.storedQuantity = 100, change.storedPrice = 25000;
+    const std::tuple<const char*, const OrderSpec&, const char*> steps[]{
         {"a purchase of 25,000", purchase,
          "order: gross,net 25000 position,turnover 25000; max: gross,net 25000 position,turnover 25000; "
          "open: pending 25000"},
@@ -48,10 +36,10 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
          "max: gross,net 14400 sale 10400 position 14400 turnover 24800; open: pending 24800; "
          "own order: gross 24800 net 14400 sale 10400; own max: gross 24800 net 14400 sale 10400"},
     };
-    for (const auto& step : steps) {
-        SCOPED_TRACE(step.name);
-        ASSERT_TRUE(s.Check(step.order).Passed());
-        for (const char* level : {"D1", "G1", "-"}) EXPECT_EQ(Changes(Row{}, s.Row(level, 3)), step.used) << level;
+    for (const auto& [name, order, used] : steps) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(s.Check(order).Passed());
+        for (const char* level : {"D1", "G1", "-"}) EXPECT_EQ(Changes(Row{}, s.Row(level, 3)), used) << level;
     }
     EXPECT_EQ(Changes(Row{}, s.Row("C2", 3)),
               "order: gross 10400 sale 10400 position -10400 turnover 10400; "
@@ -65,8 +53,7 @@ TEST(RowFigures, ALevelThatIsNotAskedTakesTheOrderInWhateverItsLimits) {
     OrderSpec order;
     order.levelCheckFlags = 62 & ~(1 << 4);  // all but the client
     ASSERT_TRUE(s.Check(order).Passed());
-    order.buySell = kSell;
-    order.quantity = 30;
+    order.buySell = kSell, order.quantity = 30;
     ASSERT_TRUE(s.Check(order).Passed());
     EXPECT_EQ(Changes(Row{}, s.Row("C1", 3)), Changes(Row{}, s.Row("D1", 3)));
     EXPECT_EQ(s.Row("C1", 3).usedMaxTurnover, 32'500'00);
@@ -128,15 +115,10 @@ TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
         bench.held = c.sold ? Traded(0, 0, 100, 20000) : Traded(100, 20000);
         bench.held.orderBuyQty += c.open;
         bench.held.orderBuyValue += c.open * 210'00.0;
-        bench.ownHeld = bench.held;
-        bench.row.usedPendingOrder = 14'000'00;
-        bench.order.orderEventKind = c.kind;
-        bench.order.productType = c.productType;
-        bench.order.buySell = c.buySell;
-        bench.order.prevQuantity = c.prevQuantity;
-        bench.order.prevPrice = c.prevPrice;
-        bench.order.quantity = c.quantity;
-        bench.order.price = c.price;
+        bench.ownHeld = bench.held, bench.row.usedPendingOrder = 14'000'00, bench.order.orderEventKind = c.kind;
+        bench.order.productType = c.productType, bench.order.buySell = c.buySell;
+        bench.order.prevQuantity = c.prevQuantity, bench.order.prevPrice = c.prevPrice;
+        bench.order.quantity = c.quantity, bench.order.price = c.price;
         if (c.kind == event::kTrade) bench.order.lastTradedPrice = 20000;
         const Row before = bench.row;
         if (c.checked != kNotChecked) {
@@ -195,18 +177,11 @@ TEST(RowFigures, AnOrderIsJudgedByTheFundOfTheMoment) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RowBench bench;
-        bench.row.token = c.token;
-        bench.row.limitOptions = c.options;
-        bench.row.definedFund = 10'000'00;
-        bench.row.baseFund = 5'000'00;
-        bench.row.collateralFund = 2'000'00;
-        bench.row.saleCreditFund = 1'000'00;
-        bench.row.grossExposureLimit = 9'000'00;
-        bench.row.grossExposureMultiplier = 10000;
+        bench.row.token = c.token, bench.row.limitOptions = c.options, bench.row.definedFund = 10'000'00;
+        bench.row.baseFund = 5'000'00, bench.row.collateralFund = 2'000'00, bench.row.saleCreditFund = 1'000'00;
+        bench.row.grossExposureLimit = 9'000'00, bench.row.grossExposureMultiplier = 10000;
         bench.order.riskPreference.fundFlags = static_cast<std::uint8_t>(c.fundFlags);
-        bench.order.collateralDelta = 300'00;
-        bench.order.saleCreditDelta = 50'00;
-        bench.order.quantity = 1;
+        bench.order.collateralDelta = 300'00, bench.order.saleCreditDelta = 50'00, bench.order.quantity = 1;
         bench.order.price = c.limit + 1;
         EXPECT_EQ(bench.Check().code, -202);
         EXPECT_EQ(bench.row.collateralFund, 2'000'00) << "a refusal leaves a trace";
@@ -231,12 +206,8 @@ TEST(RowFigures, SevenLimitsFollowTheirMultiplierAndNoneBecomesNoLimit) {
     RebuildLimits(row, 1'000'000);
     EXPECT_EQ(row.grossExposureLimit, 111) << "it has no multiplier yet";
     row.grossExposureMultiplier = row.pendingOrderMultiplier = 10000;
-    row.netExposureMultiplier = 20000;
-    row.netSaleExposureMultiplier = 30000;
-    row.netPositionMultiplier = 5000;
-    row.turnoverMultiplier = 40000;
-    row.mtmLossMultiplier = 0;
-    row.marginMultiplier = 2500;
+    row.netExposureMultiplier = 20000, row.netSaleExposureMultiplier = 30000, row.netPositionMultiplier = 5000;
+    row.turnoverMultiplier = 40000, row.mtmLossMultiplier = 0, row.marginMultiplier = 2500;
     RebuildLimits(row, 1'000'000);
     EXPECT_EQ(row.grossExposureLimit, 1'000'000);
     EXPECT_EQ(row.netExposureLimit, 2'000'000);
@@ -253,8 +224,7 @@ TEST(RowFigures, SevenLimitsFollowTheirMultiplierAndNoneBecomesNoLimit) {
 /// What is booked comes again as the mark of what is open: the MTM is twice the booked profit.
 CSurvPosition Booked(int profit, tagExposureScripSpecificInfo& scrip) {
     CSurvPosition position(Traded(20, 10000, 10, 10000 + profit / 10));
-    position.data.scripInfo = &scrip;
-    position.data.lastPrice = 10000 + profit / 10;
+    position.data.scripInfo = &scrip, position.data.lastPrice = 10000 + profit / 10;
     return position;
 }
 
@@ -274,43 +244,38 @@ TEST(RowMtm, LossesCountAndProfitsOnlyIfTheClientHasItSo) {
     constexpr int kMtmProfits = 1 << 1;
     constexpr int kBookedProfits = 1 << 3;
     constexpr int kOthers = 0xFF & ~kMtmProfits & ~kBookedProfits;
-    const struct {
-        int before, after, losses, all;
-    } cases[] = {
+    const std::tuple<int, int, int, int> cases[]{
         {-100, -300, -200, -200}, {-300, -100, 200, 200}, {-100, 0, 100, 100},
         {0, -100, -100, -100},    {-100, 200, 100, 300},  {0, 200, 0, 200},
         {200, -100, -100, -300},  {200, 0, 0, -200},      {200, 500, 0, 300},
         {500, 200, 0, -300},      {0, 0, 0, 0},
     };
-    for (const auto& c : cases) {
+    for (const auto& [before, after, losses, all] : cases) {
         for (const int profits : {0, kMtmProfits, kBookedProfits}) {
-            SCOPED_TRACE(testing::Message() << c.before << " to " << c.after << ", flags " << profits);
+            SCOPED_TRACE(testing::Message() << before << " to " << after << ", flags " << profits);
             Order order;
             order.riskPreference.marginFlags = static_cast<std::uint8_t>(kOthers | profits);
-            const Row row = MovedRow(c.before, c.after, order);
-            EXPECT_EQ(row.usedMtm, 2 * (profits == kMtmProfits ? c.all : c.losses));
-            EXPECT_EQ(row.usedBookedPnl, profits == kBookedProfits ? c.all : c.losses);
-            EXPECT_EQ(row.usedMtmFull, 2 * (c.after - c.before));
+            const Row row = MovedRow(before, after, order);
+            EXPECT_EQ(row.usedMtm, 2 * (profits == kMtmProfits ? all : losses));
+            EXPECT_EQ(row.usedBookedPnl, profits == kBookedProfits ? all : losses);
+            EXPECT_EQ(row.usedMtmFull, 2 * (after - before));
         }
     }
 }
 
 TEST(RowMtm, OptionsNeverCountAndARebuildLaysTheWholeIn) {
-    const struct {
-        std::int16_t segment, recompute, positionMode;
-        double change;
-    } cases[] = {
+    const std::tuple<std::int16_t, std::int16_t, std::int16_t, double> cases[]{
         {1, 0, 1, -200}, {5, 0, 2, -200}, {3, 0, 1, 0},    {6, 0, 1, 0},    {3, 1, 1, 0},
         {1, 1, 0, -200}, {1, 1, 1, -300}, {1, 1, 2, -300}, {1, 1, 3, -300}, {1, 1, 4, -200},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.segment << " " << c.recompute << " " << c.positionMode);
+    for (const auto& [segment, recompute, positionMode, change] : cases) {
+        SCOPED_TRACE(testing::Message() << segment << " " << recompute << " " << positionMode);
         Order order;
-        order.rpfRecomputeFlag = c.recompute;
-        const Row row = MovedRow(-100, -300, order, c.segment, c.positionMode);
-        EXPECT_EQ(row.usedMtm, 2 * c.change);
-        EXPECT_EQ(row.usedMtmFull, 2 * c.change);
-        EXPECT_EQ(row.usedBookedPnl, c.change);
+        order.rpfRecomputeFlag = recompute;
+        const Row row = MovedRow(-100, -300, order, segment, positionMode);
+        EXPECT_EQ(row.usedMtm, 2 * change);
+        EXPECT_EQ(row.usedMtmFull, 2 * change);
+        EXPECT_EQ(row.usedBookedPnl, change);
     }
 }
 

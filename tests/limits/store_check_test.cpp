@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "limits/row_masks.h"
 #include "platform/format.h"
@@ -18,12 +16,7 @@ using Row = BKSurveillanceLimitDefTag;
 constexpr std::int32_t kGroupB = -101;
 constexpr std::int32_t kScrip = 2885;
 
-OrderSpec OrderOfGroup(std::int32_t group) {
-    OrderSpec order;
-    order.symbol = "SYM";
-    order.scripGroupNumber = group;
-    return order;
-}
+const OrderSpec kOrderOfGroupB{.symbol = "SYM", .scripGroupNumber = kGroupB};
 
 /// What is expected of a client's refusal: "quantity 10" or "size 10", by the rule and its limit, and the suffix.
 std::string Refusal(const std::string& rule, const std::string& suffix, const char* label) {
@@ -41,11 +34,8 @@ TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
     constexpr const char* kAll = " across all securities";
     constexpr const char* kGroup = " for the Group B";
     constexpr const char* kSymbol = " for SYM EQ";
-    const struct {
-        const char* refusing;  ///< empty: the order passes
-        const char* suffix;
-        std::vector<const char*> rows;
-    } cases[] = {
+    // refusing: empty: the order passes
+    const std::tuple<const char*, const char*, std::vector<const char*>> cases[]{
         {"", "", {"---", "p--", "ppp", "q-p", "qpp", "qqp", "pqp"}},
         {"quantity 10", kAll, {"q--", "qp-"}},
         {"quantity 20", kAll, {"qq-"}},
@@ -60,9 +50,9 @@ TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
         {"size 30", kSymbol, {"pps", "p-s", "--s"}},
     };
     constexpr std::int32_t kTokens[] = {kAllSecurities, kGroupB, kScrip};
-    for (const auto& c : cases) {
-        for (const char* rows : c.rows) {
-            SCOPED_TRACE(rows);
+    for (const auto& [refusing, suffix, rows] : cases) {
+        for (const char* given : rows) {
+            SCOPED_TRACE(given);
             CScenario s;
             s.House();
             s.House(0x13);
@@ -70,23 +60,23 @@ TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
             s.library.manager->FindCategory("C1")->limitStores.Find(3)->store.RemoveRow(kAllSecurities);
             for (int i = 0; i < 3; ++i) {
                 const auto limit = [&](Row& row) {
-                    if (rows[i] == 'q') row.netQuantityLimit = 10 * (i + 1);
-                    if (rows[i] == 's') row.maxSingleOrderQty = 10 * (i + 1);
+                    if (given[i] == 'q') row.netQuantityLimit = 10 * (i + 1);
+                    if (given[i] == 's') row.maxSingleOrderQty = 10 * (i + 1);
                 };
-                if (rows[i] != '-') s.Limit("C1", 3, limit, kTokens[i]);
+                if (given[i] != '-') s.Limit("C1", 3, limit, kTokens[i]);
             }
             const std::string before = s.Dump();
-            const Answer answer = s.Check(OrderOfGroup(kGroupB));
-            if (*c.refusing) {
-                EXPECT_EQ(answer.text, Refusal(c.refusing, c.suffix, " of Equity ( NSE-Settlement) "));
-                EXPECT_EQ(answer.errorCode, c.refusing[0] == 'q' ? -229 : -206);
+            const Answer answer = s.Check(kOrderOfGroupB);
+            if (*refusing) {
+                EXPECT_EQ(answer.text, Refusal(refusing, suffix, " of Equity ( NSE-Settlement) "));
+                EXPECT_EQ(answer.errorCode, refusing[0] == 'q' ? -229 : -206);
                 EXPECT_EQ(s.Dump(), before);
                 continue;
             }
             EXPECT_TRUE(answer.Passed()) << answer.text;
             for (int i = 0; i < 3; ++i) {
-                if (rows[i] == '-') continue;
-                EXPECT_EQ(s.Row("C1", 3, kTokens[i]).usedMaxGross, rows[i] == 'p' ? 25'000'00 : 0)
+                if (given[i] == '-') continue;
+                EXPECT_EQ(s.Row("C1", 3, kTokens[i]).usedMaxGross, given[i] == 'p' ? 25'000'00 : 0)
                     << "a row that has refused takes no figures";
             }
         }
@@ -107,29 +97,23 @@ TEST(StoreCheck, AnEnquiryAsksTheScripWhateverTheWiderRowsSay) {
     s.Limit("C1", 0x13, tooLarge, kScrip);
     s.Limit("G1", 2, tooLarge);
     const std::string before = s.Dump();
-    const Answer answer = s.Probe(OrderOfGroup(kGroupB));
-    const auto rows = [](const std::vector<tagBreachRow>& breaches) {
-        std::vector<std::pair<int, int>> found;
-        for (const tagBreachRow& row : breaches) found.emplace_back(row.limitMask, row.token);
-        return found;
-    };
+    const Answer answer = s.Probe(kOrderOfGroupB);
+    std::vector<std::pair<int, int>> found;
+    for (const tagBreachRow& row : answer.probeRows) found.emplace_back(row.limitMask, row.token);
     // The group of mask 2 isn't asked behind a refusal, that of mask 0x12 is, its refusal being put off. The last
     // daily row passes, so the settlement rows are asked too.
     const std::vector<std::pair<int, int>> expected{{2, kAllSecurities}, {2, kScrip},    {0x12, kAllSecurities},
                                                     {0x12, kGroupB},     {0x13, kScrip}, {2, kAllSecurities}};
-    EXPECT_EQ(rows(answer.probeRows), expected);
+    EXPECT_EQ(found, expected);
     EXPECT_EQ(s.Dump(), before);
 }
 
 TEST(StoreCheck, NarrowMasksAnswerBeforeWideOnesAndDailyBeforeSettlement) {
-    const struct {
-        std::int16_t exchangeMask;
-        std::vector<std::int16_t> masks;
-    } cases[] = {
+    const std::tuple<std::int16_t, std::vector<std::int16_t>> cases[]{
         {kMaskNseCash, {2, 0x12, 0xE, 0x7E, 0x1FE, 3, 0x13, 0xF, 0x7F, 0x1FF}},
         {kMaskBseCash, {0x10, 0x12, 0x7E, 0x1FE, 0x11, 0x13, 0x7F, 0x1FF}},
     };
-    for (const auto& c : cases) {
+    for (const auto& [exchangeMask, masks] : cases) {
         CScenario s;
         s.House(0x13);
         // Rows arrive widest first, among others that don't meet the order.
@@ -138,9 +122,8 @@ TEST(StoreCheck, NarrowMasksAnswerBeforeWideOnesAndDailyBeforeSettlement) {
             s.Limit("C1", *mask, [](Row& row) { row.maxSingleOrderQty = 99; });
         }
         s.Row("C1", 0x13).maxSingleOrderQty = 99;
-        OrderSpec order = OrderOfGroup(0);
-        order.exchangeMask = c.exchangeMask;
-        for (const std::int16_t mask : c.masks) {
+        const OrderSpec order{.exchangeMask = exchangeMask, .symbol = "SYM"};
+        for (const std::int16_t mask : masks) {
             SCOPED_TRACE(mask);
             const Answer answer = s.Check(order);
             const std::string label{LimitMaskLabel(mask)};
@@ -171,39 +154,34 @@ TEST(StoreCheck, NoStoreIsSkippedForTheSakeOfAnEarlyStop) {
                 }
                 // The bit that the refusing scope doesn't need says whether the other period has rows.
                 if (present >> refusing & 1) limit(0x12, 1 - period, -1);
-                OrderSpec order;
-                order.client = "C2";
-                EXPECT_EQ(s.Check(order).errorCode, -206) << kScopes[refusing] + period << " beside " << present;
+                EXPECT_EQ(s.Check({.client = "C2"}).errorCode, -206)
+                    << kScopes[refusing] + period << " beside " << present;
             }
         }
     }
 }
 
 TEST(StoreCheck, ARowThatStandsForTwoOfTheThreeIsAskedOnce) {
-    const struct {
-        const char* name;
-        std::int32_t token, group, row;
-    } cases[] = {
+    const std::tuple<const char*, std::int32_t, std::int32_t, std::int32_t> cases[]{
         {"the scrip is all securities", kAllSecurities, 0, kAllSecurities},
         {"the group is all securities", kScrip, kAllSecurities, kAllSecurities},
         {"the scrip is the group", kGroupB, kGroupB, kGroupB},
         {"all are one", kAllSecurities, kAllSecurities, kAllSecurities},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, token, group, row] : cases) {
+        SCOPED_TRACE(name);
         CScenario s;
         s.House();
-        OrderSpec order = OrderOfGroup(c.group);
-        order.token = c.token;
-        if (c.row != kAllSecurities) {
+        OrderSpec order{.token = token, .scripGroupNumber = group};
+        if (row != kAllSecurities) {
             s.Row("C1", 3).netQuantityLimit = 10;  // which the scrip's row lifts
-            s.Limit("C1", 3, {}, c.row);
+            s.Limit("C1", 3, {}, row);
         }
         ASSERT_TRUE(s.Check(order).Passed());
-        EXPECT_EQ(s.Row("C1", 3, c.row).usedMaxGross, 25'000'00);
+        EXPECT_EQ(s.Row("C1", 3, row).usedMaxGross, 25'000'00);
         order.levelCheckFlags = 62 & ~(1 << 4);  // the client takes the next one in unasked
         ASSERT_TRUE(s.Check(order).Passed());
-        EXPECT_EQ(s.Row("C1", 3, c.row).usedMaxGross, 50'000'00);
+        EXPECT_EQ(s.Row("C1", 3, row).usedMaxGross, 50'000'00);
     }
 }
 

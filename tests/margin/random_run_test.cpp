@@ -17,6 +17,8 @@
 namespace surv::test {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr int kClients = 200;
 constexpr int kDealers = 4;
 constexpr std::int32_t kDay = 86400;
@@ -100,6 +102,7 @@ class CRandomHouse {
  private:
     // What there is -----------------------------------------------------------------------------------------------
     int Pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
+    std::size_t PickOf(const auto& of) { return static_cast<std::size_t>(Pick(0, static_cast<int>(of.size()) - 1)); }
     float Real(double low, double high) {
         return static_cast<float>(std::uniform_real_distribution<double>(low, high)(random_));
     }
@@ -107,19 +110,15 @@ class CRandomHouse {
     void Add(std::int16_t exchange, std::int32_t underlying, std::int32_t expiry, std::int32_t strike,
              bool priceless = false) {
         Contract contract{exchange};
-        contract.priceless = priceless;
-        contract.record.underlyingToken = underlying;
+        contract.priceless = priceless, contract.record.underlyingToken = underlying;
         contract.record.token = 1001 + static_cast<std::int32_t>(contracts_.size()) % 20;  // exchanges share tokens
-        contract.record.contract.expiryDate = base_ + expiry;
-        contract.record.contract.strikePrice = strike;
+        contract.record.contract.expiryDate = base_ + expiry, contract.record.contract.strikePrice = strike;
         contracts_.push_back(contract);
         if (exchange == kMaskBseDerivatives || contract.record.token % 5 == 0) return;  // some have no rates
         tagAdditionalMarginInfo rates{};
-        rates.exchange = exchange;
-        rates.token = contract.record.token;
+        rates.exchange = exchange, rates.token = contract.record.token;
         rates.additionalMarginRate = exchange == kMaskNcdex ? 400 : strike > 0 ? 30000 : 50000;
-        rates.buyExposureRate = 150;
-        rates.sellExposureRate = 250;
+        rates.buyExposureRate = 150, rates.sellExposureRate = 250;
         house_.library.context.stores.AddAdditionalMargin(rates);
         rates_[PlainKey(exchange, rates.token)] = {rates.additionalMarginRate, 150, 250};
     }
@@ -192,46 +191,32 @@ class CRandomHouse {
             if (exchange == kMaskNcdex && number % 4 == 1) own.marginRate = 0;
             facts.preferences[exchange] = own;
             house_.Preference(code, exchange, [&own](tagClientRiskPreferenceInfoForSurv& record) {
-                record.prefMarginRate = own.marginRate;
-                record.prefMarginMode = own.mode;
-                record.marginAddOnFactor = own.addOn;
-                record.marginFlags = own.premiumCounts ? 0x20 : 0;
+                record.prefMarginRate = own.marginRate, record.prefMarginMode = own.mode;
+                record.marginAddOnFactor = own.addOn, record.marginFlags = own.premiumCounts ? 0x20 : 0;
             });
         }
     }
 
     // Orders ------------------------------------------------------------------------------------------------------
-    std::vector<char> Request(const OpenOrder& wish, const OpenOrder* stored, std::uint8_t checkFlags) {
+    OrderSpec SpecOf(const OpenOrder& wish, const OpenOrder* stored = nullptr, std::uint8_t checkFlags = 62) {
         const Contract& contract = contracts_[wish.contract];
-        OrderSpec spec;
-        spec.messageCode = stored ? 2040 : 2000;
-        spec.exchangeMask = contract.exchange;
-        spec.token = contract.record.token;
-        spec.series = "";
+        OrderSpec spec{.exchangeMask = contract.exchange, .token = contract.record.token, .series = ""};
         spec.buySell = wish.side;
-        spec.quantity = wish.quantity;
-        spec.price = wish.price;
-        spec.dealer = DealerCode(wish.client);
-        spec.client = ClientCode(wish.client);
-        spec.levelCheckFlags = checkFlags;
-        spec.priceMultiplier = 10000;
+        spec.quantity = wish.quantity, spec.price = wish.price;
+        spec.dealer = DealerCode(wish.client), spec.client = ClientCode(wish.client);
+        spec.levelCheckFlags = checkFlags, spec.priceMultiplier = 10000;
         spec.strikePrice = contract.record.contract.strikePrice;
-        if (stored) {
-            spec.hasStored = true;
-            spec.storedQuantity = stored->quantity;
-            spec.storedPrice = stored->price;
-        }
-        std::vector<char> buffer = MakeRequest(spec);
-        auto& head = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
-        auto& order = *reinterpret_cast<tagOrderRequest*>(buffer.data() + sizeof head);
-        head.underlyingToken = contract.record.underlyingToken;
-        order.contract.expiryDate = contract.record.contract.expiryDate;
-        return buffer;
+        spec.expiryDate = contract.record.contract.expiryDate;
+        spec.underlyingToken = contract.record.underlyingToken;
+        spec.hasStored = stored != nullptr;
+        if (!stored) return spec;
+        spec.messageCode = 2040;
+        spec.storedQuantity = stored->quantity, spec.storedPrice = stored->price;
+        return spec;
     }
     OpenOrder Wish() {
-        OpenOrder wish{Pick(0, kClients - 1),
-                       static_cast<std::size_t>(Pick(0, static_cast<int>(contracts_.size()) - 1)),
-                       static_cast<std::int16_t>(Pick(1, 2)), 10 * Pick(1, 20), 0};
+        OpenOrder wish{Pick(0, kClients - 1), PickOf(contracts_), static_cast<std::int16_t>(Pick(1, 2)),
+                       10 * Pick(1, 20), 0};
         const Contract& contract = contracts_[wish.contract];
         const double worth = contract.record.contractPrice == 0 ? 1000.0 : contract.record.contractPrice;
         wish.price = std::max(5, static_cast<int>(worth * Real(0.98, 1.02)));
@@ -240,29 +225,25 @@ class CRandomHouse {
 
     /// The accounts that an order meets, as they stand.
     std::vector<Place> Places(const OpenOrder& wish) {
-        const Contract& contract = contracts_[wish.contract];
         std::vector<Place> places;
-        for (const std::string& code :
-             {ClientCode(wish.client), DealerCode(wish.client), std::string("G1"), std::string("-")}) {
-            Place place{house_.library.manager->FindCategory(std::string_view(code)), nullptr, nullptr, nullptr, {}};
-            place.account = place.category->Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
-            if (place.account) {
-                FindScrip(place, contract);
-                place.margin = known_[place.account];
-            }
-            places.push_back(place);
+        for (const std::string& code : {ClientCode(wish.client), DealerCode(wish.client), "G1"s, "-"s}) {
+            CSurveillanceCategory& category = *house_.library.manager->FindCategory(std::string_view(code));
+            auto* account = category.Book(Period::kExpiry).accounts.FindAccount("G1", ClientCode(wish.client));
+            places.push_back(PlaceOf(category, account, contracts_[wish.contract]));
         }
         return places;
     }
-    static void FindScrip(Place& place, const Contract& contract) {
-        for (const auto& node : place.account->underlyings) {
+    Place PlaceOf(CSurveillanceCategory& category, CClientExposure* account, const Contract& contract) {
+        Place place{&category, account, nullptr, nullptr, {}};
+        if (!account) return place;
+        place.margin = known_[account];
+        for (const auto& node : account->underlyings) {
             const CExpiryExposure* expiry = node.value->expiries.Find(contract.record.contract.expiryDate);
             const PositionKey key{contract.exchange, PositionFamily::kPlain, contract.record.token};
             CScripExposure* scrip = expiry ? expiry->scrips.Find(key) : nullptr;
-            if (!scrip || scrip->IsBlank()) continue;
-            place.underlying = node.value.get();
-            place.scrip = scrip;
+            if (scrip && !scrip->IsBlank()) place.underlying = node.value.get(), place.scrip = scrip;
         }
+        return place;
     }
     const MarginFacts& FactsOf(const CSurveillanceCategory& category) { return facts_.at(&category); }
 
@@ -289,7 +270,7 @@ class CRandomHouse {
 
     void Order(bool change, bool dumped) {
         OpenOrder wish = Wish();
-        const std::size_t at = change ? static_cast<std::size_t>(Pick(0, static_cast<int>(open_.size()) - 1)) : 0;
+        const std::size_t at = change ? PickOf(open_) : 0;
         if (change) {
             const OpenOrder& stored = open_[at];
             wish = {stored.client, stored.contract, stored.side, Pick(0, 5) == 0 ? 0 : wish.quantity,
@@ -300,8 +281,7 @@ class CRandomHouse {
         const std::uint8_t flags = dice == 0 ? kDealerOnlyTakes : dice == 1 ? kGroupOnlyTakes : kAllChecked;
         const std::vector<Place> before = Places(wish);
         const std::string dump = dumped ? house_.Dump() : std::string();
-        std::vector<char> request = Request(wish, change ? &open_[at] : nullptr, flags);
-        const Answer answer = house_.Send(request);
+        const Answer answer = house_.Check(SpecOf(wish, change ? &open_[at] : nullptr, flags));
         const bool live = contracts_[wish.contract].live;
         const std::string& level = answer.failedLevelCode;
         // The level that refused, among the four, or the one behind the last.
@@ -342,8 +322,7 @@ class CRandomHouse {
     void Enquire(bool dumped) {
         const OpenOrder wish = Wish();
         const std::string dump = dumped ? house_.Dump() : std::string();
-        std::vector<char> request = Request(wish, nullptr, 62);
-        house_.Send(request, /*probe=*/true);
+        house_.Probe(SpecOf(wish));
         ++probes;
         if (dumped && dump != house_.Dump()) Blame("an enquiry left a trace");
         for (const Place& place : Places(wish)) {
@@ -353,14 +332,14 @@ class CRandomHouse {
 
     /// A fill of an open order, whole or in part, laid into the accounts of all levels.
     void Trade() {
-        const auto at = static_cast<std::size_t>(Pick(0, static_cast<int>(open_.size()) - 1));
+        const std::size_t at = PickOf(open_);
         OpenOrder& order = open_[at];
         OpenOrder fill = order;
         if (Pick(0, 1) == 0) fill.quantity = std::max(1, order.quantity / 2);
         const std::vector<Place> before = Places(fill);
 
         Library& library = house_.library;
-        std::vector<char> request = Request(fill, nullptr, 62);
+        std::vector<char> request = MakeRequest(SpecOf(fill));
         auto& head = *reinterpret_cast<tagSurveillanceInfo*>(request.data());
         OrderIntake intake;
         intake.view = ViewRequest(head);
@@ -372,9 +351,7 @@ class CRandomHouse {
         }
         FillCheckEvent(intake);
         tagOrderInfoForSurv& trade = intake.order;
-        trade.orderEventKind = event::kTrade;
-        trade.prevQuantity = fill.quantity;
-        trade.prevPrice = order.price;
+        trade.orderEventKind = event::kTrade, trade.prevQuantity = fill.quantity, trade.prevPrice = order.price;
         trade.price = trade.lastTradedPrice = std::max(5, order.price + Pick(-3, 3));
         trade.scripInfo = library.context.stores.FindOrMakeScrip(trade);
         trade.parentCode = ParentCodeOf(trade, head);
@@ -482,30 +459,18 @@ class CRandomHouse {
     }
 
     // Risk parameters -----------------------------------------------------------------------------------------------
-    template <class Body>
-    void Message(std::int16_t code, std::int16_t segment, const Body& body, std::size_t size, bool toStaging) {
-        tagRPFHeader header{};
-        header.messageCode = code;
-        header.messageLength = static_cast<std::int16_t>(sizeof header + size);
-        header.segment = segment;
-        std::vector<char> bytes(sizeof header + size);
-        std::memcpy(bytes.data(), &header, sizeof header);
-        std::memcpy(bytes.data() + sizeof header, &body, size);
-        const auto length = static_cast<std::int32_t>(bytes.size());
-        EXPECT_EQ(house_.library.ProcessRPFInfo(bytes.data(), length, toStaging), kDone);
-    }
     void SendContract(Contract& contract, bool toStaging) {
         const std::int32_t underlying = contract.record.underlyingToken;
         if (Pick(0, 1) == 0) RenewCharges(contract.exchange, underlying);
         const auto& charges = charges_[SegmentTokenKey(contract.exchange, underlying)];
-        Message(28006, contract.exchange, charges, sizeof charges, toStaging);
+        house_.RiskMessage(28006, contract.exchange, &charges, sizeof charges, toStaging);
         if (Pick(0, 9) != 0) Renew(contract);  // some come as they were
-        Message(28009, contract.exchange, contract.record, sizeof contract.record, toStaging);
+        house_.RiskMessage(28009, contract.exchange, &contract.record, sizeof contract.record, toStaging);
     }
 
     /// A file of all contracts that the exchange has brought so far, or of some, and of `lateOnes` new ones.
     void SendFile(std::int16_t exchange, bool all, int lateOnes) {
-        Message(28001, exchange, exchange, 0, true);
+        house_.RiskMessage(28001, exchange);
         std::vector<const Contract*> sent;
         for (std::size_t i = 0; i < contracts_.size(); ++i) {
             Contract& contract = contracts_[i];
@@ -518,7 +483,7 @@ class CRandomHouse {
             contract.live = true;
             sent.push_back(&contract);
         }
-        Message(28002, exchange, exchange, 0, true);
+        house_.RiskMessage(28002, exchange);
         ++files;
         CompareAll(/*rows=*/false);
         for (const auto& entry : house_.library.manager->categories) {
@@ -526,22 +491,21 @@ class CRandomHouse {
             for (const Contract* contract : sent) {
                 if (!entry.value->contractKeys.Contains(contract->Key())) continue;
                 touched = true;
-                CheckParameters(*entry.value, *contract, difference);
+                CheckParameters(*entry.value, *contract);
             }
             if (touched) PublishRows(*entry.value, exchange);
             CompareRows(*entry.value);
         }
     }
-    static void CheckParameters(CSurveillanceCategory& category, const Contract& contract, std::string& found) {
+    void CheckParameters(CSurveillanceCategory& category, const Contract& contract) {
         for (const auto& account : category.Book(Period::kExpiry).accounts.accounts) {
-            Place place{&category, account.value.get(), nullptr, nullptr, {}};
-            FindScrip(place, contract);
-            if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) found = "a file passed by";
+            const Place place = PlaceOf(category, account.value.get(), contract);
+            if (place.scrip && !Same(place.scrip->scripMargin->contract, contract.record)) Blame("a file passed by");
         }
     }
     /// Past the staging table: nothing moves until the next order of the contract.
     void WriteDirectly() {
-        Contract& contract = contracts_[static_cast<std::size_t>(Pick(0, static_cast<int>(contracts_.size()) - 1))];
+        Contract& contract = contracts_[PickOf(contracts_)];
         if (!contract.live) return;
         SendContract(contract, /*toStaging=*/false);
         ++direct;

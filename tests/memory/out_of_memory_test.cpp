@@ -30,31 +30,21 @@ bool CheckWithin(CScenario& s, const OrderSpec& order, long allocations) {
 }
 
 TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
-    OrderSpec checked;
-    OrderSpec updatedBelow;
-    updatedBelow.levelCheckFlags = 0b0000'0110;  // group and dealer are checked, the client takes it in
-    OrderSpec sameTwice;
-    sameTwice.dealer = "C1";
-    OrderSpec summed = updatedBelow;
-    summed.clientType = 1;
-    const struct {
-        const char* name;
-        const OrderSpec& order;
-        std::int16_t positionMode;
-        std::int16_t orderBased;
-    } cases[] = {{"every level checked", checked, 0, 0},
-                 {"client only updated", updatedBelow, 0, 0},
-                 {"one category at two levels", sameTwice, 0, 0},
-                 {"positions by client", summed, 2, 1}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        CScenario s({.positionMode = c.positionMode});
-        s.library.context.settings.orderBasedPosition = c.orderBased;
+    constexpr std::uint8_t kUpdatedBelow = 0b0000'0110;  // group and dealer are checked, the client takes it in
+    const std::tuple<const char*, OrderSpec, std::int16_t, std::int16_t> cases[]{
+        {"every level checked", {}, 0, 0},
+        {"client only updated", {.levelCheckFlags = kUpdatedBelow}, 0, 0},
+        {"one category at two levels", {.dealer = "C1"}, 0, 0},
+        {"positions by client", {.clientType = 1, .levelCheckFlags = kUpdatedBelow}, 2, 1}};
+    for (const auto& [name, order, positionMode, orderBased] : cases) {
+        SCOPED_TRACE(name);
+        CScenario s({.positionMode = positionMode});
+        s.library.context.settings.orderBasedPosition = orderBased;
         s.House(2);
-        for (const char* entity : {"-", "G1", "D1", "C1"}) s.Limit(entity, 3);
+        s.House(3);
         const std::string before = s.Dump();
         long allocations = 0;
-        while (!CheckWithin(s, c.order, allocations)) {
+        while (!CheckWithin(s, order, allocations)) {
             ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
             ASSERT_EQ(s.Dump(), before) << "after " << allocations << " allocations";
             ASSERT_LT(++allocations, 1000);
@@ -63,7 +53,7 @@ TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
         EXPECT_NE(s.Dump(), before);
         if (s.library.context.settings.RowsAreLive()) {
             constexpr long kRowsHandedOut = 8;
-            EXPECT_TRUE(CheckWithin(s, c.order, kRowsHandedOut)) << "known accounts need no memory but the list's";
+            EXPECT_TRUE(CheckWithin(s, order, kRowsHandedOut)) << "known accounts need no memory but the list's";
         }
     }
 }

@@ -24,8 +24,7 @@ TEST(BadInput, TextsWithoutAnEnd) {
         auto& head = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
         const tagSurveillanceInfo good = head;
         std::fill(buffer.begin(), buffer.end(), 'X');
-        head.messageCode = code;
-        head.levelMarginFlags = good.levelMarginFlags;
+        head.messageCode = code, head.levelMarginFlags = good.levelMarginFlags;
         head.requestFlags = good.requestFlags;
         const RequestView view = ViewRequest(head);
         (view.order ? view.order->exchangeMask : view.correction->exchangeMask) = kMaskNseCash;

@@ -5,12 +5,8 @@
 namespace surv::test {
 namespace {
 
-/// A client of type 1, whose orders the root sums under a '+' account.
-OrderSpec OrderOfOrdinaryClient() {
-    OrderSpec order;
-    order.clientType = 1;
-    return order;
-}
+/// Of a client of type 1, whose orders the root sums under a '+' account.
+const OrderSpec kOrdinary{.clientType = 1};
 
 const CClientBook& BookOf(CScenario& s, std::string_view entity) {
     return s.library.manager->FindCategory(entity)->ClientBook();
@@ -29,7 +25,7 @@ TEST(ClientRecords, MoveWhenTheWholeOrderIsAccepted) {
         SCOPED_TRACE(mode);
         CScenario s({.positionMode = mode});
         s.House(3);
-        for (int i = 0; i < 2; ++i) ASSERT_TRUE(s.Check(OrderOfOrdinaryClient()).Passed());
+        for (int i = 0; i < 2; ++i) ASSERT_TRUE(s.Check(kOrdinary).Passed());
         const CSurveillanceCategory& root = *s.library.manager->FindCategory("-");
         EXPECT_EQ(root.FindClientBook() != nullptr, mode == 2);
         EXPECT_EQ(root.Book(Period::kExpiry).accounts.accounts.Size(), mode == 2 ? 2 : 1);
@@ -55,13 +51,13 @@ TEST(ClientRecords, ARefusalOrAProbeLeavesThemAlone) {
         for (const bool known : {false, true}) {
             SCOPED_TRACE(testing::Message() << orderBased << known);
             if (known) {
-                ASSERT_TRUE(s.Check(OrderOfOrdinaryClient()).Passed());
+                ASSERT_TRUE(s.Check(kOrdinary).Passed());
             }
             s.Row("-", 3).maxSingleOrderQty = 50;
             const std::string before = s.Dump();
-            EXPECT_FALSE(s.Check(OrderOfOrdinaryClient()).Passed());
+            EXPECT_FALSE(s.Check(kOrdinary).Passed());
             EXPECT_TRUE(s.Dump() == before);
-            s.Probe(OrderOfOrdinaryClient());
+            s.Probe(kOrdinary);
             EXPECT_TRUE(s.Dump() == before);
             s.Row("-", 3).maxSingleOrderQty = kNoLimitQuantity;
         }
@@ -92,10 +88,7 @@ TEST(ClientRecords, ATradesMtmMovesItsTotalWhereItsQuantitiesMove) {
     CScenario s({.positionMode = 2});
     s.House(5);
     s.Market(kMaskNseDerivatives, 50, 0, 0, 26000, 26000);
-    OrderSpec correction;
-    correction.messageCode = 5445;
-    correction.exchangeMask = kMaskNseDerivatives;
-    correction.token = 50;
+    OrderSpec correction{.messageCode = 5445, .exchangeMask = kMaskNseDerivatives, .token = 50};
     correction.levelCheckFlags = 0b0000'0110;
     ASSERT_TRUE(s.Check(correction).Passed());
     const CSurvPosition* total = BookOf(s, "C1").totals.Find(ProductGroup::kNormal, 5);

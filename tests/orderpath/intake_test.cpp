@@ -36,12 +36,8 @@ std::string Row(Number... numbers) {
 
 TEST(RequestView, RecordsStandBehindTheHeadOneAfterTheOther) {
     constexpr std::uint8_t kStored = 0x80, kTraded = 0x01;
-    const struct {
-        const char* name;
-        std::int16_t code;
-        std::uint8_t flags;
-        const char* offsets;  // of order, correction, primary trade, stored order, trade; 0: not there
-    } cases[] = {
+    // offsets: of order, correction, primary trade, stored order, trade; 0: not there
+    const std::tuple<const char*, std::int16_t, std::uint8_t, const char*> cases[]{
         {"order", 2000, 0, "154 0 0 0 0"},
         {"change with both", 2040, kStored | kTraded, "154 0 0 646 1428"},
         {"correction", 5440, kStored | kTraded, "0 154 0 342 1124"},
@@ -50,30 +46,29 @@ TEST(RequestView, RecordsStandBehindTheHeadOneAfterTheOther) {
         {"taken up again", 31000, kStored, "0 0 0 154 0"},
         {"unknown", 4711, kStored | kTraded, "0 0 0 0 0"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, code, flags, offsets] : cases) {
         tagSurveillanceInfo head{};
-        head.messageCode = c.code;
-        head.levelMarginFlags = 0x7F | (c.flags & kStored);
-        head.requestFlags = 0xFE | (c.flags & kTraded);
+        head.messageCode = code;
+        head.levelMarginFlags = 0x7F | (flags & kStored);
+        head.requestFlags = 0xFE | (flags & kTraded);
         const RequestView v = ViewRequest(head);
         const auto offset = [&](const void* record) {
             return record ? static_cast<const char*>(record) - reinterpret_cast<const char*>(&head) : 0;
         };
         EXPECT_EQ(
             Row(offset(v.order), offset(v.correction), offset(v.primaryTrade), offset(v.orderInfo), offset(v.trade)),
-            c.offsets)
-            << c.name;
+            offsets)
+            << name;
     }
 }
 
 TEST(Intake, SegmentComesFromExchangeAndStrike) {
-    const struct {
-        std::int16_t mask, future, option;
-    } cases[] = {{1, 1, 1}, {8, 4, 4}, {2, 2, 3}, {4, 5, 6}, {16, 7, 0}, {64, 8, 0}, {32, 0, 0}, {3, 0, 0}, {-1, 0, 0}};
-    for (const auto& c : cases) {
+    const std::tuple<std::int16_t, std::int16_t, std::int16_t> cases[]{
+        {1, 1, 1}, {8, 4, 4}, {2, 2, 3}, {4, 5, 6}, {16, 7, 0}, {64, 8, 0}, {32, 0, 0}, {3, 0, 0}, {-1, 0, 0}};
+    for (const auto& [mask, future, option] : cases) {
         for (const std::int32_t strike : {-100, 0, 1}) {
-            const Reading reading({.exchangeMask = c.mask, .strikePrice = strike});
-            EXPECT_EQ(reading.intake.order.marketSegment, strike < 1 ? c.future : c.option) << c.mask << " " << strike;
+            const Reading reading({.exchangeMask = mask, .strikePrice = strike});
+            EXPECT_EQ(reading.intake.order.marketSegment, strike < 1 ? future : option) << mask << " " << strike;
         }
     }
     EXPECT_FALSE(Reading({.exchangeMask = 0}).read);
@@ -215,8 +210,7 @@ TEST(Intake, NcdexPricesAreScaledAndRoundedHalfUp) {
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order;
-        order.marketSegment = c.segment;
-        order.priceMultiplier = c.multiplier;
+        order.marketSegment = c.segment, order.priceMultiplier = c.multiplier;
         order.price = order.prevPrice = c.price;
         order.contract.strikePrice = c.strike;
         ScaleNcdexPrices(order);

@@ -9,29 +9,12 @@
 namespace surv {
 namespace {
 
-/// The time zone of the process, while it lives.
-class CTimeZone {
- public:
-    explicit CTimeZone(const char* rule) { Set(rule); }
-    CTimeZone(const CTimeZone&) = delete;
-    CTimeZone& operator=(const CTimeZone&) = delete;
-    ~CTimeZone() { Set(before_.empty() ? nullptr : before_.c_str()); }
-
- private:
-    static void Set(const char* rule) {
-        rule ? ::setenv("TZ", rule, 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-    std::string before_ = std::getenv("TZ") ? std::getenv("TZ") : "";
-};
-
 TEST(Clock, TheDayBeginsAtLocalMidnight) {
     constexpr const char* kIndia = "IST-5:30";
     constexpr std::int64_t kMidnight = 1763663400;  // 2025-11-21 00:00 in India
     constexpr std::int32_t kDay = 16761 * 86400;    // whole days since 1980-01-01 there
     const struct {
-        const char* name;
-        const char* zone;
+        const char *name, *zone;
         std::int64_t now;
         std::int32_t base;
         const char* log;
@@ -46,7 +29,8 @@ TEST(Clock, TheDayBeginsAtLocalMidnight) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const CTimeZone zone(c.zone);
+        ::setenv("TZ", c.zone, 1);
+        ::tzset();
         std::int64_t now = c.now;
         CClock clock;
         clock.Set([](void* context) { return *static_cast<std::int64_t*>(context); }, &now);

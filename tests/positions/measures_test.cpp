@@ -34,8 +34,7 @@ CSurvPosition Mixed(tagExposureScripSpecificInfo* scrip = nullptr) {
 tagExposureScripSpecificInfo Scrip(int segment) {
     tagExposureScripSpecificInfo scrip;
     scrip.marketSegment = static_cast<std::int16_t>(segment);
-    scrip.priceMultiplier = 3;
-    scrip.contract.strikePrice = 7;
+    scrip.priceMultiplier = 3, scrip.contract.strikePrice = 7;
     return scrip;
 }
 
@@ -102,11 +101,9 @@ std::string ClassFigures(const CSurvPosition& p) {
 TEST(Measures, MoneyByClassOfScrip) {
     constexpr Side kNothing{}, kSoldLow{4, 900, 10, 500}, kFlatHigh{5, 200, 5, 950};
     constexpr Side kBoughtLow{5, 500, 4, 900}, kBoughtLower{6, 500, 5, 900};
-    const struct {
-        const char* segments;  // 0: no scrip
-        Side orders, trades;
-        const char* figures;  // of the four selectors and the largest; gross of the two sides and the largest
-    } cases[] = {
+    // segments: 0: no scrip
+    // figures: of the four selectors and the largest; gross of the two sides and the largest
+    const std::tuple<const char*, Side, Side, const char*> cases[]{
         {"1", kMixedOrders, kMixedTrades,
          "net 7800 -6300 5100 -3600, exposure 7800 0 5100 0 7800, sale 0 6300 0 1200 6300, option 0 0 0 0, "
          "gross 7800 6300 7800, 250% 7800 6300 7800, together 22200 13500 24900"},
@@ -143,11 +140,11 @@ TEST(Measures, MoneyByClassOfScrip) {
          "net -400 -400 -400 -400, exposure -400 0 -400 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
          "gross 0 0 0, 250% -800 0 0, together 0 0 0"},
     };
-    for (const auto& c : cases) {
-        for (const char* segment = c.segments; *segment; ++segment) {
+    for (const auto& [segments, orders, trades, figures] : cases) {
+        for (const char* segment = segments; *segment; ++segment) {
             SCOPED_TRACE(*segment);
             tagExposureScripSpecificInfo scrip = Scrip(*segment - '0');
-            EXPECT_EQ(ClassFigures(Position(c.orders, c.trades, *segment == '0' ? nullptr : &scrip)), c.figures);
+            EXPECT_EQ(ClassFigures(Position(orders, trades, *segment == '0' ? nullptr : &scrip)), figures);
         }
     }
 }
@@ -210,8 +207,7 @@ TEST(Measures, MarkToMarketOfTheTradedSide) {
 tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
     tagOrderInfoForSurv order;
     order.additionalMargin = {2'500'000, 1'000'000, 3'000'000, 30'000, 20'000};  // all, long, short, sold, bought
-    order.riskPreference.prefMarginMode = prefMode;
-    order.riskPreference.prefMarginRate = prefRate;
+    order.riskPreference.prefMarginMode = prefMode, order.riskPreference.prefMarginRate = prefRate;
     return order;
 }
 
@@ -279,10 +275,8 @@ TEST(Measures, CashMarginScopes) {
         for (const bool equity : {true, false}) {
             SCOPED_TRACE(Text(kRows[i], equity));
             tagOrderInfoForSurv order;
-            order.periodicity = kRows[i];
-            order.marketSegment = equity ? 4 : 2;
-            order.scripRates.marginRate = 2000;
-            order.riskPreference.prefExtraMarginRate = 100'000;
+            order.periodicity = kRows[i], order.marketSegment = equity ? 4 : 2;
+            order.scripRates.marginRate = 2000, order.riskPreference.prefExtraMarginRate = 100'000;
             const CSurvPosition p = Mixed(), open = Position(kMixedOrders, {});
             EXPECT_EQ(Text(p.GetCashMargin(order), p.GetTradedCashMargin(order), open.GetMaxCashMargin(order)),
                       i < (equity ? 9 : 6) ? " 5.2 4.2 10" : " 520 420 1000");
@@ -325,14 +319,12 @@ TEST(Measures, CashMarginRules) {
     for (const auto& c : cases) {
         tagExposureScripSpecificInfo scrip = Scrip(c.segment);
         tagOrderInfoForSurv order = MarginOrder(c.prefMode, c.prefRate);
-        order.periodicity = c.periodicity;
-        order.marketSegment = c.segment;
+        order.periodicity = c.periodicity, order.marketSegment = c.segment;
         (IsCashSegment(c.segment) ? scrip.scripRates : order.scripRates) = {0, c.basis, c.rate};
         const CSurvPosition flat = Position(kFlatLoss, {}, &scrip);
         for (const bool delivery : {true, false}) {
             SCOPED_TRACE(std::string(c.name) + (delivery ? ", compulsory delivery" : ", NRI client"));
-            order.compulsoryDelivery = c.noNetting && delivery;
-            order.nriClient = c.noNetting && !delivery;
+            order.compulsoryDelivery = c.noNetting && delivery, order.nriClient = c.noNetting && !delivery;
             EXPECT_EQ(Text(Mixed(&scrip).GetCashMargin(order), Mixed(&scrip).GetMaxCashMargin(order),
                            flat.GetMaxCashMargin(order)),
                       c.margins);

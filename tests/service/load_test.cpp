@@ -65,8 +65,7 @@ TEST_F(Load, RowsAreTakenOverAsThePositionModeSays) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         LimitRow* given = Add(limits, "C1");
-        given->entityLevel = 4;
-        given->subLevel = -1;
+        given->entityLevel = 4, given->subLevel = -1;
         given->usedMtm = 11, given->usedMtmFull = 12, given->usedBookedPnl = 13, given->usedNetOrder = 25;
         given->usedMarginOrder = 21, given->usedMarginTraded = 22, given->usedMarginMax = 23;
         given->usedExposureMargin = 24;
@@ -200,8 +199,7 @@ TEST_F(Load, TheCloseOfAStartMarginsWhatTheRowsBrought) {
     underlying.underlyingToken = 26000;
     library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
     tagRPFContractRecord contract{};
-    contract.token = 50;
-    contract.underlyingToken = 26000;
+    contract.token = 50, contract.underlyingToken = 26000;
     contract.contract.expiryDate = library.context.clock.TradingDayBase() + 30 * 86400;
     contract.riskArray[3] = 10;
     library.context.risk.live.StoreContract(contract, kMaskNseDerivatives);
@@ -211,8 +209,7 @@ TEST_F(Load, TheCloseOfAStartMarginsWhatTheRowsBrought) {
         Add(limits, level, 0xD);
         BKExposureTag row = PositionRow(level, 5, 10, "C1", 50);
         row.clientLevelType = 1;  // the root sums the account under another one, which must not count again
-        row.underlyingToken = 26000;
-        row.contract.expiryDate = contract.contract.expiryDate;
+        row.underlyingToken = 26000, row.contract.expiryDate = contract.contract.expiryDate;
         exposures.AddTail(new BKExposureTag(row));
     }
     ASSERT_EQ(library.Start({.rpfMarginMode = 1, .positionMode = 2}, {.limits = &limits, .exposures = &exposures}),

@@ -26,18 +26,15 @@ struct Contract {
 
 [[nodiscard]] inline tagRPFUnderlyingRecord UnderlyingRecord(std::int32_t token, float calendar, float shortMinimum) {
     tagRPFUnderlyingRecord record{};
-    record.underlyingToken = token;
-    record.calendarSpreadCharge = calendar;
+    record.underlyingToken = token, record.calendarSpreadCharge = calendar;
     record.shortOptionMinimumCharge = shortMinimum;
     return record;
 }
 
 [[nodiscard]] inline tagRPFContractRecord ContractRecord(const Contract& contract) {
     tagRPFContractRecord record{};
-    record.contract.expiryDate = contract.expiryDate;
-    record.contract.strikePrice = contract.strike;
-    record.token = contract.token;
-    record.underlyingToken = contract.underlying;
+    record.contract.expiryDate = contract.expiryDate, record.contract.strikePrice = contract.strike;
+    record.token = contract.token, record.underlyingToken = contract.underlying;
     record.contractPrice = contract.price;
     std::memcpy(record.riskArray, contract.array.data(), sizeof record.riskArray);
     record.compositeDelta = contract.delta;
@@ -61,24 +58,16 @@ class CDerivativeHouse : public CScenario {
     }
     void ExposureRate(std::int32_t token, std::int32_t rate) {
         tagAdditionalMarginInfo record{};
-        record.exchange = kMaskNseDerivatives;
-        record.token = token;
-        record.additionalMarginRate = rate;
+        record.exchange = kMaskNseDerivatives, record.token = token, record.additionalMarginRate = rate;
         library.context.stores.AddAdditionalMargin(record);
     }
     [[nodiscard]] static OrderSpec SpecOf(const Contract& contract, std::int16_t buySell, std::int32_t quantity,
                                           std::int32_t price, const std::string& client = "C1") {
         OrderSpec spec;
-        spec.exchangeMask = contract.exchange;
-        spec.token = contract.token;
-        spec.underlyingToken = contract.underlying;
-        spec.expiryDate = contract.expiryDate;
-        spec.strikePrice = contract.strike;
-        spec.series = "XX";
-        spec.productType = product::kNone;
-        spec.buySell = buySell;
-        spec.quantity = quantity;
-        spec.price = price;
+        spec.exchangeMask = contract.exchange, spec.token = contract.token;
+        spec.underlyingToken = contract.underlying, spec.expiryDate = contract.expiryDate;
+        spec.strikePrice = contract.strike, spec.series = "XX", spec.productType = product::kNone;
+        spec.buySell = buySell, spec.quantity = quantity, spec.price = price;
         spec.client = client;
         return spec;
     }

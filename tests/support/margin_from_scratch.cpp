@@ -149,6 +149,20 @@ class CComparison {
 
 double Rounded(double rupees) { return std::fmod(rupees * 100, 100) <= 50 ? std::floor(rupees) : std::ceil(rupees); }
 
+struct Scan {
+    double risk, charge, minimum, initial, effective;
+};
+/// `book` holds the quantities and the net option value.
+Scan ScanOf(const tagRPFUnderlyingRecord& charges, double risk, double spread, const Figures& book) {
+    const double value = book[kNetOptionValue];
+    Scan scan{risk, Rounded(charges.calendarSpreadCharge * spread),
+              Rounded(charges.shortOptionMinimumCharge * book[kShortOptions]), 0, 0};
+    scan.effective = scan.initial = std::max(risk + scan.charge, scan.minimum) - value;
+    const bool onlyLong = book[kFutures] == 0 && book[kShortOptions] == 0 && book[kLongOptions] > 0;
+    if (onlyLong) scan.effective = risk <= value ? risk - value : 0;
+    return scan;
+}
+
 /// One underlying, from its expiries.
 struct Underlying {
     Sums all;
@@ -181,45 +195,22 @@ struct Underlying {
     [[nodiscard]] double SpreadQuantity(std::size_t v) const {
         return std::min(std::abs(spreadLong[v]), std::abs(spreadShort[v]));
     }
-    /// Largest and smallest over the views.
-    [[nodiscard]] double Most(Figure f) const {
-        return std::max({all.sum[0][f], all.sum[1][f], all.sum[2][f], all.sum[3][f]});
+    /// The worst over the views.
+    [[nodiscard]] Scan WorstScan(const tagRPFUnderlyingRecord& charges) const {
+        double risk = Worst(0), spread = SpreadQuantity(0);
+        Figures book = all.sum[0];
+        for (std::size_t v = 1; v < kViewCount; ++v) {
+            risk = std::max(risk, Worst(v));
+            spread = std::min(spread, SpreadQuantity(v));
+            for (const Figure f : {kShortOptions, kLongOptions, kFutures}) book[f] = std::max(book[f], all.sum[v][f]);
+            book[kNetOptionValue] = std::min(book[kNetOptionValue], all.sum[v][kNetOptionValue]);
+        }
+        return ScanOf(charges, risk, spread, book);
     }
-    [[nodiscard]] double Least(Figure f) const {
-        return std::min({all.sum[0][f], all.sum[1][f], all.sum[2][f], all.sum[3][f]});
-    }
-};
-
-struct Scan {
-    double risk, charge, minimum, value, initial, effective, gross;
-
-    Scan(const tagRPFUnderlyingRecord& charges, double worst, double spread, double written, double optionValue)
-        : risk(worst),
-          charge(Rounded(charges.calendarSpreadCharge * spread)),
-          minimum(Rounded(charges.shortOptionMinimumCharge * written)),
-          value(optionValue),
-          initial(std::max(risk + charge, minimum) - value),
-          effective(initial),
-          gross(0) {}
-    void OfBook(double futures, double written, double held) {
-        if (futures == 0 && written == 0 && held > 0) effective = risk <= value ? risk - value : 0;
+    [[nodiscard]] Scan ScanOfView(const tagRPFUnderlyingRecord& charges, std::size_t v) const {
+        return ScanOf(charges, Worst(v), SpreadQuantity(v), all.sum[v]);
     }
 };
-
-Scan ScanOf(const Underlying& u, const tagRPFUnderlyingRecord& charges, std::size_t view) {
-    const Figures& sum = u.all.sum[view];
-    Scan scan(charges, u.Worst(view), u.SpreadQuantity(view), sum[kShortOptions], sum[kNetOptionValue]);
-    scan.OfBook(sum[kFutures], sum[kShortOptions], sum[kLongOptions]);
-    return scan;
-}
-Scan WorstScan(const Underlying& u, const tagRPFUnderlyingRecord& charges) {
-    const double risk = std::max({u.Worst(0), u.Worst(1), u.Worst(2), u.Worst(3)});
-    const double spread =
-        std::min({u.SpreadQuantity(0), u.SpreadQuantity(1), u.SpreadQuantity(2), u.SpreadQuantity(3)});
-    Scan scan(charges, risk, spread, u.Most(kShortOptions), u.Least(kNetOptionValue));
-    scan.OfBook(u.Most(kFutures), u.Most(kShortOptions), u.Most(kLongOptions));
-    return scan;
-}
 
 MarginGroup GroupOfNode(std::int16_t keySegment) {
     const bool near = keySegment == 7 || keySegment == 9 || keySegment == 0x45;
@@ -246,17 +237,15 @@ void AddUnderlying(AccountMargin& account, MarginGroup group, const Underlying& 
         compare.Expect("short margin", v, block.shortSideMargin, u.shortMargin[v], gross[kFuturesExposure]);
         compare.Expect("exposure total", v, block.exposureMarginTotal, u.all.sum[v][kExposure], gross[kExposure]);
     }
-    PerView<Scan> scans{ScanOf(u, node.underlying, kOrderSide), ScanOf(u, node.underlying, kTradedSide),
-                        WorstScan(u, node.underlying), ScanOf(u, node.underlying, kShortWorst)};
     Totals& totals = account.groups[static_cast<std::size_t>(group)];
     for (const std::size_t v : {kOrderSide, kTradedSide, kLongWorst}) {
-        Scan& scan = scans[v];
-        scan.gross = riskSize + scan.charge + scan.minimum + u.all.gross[v][kNetOptionValue];
+        const Scan scan = v == kLongWorst ? u.WorstScan(node.underlying) : u.ScanOfView(node.underlying, v);
+        const double gross = riskSize + scan.charge + scan.minimum + u.all.gross[v][kNetOptionValue];
         compare.Expect("scan", v, node.view[v].scanRisk, scan.risk, riskSize, 1e-4);
         compare.Expect("calendar charge", v, node.view[v].calendarCharge, scan.charge, 0);
         compare.Expect("short minimum", v, node.view[v].shortOptionMinimum, scan.minimum, 0);
-        compare.Expect("initial margin", v, node.view[v].initialMargin, scan.initial, scan.gross, 1e-4);
-        totals[kOrder + v].Add(scan.effective, scan.gross);
+        compare.Expect("initial margin", v, node.view[v].initialMargin, scan.initial, gross, 1e-4);
+        totals[kOrder + v].Add(scan.effective, gross);
         totals[kOptionOrder + v].Add(u.all.sum[v][kOptionValue], u.all.gross[v][kOptionValue]);
     }
     const double exposure = std::max({u.Netted(0), u.Netted(1), u.Netted(2), u.Netted(3)});

@@ -66,11 +66,8 @@ RowBench::RowBench(std::int16_t mask) : row(EmptyLimit("C1", mask)) {
     scrip.priceMultiplier = 1;
     order.token = scrip.token = 2885;
     order.levelCode = "C1";
-    order.orderEventKind = event::kOrder;
-    order.productType = product::kMargin;
-    order.buySell = kBuy;
-    order.quantity = 100;
-    order.price = 25000;
+    order.orderEventKind = event::kOrder, order.productType = product::kMargin, order.buySell = kBuy;
+    order.quantity = 100, order.price = 25000;
 }
 
 ScripTrial RowBench::Trial() {

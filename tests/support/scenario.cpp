@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/format.h"
 #include "reference/preferences.h"
 
 namespace surv::test {
@@ -31,15 +32,10 @@ std::vector<Row> TakeRows(CPtrList& list, bool live) {
     return rows;
 }
 
-bool IsCorrection(const OrderSpec& spec) { return spec.messageCode == 5440 || spec.messageCode == 5445; }
-
 tagContractDescriptor ContractOf(const OrderSpec& spec) {
     tagContractDescriptor contract{};
-    Put(contract.symbol, spec.symbol);
-    Put(contract.series, spec.series);
-    contract.strikePrice = spec.strikePrice;
-    contract.expiryDate = spec.expiryDate;
-    contract.caLevel = spec.caLevel;
+    Put(contract.symbol, spec.symbol), Put(contract.series, spec.series);
+    contract.strikePrice = spec.strikePrice, contract.expiryDate = spec.expiryDate;
     return contract;
 }
 
@@ -47,13 +43,9 @@ tagOrderRequest OrderRecord(const OrderSpec& spec) {
     tagOrderRequest order{};
     order.exchangeMask = spec.exchangeMask;
     order.contract = ContractOf(spec);
-    order.buySell = spec.buySell;
-    order.quantity = spec.quantity;
-    order.price = spec.price;
-    order.productType = spec.productType;
-    order.proClient = spec.proClient;
-    Put(order.accountText, spec.client);
-    Put(order.clientAccount, spec.client);
+    order.buySell = spec.buySell, order.quantity = spec.quantity, order.price = spec.price;
+    order.productType = spec.productType, order.proClient = spec.proClient;
+    Put(order.accountText, spec.client), Put(order.clientAccount, spec.client);
     Put(order.clientCategory, spec.clientCategory);
     return order;
 }
@@ -63,35 +55,22 @@ tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
     correction.exchangeMask = spec.exchangeMask;
     correction.contract = ContractOf(spec);
     correction.buySellCharacter[0] = static_cast<char>('0' + spec.buySell);
-    correction.newQuantity = spec.quantity;
-    correction.tradePrice = spec.price;
+    correction.newQuantity = spec.quantity, correction.tradePrice = spec.price;
     Put(correction.accountText, spec.client);
-    Put(correction.buyClientAccount, spec.client);
-    Put(correction.sellClientAccount, spec.client);
+    Put(correction.buyClientAccount, spec.client), Put(correction.sellClientAccount, spec.client);
     return correction;
 }
 
-void DumpBytes(std::string& out, const void* data, std::size_t size) {
-    out.append(static_cast<const char*>(data), size);
-}
-
-template <class Value>
-void DumpValue(std::string& out, const Value& value) {
-    DumpBytes(out, &value, sizeof value);
+template <class... Values>
+void DumpValue(std::string& out, const Values&... values) {
+    (out.append(reinterpret_cast<const char*>(&values), sizeof values), ...);
 }
 
 /// Field by field: the record has padding.
 void DumpPosition(std::string& out, const tagSurvPositionData& p) {
-    DumpValue(out, p.limitMask);
-    DumpValue(out, p.lastPrice);
-    for (const std::int64_t quantity : {p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty}) {
-        DumpValue(out, quantity);
-    }
-    for (const double value :
-         {p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue, p.openPositionValue, p.mtmValue}) {
-        DumpValue(out, value);
-    }
-    DumpValue(out, p.scripInfo);
+    DumpValue(out, p.limitMask, p.lastPrice, p.orderBuyQty, p.orderSellQty, p.tradedBuyQty, p.tradedSellQty);
+    DumpValue(out, p.orderBuyValue, p.orderSellValue, p.tradedBuyValue, p.tradedSellValue);
+    DumpValue(out, p.openPositionValue, p.mtmValue, p.scripInfo);
 }
 
 void DumpSet(std::string& out, const CExposureDetails& set) {
@@ -103,10 +82,12 @@ void DumpSet(std::string& out, const CExposureDetails& set) {
 }
 
 /// Records of numbers without gaps; one that is all zero says as little as a missing one.
-template <class Record>
-void DumpUnlessZero(std::string& out, const Record& record) {
-    const std::string_view bytes(reinterpret_cast<const char*>(&record), sizeof record);
-    if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
+template <class... Records>
+void DumpUnlessZero(std::string& out, const Records&... records) {
+    for (const std::string_view bytes :
+         {std::string_view(reinterpret_cast<const char*>(&records), sizeof records)...}) {
+        if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
+    }
 }
 
 void DumpMargins(std::string& out, const CClientExposure& account) {
@@ -114,22 +95,14 @@ void DumpMargins(std::string& out, const CClientExposure& account) {
         for (const auto& expiry : underlying.value->expiries) {
             for (const auto& scrip : expiry.value->scrips) {
                 const tagScripMargin* margin = scrip.value->scripMargin.get();
-                if (!margin) continue;
-                DumpUnlessZero(out, margin->contract);
-                DumpUnlessZero(out, margin->view);
-                DumpUnlessZero(out, margin->inSums);
+                if (margin) DumpUnlessZero(out, margin->contract, margin->view, margin->inSums);
             }
-            if (!expiry.value->expiryMargin) continue;
-            DumpUnlessZero(out, expiry.value->expiryMargin->view);
-            DumpUnlessZero(out, expiry.value->expiryMargin->hasFuture);
+            const tagExpiryMargin* margin = expiry.value->expiryMargin.get();
+            if (margin) DumpUnlessZero(out, margin->view, margin->hasFuture);
         }
         if (const tagUnderlyingMargin* margin = underlying.value->underlyingMargin.get()) {
-            DumpUnlessZero(out, margin->view);
-            for (const double figure :
-                 {margin->nettedExposureMargin, margin->tradedInTotals, margin->optionTradedInTotals}) {
-                DumpUnlessZero(out, figure);
-            }
-            DumpUnlessZero(out, margin->underlying);
+            DumpUnlessZero(out, margin->view, margin->nettedExposureMargin, margin->tradedInTotals,
+                           margin->optionTradedInTotals, margin->underlying);
         }
     }
     if (account.clientMarginTotals) DumpUnlessZero(out, *account.clientMarginTotals);
@@ -145,8 +118,7 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
     DumpMargins(contracts, account);
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
-    DumpValue(out, account.levelTypes);
-    DumpValue(out, account.listed);
+    DumpValue(out, account.levelTypes, account.listed);
     for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
         if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
@@ -168,16 +140,13 @@ void DumpClientBook(std::string& out, const CClientBook& book) {
             }
         }
         for (std::size_t group = 0; group < kProductGroupCount; ++group) {
-            for (const CClientExposure* account : side.lists.Of(static_cast<ProductGroup>(group))) {
-                DumpValue(out, account);
-            }
+            for (const CClientExposure* held : side.lists.Of(static_cast<ProductGroup>(group))) DumpValue(out, held);
             out.push_back(';');
         }
     }
     book.totals.ForEach([&out](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
         if (!total.data.scripInfo) return;
-        DumpValue(out, group);
-        DumpValue(out, mask);
+        DumpValue(out, group, mask);
         DumpPosition(out, total.data);
     });
 }
@@ -187,8 +156,7 @@ void DumpClientBook(std::string& out, const CClientBook& book) {
 BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask, std::int32_t token) {
     BKSurveillanceLimitDefTag row{};
     Put(row.entityCode, entity);
-    row.limitMask = mask;
-    row.token = token;
+    row.limitMask = mask, row.token = token;
     row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kNoLimit;
     row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kNoLimit;
     row.marginLimit = row.minSingleOrderValue = kNoLimit;
@@ -206,11 +174,8 @@ BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_
     Put(row.groupCode, "G1");
     Put(row.accountCode, account);
     row.marketSegment = LimitMaskToSegment(mask);
-    row.limitMask = mask;
-    row.token = token;
-    row.clientLevelType = 2;
-    row.priceMultiplier = 1;
-    row.lastPrice = 25000;
+    row.limitMask = mask, row.token = token, row.clientLevelType = 2;
+    row.priceMultiplier = 1, row.lastPrice = 25000;
     (traded > 0 ? row.orderBuyQty : row.orderSellQty) = std::abs(traded);
     (traded > 0 ? row.orderBuyValue : row.orderSellValue) = std::abs(traded) * 25000.0;
     (traded > 0 ? row.tradedBuyQty : row.tradedSellQty) = std::abs(traded);
@@ -220,31 +185,16 @@ BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_
 
 std::vector<char> MakeRequest(const OrderSpec& spec) {
     tagSurveillanceInfo head{};
-    head.messageCode = spec.messageCode;
-    head.exchangeMask = spec.exchangeMask;
-    head.token = spec.token;
+    head.messageCode = spec.messageCode, head.exchangeMask = spec.exchangeMask, head.token = spec.token;
     head.underlyingToken = spec.underlyingToken;
-    Put(head.groupCode, spec.group);
-    Put(head.dealerCode, spec.dealer);
-    Put(head.familyCode, spec.family);
-    Put(head.clientCode, spec.client);
-    Put(head.subClientCode, spec.subClient);
-    head.groupType = spec.groupType;
-    head.dealerType = spec.dealerType;
-    head.clientType = spec.clientType;
-    head.subClientType = spec.subClientType;
-    head.levelCheckFlags = spec.levelCheckFlags;
-    head.levelMarginFlags = spec.levelMarginFlags;
-    head.scripGroupNumber = spec.scripGroupNumber;
+    Put(head.groupCode, spec.group), Put(head.dealerCode, spec.dealer), Put(head.familyCode, spec.family);
+    Put(head.clientCode, spec.client), Put(head.subClientCode, spec.subClient);
+    head.groupType = spec.groupType, head.dealerType = spec.dealerType, head.clientType = spec.clientType;
+    head.subClientType = spec.subClientType, head.levelCheckFlags = spec.levelCheckFlags;
+    head.levelMarginFlags = spec.levelMarginFlags, head.scripGroupNumber = spec.scripGroupNumber;
     head.priceMultiplier = spec.priceMultiplier;
-    const bool correction = IsCorrection(spec);
-    if (spec.hasStored) {
-        if (correction) {
-            head.requestFlags |= 1;
-        } else {
-            head.levelMarginFlags |= 0x80;
-        }
-    }
+    const bool correction = spec.messageCode == 5440 || spec.messageCode == 5445;
+    if (spec.hasStored) (correction ? head.requestFlags : head.levelMarginFlags) |= correction ? 1 : 0x80;
     std::vector<char> buffer;
     Append(buffer, head);
     const MessageCodeRow* message = FindMessageCode(spec.messageCode);
@@ -255,17 +205,21 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     }
     if (spec.hasStored && correction) {
         tagTradeInfo trade{};
-        trade.tradedQuantity = spec.storedQuantity;
-        trade.tradePrice = spec.storedPrice;
+        trade.tradedQuantity = spec.storedQuantity, trade.tradePrice = spec.storedPrice;
         Append(buffer, trade);
     } else if (spec.hasStored) {
         tagOrderInfo stored{};
-        stored.quantity = spec.storedQuantity;
-        stored.price = spec.storedPrice;
+        stored.quantity = spec.storedQuantity, stored.price = spec.storedPrice;
         Append(buffer, stored);
     }
     buffer.shrink_to_fit();
     return buffer;
+}
+
+std::string Answer::Head() const {
+    const char* time = timeStamp == CScenario::kNow ? "now" : timeStamp == 0 ? "never" : "some time";
+    return Format("%d, %d, %d at %s: %s, %d", status, errorCode, headCode, time, failedLevelCode.c_str(),
+                  failedLevelType);
 }
 
 CScenario::CScenario(Library::StartSettings settings, const LoadLists& lists) {
@@ -294,9 +248,7 @@ void CScenario::Preference(std::string_view code, std::int32_t exchange,
                            const std::function<void(tagClientRiskPreferenceInfoForSurv&)>& change) {
     tagClientRiskPreferenceInfoForSurv record{};
     Put(record.preferenceCode, code);
-    record.exchange = exchange;
-    record.token = kAllSecurities;
-    record.allowedProducts = 0xF;
+    record.exchange = exchange, record.token = kAllSecurities, record.allowedProducts = 0xF;
     if (change) change(record);
     library.AddUpdatePreference(record);
 }
@@ -304,37 +256,22 @@ void CScenario::Preference(std::string_view code, std::int32_t exchange,
 void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32_t bid, std::int32_t offer,
                        std::int32_t last, std::int32_t close) {
     CBroadcastScrip& scrip = library.manager->broadcastHash.FindOrMake(PlainKey(exchangeMask, token));
-    scrip.bestBuyPrice = bid;
-    scrip.bestSellPrice = offer;
-    scrip.lastTradedPrice = last;
+    scrip.bestBuyPrice = bid, scrip.bestSellPrice = offer, scrip.lastTradedPrice = last;
     scrip.closePrice = close;
 }
 
-Answer CScenario::Check(const OrderSpec& order) {
-    std::vector<char> buffer = MakeRequest(order);
-    return Send(buffer, false);
-}
-Answer CScenario::Probe(const OrderSpec& order) {
-    std::vector<char> buffer = MakeRequest(order);
-    return Send(buffer, true);
-}
-
-Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
+Answer CScenario::Send(std::vector<char> buffer, bool probe) {
     auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     tagOrdErrMessage error{};
-    CPtrList limitRows;
-    CPtrList rollbackRows;
+    CPtrList limitRows, rollbackRows;
     Answer answer;
     answer.result =
         library.manager->CheckSurveillance(request, error, answer.status, {&limitRows, &rollbackRows}, probe);
     EXPECT_TRUE(library.context.undo.Empty()) << "a trial has outlived the call";
-    answer.errorCode = error.errorCode;
-    answer.headCode = error.headCode;
-    answer.timeStamp = error.timeStamp;
+    answer.errorCode = error.errorCode, answer.headCode = error.headCode, answer.timeStamp = error.timeStamp;
     answer.text = error.errorText;
     answer.failedLevelCode = FieldText(request.failedLevelCode);
-    answer.failedLevelType = request.failedLevelType;
-    answer.levelCheckFlags = request.levelCheckFlags;
+    answer.failedLevelType = request.failedLevelType, answer.levelCheckFlags = request.levelCheckFlags;
     if (probe) {
         answer.probeRows = TakeRows<tagBreachRow>(limitRows, false);
     } else {

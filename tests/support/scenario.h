@@ -24,57 +24,39 @@ namespace surv::test {
 
 /// An order as a test writes it. The defaults are a client's margin buy of 100 at 250.00 on NSE, checked everywhere.
 struct OrderSpec {
-    std::int16_t messageCode = 2000;
-    std::int16_t exchangeMask = kMaskNseCash;
+    std::int16_t messageCode = 2000, exchangeMask = kMaskNseCash;
     std::int32_t token = 2885;
-    const char* symbol = "SCRIP";
-    const char* series = "EQ";
+    const char *symbol = "SCRIP", *series = "EQ";
     std::int16_t buySell = kBuy;
-    std::int32_t quantity = 100;
-    std::int32_t price = 25000;
-    std::int32_t productType = product::kMargin;
+    std::int32_t quantity = 100, price = 25000, productType = product::kMargin;
     std::int16_t proClient = 1;
-    std::string group = "G1";
-    std::string dealer = "D1";
-    std::string family = {};
-    std::string client = "C1";
-    std::string subClient = {};
-    std::uint8_t groupType = 0;
-    std::uint8_t dealerType = 0;
-    std::uint8_t clientType = 2;
-    std::uint8_t subClientType = 255;
-    std::uint8_t levelCheckFlags = 62;
-    std::uint8_t levelMarginFlags = 0;
-    std::int32_t scripGroupNumber = 0;
-    std::int32_t priceMultiplier = 1;
-    std::int32_t strikePrice = 0;
-    std::int32_t expiryDate = 0;
-    std::int32_t underlyingToken = 0;
-    std::int16_t caLevel = 0;
+    std::string group = "G1", dealer = "D1", family = {}, client = "C1", subClient = {};
+    std::uint8_t groupType = 0, dealerType = 0, clientType = 2, subClientType = 255;
+    std::uint8_t levelCheckFlags = 62, levelMarginFlags = 0;
+    std::int32_t scripGroupNumber = 0, priceMultiplier = 1, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
     const char* clientCategory = "";
     /// The stored order (tagOrderInfo) of code 2040, or the trade of a correction: quantity and price before.
     bool hasStored = false;
-    std::int32_t storedQuantity = 0;
-    std::int32_t storedPrice = 0;
+    std::int32_t storedQuantity = 0, storedPrice = 0;
 };
+/// The request of an order, its records in one buffer that ends where the last one does.
+[[nodiscard]] std::vector<char> MakeRequest(const OrderSpec& order);
 
 /// What a check answers.
 struct Answer {
-    short result = -9;
-    short status = -9;
-    std::int16_t errorCode = 0;
-    std::int16_t headCode = 0;
+    short result = -9, status = -9;
+    std::int16_t errorCode = 0, headCode = 0;
     std::int32_t timeStamp = 0;
-    std::string text;
-    std::string failedLevelCode;
+    std::string text, failedLevelCode;
     std::int16_t failedLevelType = 0;
     std::uint8_t levelCheckFlags = 0;
     std::vector<BKSurveillanceLimitDefTag> limitRows;
     std::vector<const BKSurveillanceLimitDefTag*> limitRowAddresses;  ///< as handed out; copies are freed by now
-    std::vector<tagBreachRow> probeRows;
-    std::vector<tagBreachRow> rollbackRows;
+    std::vector<tagBreachRow> probeRows, rollbackRows;
 
     [[nodiscard]] bool Passed() const { return result == 0 && status == status::kPass; }
+    /// "status, errorCode, headCode at the time of the answer: level that failed, its type", the time as a word.
+    [[nodiscard]] std::string Head() const;
 };
 
 class CScenario {
@@ -101,10 +83,10 @@ class CScenario {
     void Market(std::int16_t exchangeMask, std::int32_t token, std::int32_t bid, std::int32_t offer, std::int32_t last,
                 std::int32_t close);
 
-    Answer Check(const OrderSpec& order);
-    Answer Probe(const OrderSpec& order);
+    Answer Check(const OrderSpec& order) { return Send(MakeRequest(order)); }
+    Answer Probe(const OrderSpec& order) { return Send(MakeRequest(order), /*probe=*/true); }
     /// Sends a request as it stands: the head and its records in one buffer.
-    Answer Send(std::vector<char>& buffer, bool probe = false);
+    Answer Send(std::vector<char> buffer, bool probe = false);
 
     /// Sends the risk parameters of one segment as a whole file, to staging; the end message swaps them in.
     void RiskFile(std::int16_t segment, const std::vector<tagRPFUnderlyingRecord>& underlyings,
@@ -124,8 +106,5 @@ class CScenario {
     /// nothing are left out.
     [[nodiscard]] std::string Dump() const;
 };
-
-/// The request of an order, its records in one buffer that ends where the last one does.
-[[nodiscard]] std::vector<char> MakeRequest(const OrderSpec& order);
 
 }  // namespace surv::test
