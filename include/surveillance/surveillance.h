@@ -130,7 +130,7 @@ SURVEILLANCE_API short GetClientPreferencesInfo(int scope, char* code, short exc
 SURVEILLANCE_API short AddUpdateClientPreferencesInfo(tagClientRiskPreferenceInfoForSurv* preference) noexcept;
 /// The list holds tagProductTypeScripBasket; the records are copied, the first of a token stands.
 SURVEILLANCE_API short InitializeProductMasterInfo(CPtrList* records) noexcept;
-/// Adds or changes one record. Null does nothing.
+/// Adds or changes one record; needs a start. Null does nothing.
 SURVEILLANCE_API short AddUpdateProductMasterInfo(tagProductTypeScripBasket* record) noexcept;
 /// The list holds tagCompulsoryDeliverySeries; those of NSE and BSE cash are kept.
 SURVEILLANCE_API short InitializeCompulsoryDeliverySeriesInfo(CPtrList* records) noexcept;

@@ -33,6 +33,9 @@ struct HierarchyRefusal {
 /// A family is named when its code holds anything but blanks.
 [[nodiscard]] bool NamesFamily(const tagSurveillanceInfo& request);
 
+/// A dealer of these types is its own client.
+[[nodiscard]] constexpr bool IsOwnClient(int dealerType) { return dealerType == 4 || dealerType == 45; }
+
 /// Code of a level as the request names it; the root's is "-".
 [[nodiscard]] CodeText LevelCodeOf(Level level, const tagSurveillanceInfo& request);
 /// Level type as the answer shows it: the family's is 8, the root's -1.

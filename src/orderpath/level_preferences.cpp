@@ -8,9 +8,6 @@ namespace {
 
 using Record = tagClientRiskPreferenceInfoForSurv;
 
-/// A dealer of these types is its own client.
-bool IsOwnClient(int dealerType) { return dealerType == 4 || dealerType == 45; }
-
 struct ProductTest {
     std::int16_t productType;
     std::int32_t allowedFlag;

@@ -33,9 +33,6 @@ const ProductPolicy* PolicyOf(std::int16_t productType) {
     return found == kProducts.end() ? nullptr : &*found;
 }
 
-/// A dealer of these types is its own client.
-bool IsOwnClient(int dealerType) { return dealerType == 4 || dealerType == 45; }
-
 const PreferenceMap* OwnPreferences(const CSurveillanceCategory* category) {
     return category ? category->ownPreferences : nullptr;
 }

@@ -364,9 +364,9 @@ short InitializeTokenInfo(CPtrList* records, short sellPriceBandPercent, short s
                           short buyPriceBandPercent, short buyPriceTestOn) noexcept {
     return Contained<short>(kNotDone, [&](Library& library) -> short {
         surv::ProductReference& products = library.context.products;
+        if (records) products.LoadTokenPrices(*records);
         products.sellPriceTest = {sellPriceBandPercent, sellPriceTestOn == 1};
         products.buyPriceTest = {buyPriceBandPercent, buyPriceTestOn == 1};
-        if (records) products.LoadTokenPrices(*records);
         return kDone;
     });
 }

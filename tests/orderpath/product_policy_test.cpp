@@ -108,6 +108,24 @@ const Case kCases[]{
     {"trigger too high", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 25297; }>,
      "Trigger Price out of range[252.96 - 247.50] of Symbol-[SCRIP] for "},
     {"trigger at the top", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 25296; }>, kThrough},
+    {"sale in its range", kP, ScripAllows<4>,
+     BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000; }>, kThrough},
+    {"sale with its trigger too high", kP, ScripAllows<4>,
+     BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000, o.triggerPrice = 25049; }>,
+     "Trigger Price out of range[250.48 - 245.00] of Symbol-[SCRIP] for "},
+    {"second leg out of the day", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.marginPlusLeg = 2, o.price = 22499; }>,
+     "Limit Price out of Daily Price Range[225.00 - 275.00] of Symbol-[SCRIP] for "},
+    {"change of an unpriced second leg", kP, ScripAllows<4>,
+     [](Request r) {
+         Bracket(r);
+         r.head.messageCode = 2040;
+         r.order.marginPlusLeg = 2;
+         r.order.firstLegPrice = r.order.price = 30000;
+     },
+     kThrough},
+    {"by the exchange of the head", kP, DealerMay<4>,
+     [](Request r) { r.head.dealerType = 4, r.head.exchangeMask = kMaskBseCash; },
+     "Margin+ Order Preference Not Set for "},
     {"too small", kP,
      [](CScenario& s) { ScripAllows<4>(s), s.library.context.settings.marginPlusMinOrderValue = 2501; }, Bracket,
      "Order failed Min. Margin Plus Order Value Check where the limit = 2501.00 and current value = 2500.00 for"},
@@ -138,6 +156,8 @@ const Case kCases[]{
     // After-market
     {"no overall record", 9, ClientMay<15>, nullptr, "AMO Order Preference Not Set for "},
     {"of the dealer of type 1", 9, DealerMay<15>, [](Request r) { r.head.dealerType = 1; },
+     "AMO Order Preference Not Set for "},
+    {"of the dealer of type 45", 9, DealerMay<15>, [](Request r) { r.head.dealerType = 45; },
      "AMO Order Preference Not Set for "},
     {"checked", 9, AfterMarketBits<8>, nullptr, kAccepted},
     {"delivery becomes plain delivery", 10, AfterMarketBits<8>, nullptr, kThrough},
@@ -204,6 +224,7 @@ TEST(ProductPolicy, OptionPricesAgainstTheirUnderlying) {
         std::int16_t percent;
         const char* text;
         std::int32_t pricedAt = 0;  ///< of the request afterwards, for an order at market; 0: unchanged
+        std::int16_t mode = 1;
     } cases[]{
         {"call sold at its worth", kSell, "CE", 9000, 1000, 10000, 0, kAccepted, 1000},
         {"call sold below", kSell, "CA", 9000, 999, 10000, 0,
@@ -215,6 +236,7 @@ TEST(ProductPolicy, OptionPricesAgainstTheirUnderlying) {
          "underlying price and the strike price ; LTP =  100.00 and  Strike Price = 110.00 of "},
         {"worthless put", kSell, "PA", 9000, 1, 10000, 0, kAccepted, 1000},
         {"of no known type", kSell, "XX", 9000, 1, 10000, 0, kAccepted},
+        {"in another mode", kSell, "CE", 9000, 1, 10000, 0, kAccepted, 0, 0},
         {"no price known", kSell, "CE", 9000, 1000, 0, 0, kNoPrice},
         {"call bought above", kBuy, "CE", 9000, 1001, 10000, 0,
          "Order is not allowed as Price entered is more than the Percentage defined on the difference between the "
@@ -229,14 +251,17 @@ TEST(ProductPolicy, OptionPricesAgainstTheirUnderlying) {
     constexpr std::uint8_t kAtMarket = 1 << 6;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        CScenario s({.positionMode = 1});
+        CScenario s({.positionMode = c.mode});
         s.House(9);
-        s.library.context.products.sellPriceTest = {c.percent, true};
-        s.library.context.products.buyPriceTest = {c.percent, true};
+        const bool sells = c.side == kSell;
+        ProductReference& products = s.library.context.products;
+        (sells ? products.sellPriceTest : products.buyPriceTest) = {c.percent, true};
+        (sells ? products.buyPriceTest : products.sellPriceTest) = {50, false};
         if (c.ltp != 0) {
             tagTokenPriceRecord record{};
-            record.closePrice = c.ltp;  // stands in for a missing last price
-            s.library.context.products.tokenPrices.FindOrMake(26000, record);
+            record.lastTradedPrice = sells ? 0 : c.ltp;
+            record.closePrice = sells ? c.ltp : 1;  // stands in for a missing last price alone
+            products.tokenPrices.FindOrMake(26000, record);
         }
         std::vector<char> buffer = MakeRequest({.exchangeMask = kMaskNseDerivatives,
                                                 .token = 100,

@@ -260,7 +260,7 @@ void CScenario::Market(std::int16_t exchangeMask, std::int32_t token, std::int32
     scrip.closePrice = close;
 }
 
-Answer CScenario::Send(std::vector<char> buffer, bool probe) {
+Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
     auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     tagOrdErrMessage error{};
     CPtrList limitRows, rollbackRows;

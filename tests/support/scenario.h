@@ -86,7 +86,8 @@ class CScenario {
     Answer Check(const OrderSpec& order) { return Send(MakeRequest(order)); }
     Answer Probe(const OrderSpec& order) { return Send(MakeRequest(order), /*probe=*/true); }
     /// Sends a request as it stands: the head and its records in one buffer.
-    Answer Send(std::vector<char> buffer, bool probe = false);
+    Answer Send(std::vector<char>& buffer, bool probe = false);
+    Answer Send(std::vector<char>&& buffer, bool probe = false) { return Send(buffer, probe); }
 
     /// Sends the risk parameters of one segment as a whole file, to staging; the end message swaps them in.
     void RiskFile(std::int16_t segment, const std::vector<tagRPFUnderlyingRecord>& underlyings,
