@@ -4,7 +4,7 @@
 
 #include "memory/failing_memory.h"
 #include "positions/exposure_row.h"
-#include "support/scenario.h"
+#include "support/derivatives.h"
 
 namespace surv::test {
 namespace {
@@ -56,6 +56,37 @@ TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
             EXPECT_TRUE(CheckWithin(s, order, kRowsHandedOut)) << "known accounts need no memory but the list's";
         }
     }
+}
+
+/// A margined order: records of the tree, holders and keys are made on the way.
+TEST(OutOfMemory, LeavesNoTraceOfAMarginedCheck) {
+    CDerivativeHouse s;
+    const Contract contract{.token = 100, .expiryDate = s.Days(30), .array = {5, -5}};
+    s.File({contract});
+    const std::string before = s.Dump();
+    const OrderSpec order = CDerivativeHouse::SpecOf(contract, kBuy, 10, 100);
+    long allocations = 0;
+    while (!CheckWithin(s, order, allocations)) {
+        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
+        ASSERT_EQ(s.Dump(), before) << "after " << allocations << " allocations";
+        ASSERT_LT(++allocations, 1000);
+    }
+    EXPECT_EQ(s.Row("-", 0xD).usedMarginOrder, 50.0);
+    // The same for a new file: cut short, it is finished by another end message.
+    const tagRPFContractRecord doubled = ContractRecord({.token = 100, .expiryDate = s.Days(30), .array = {10, -10}});
+    const tagRPFUnderlyingRecord charges = UnderlyingRecord(kUnderlying, 0, 0);
+    s.RiskMessage(28006, kMaskNseDerivatives, &charges, sizeof charges);
+    s.RiskMessage(28009, kMaskNseDerivatives, &doubled, sizeof doubled);
+    for (long done = 0, left = 0; !done; ++left) {
+        ASSERT_LT(left, 100);
+        allocationsLeft = left;
+        try {
+            done = s.RiskMessage(28002, kMaskNseDerivatives) == kDone;
+        } catch (const std::bad_alloc&) {
+        }
+        allocationsLeft = -1;
+    }
+    for (const char* entity : {"C1", "D1", "G1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
 }
 
 TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
