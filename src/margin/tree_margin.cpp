@@ -1,7 +1,8 @@
 #include "margin/tree_margin.h"
 
 #include <cmath>
-#include <cstring>
+
+#include "platform/bytes.h"
 
 namespace surv {
 namespace {
@@ -104,7 +105,7 @@ class CScripFigures {
 };
 
 bool SameFigures(const tagScripMargin& a, const tagScripMargin& b) {
-    return a.view == b.view && std::memcmp(&a.contract, &b.contract, sizeof a.contract) == 0;
+    return a.view == b.view && SameBytes(a.contract, b.contract);
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -134,8 +135,7 @@ void MoveExpiry(tagExpiryMargin& expiry, const tagScripMargin& old, const tagScr
 
 /// The scenarios of an underlying take the change of one contract.
 void MoveScenarios(tagUnderlyingMargin& underlying, const tagScripMargin& old, const tagScripMargin& now) {
-    const bool sameArray =
-        std::memcmp(old.contract.riskArray, now.contract.riskArray, sizeof now.contract.riskArray) == 0;
+    const bool sameArray = SameBytes(old.contract, now.contract);
     for (std::size_t v = 0; v < kViewCount; ++v) {
         if (sameArray && old.view[v].riskQuantity == now.view[v].riskQuantity) continue;
         auto& sums = underlying.view[v].riskValues;

@@ -42,7 +42,8 @@ void CClientExposure::AddSegmentRow(const tagSurvPositionData& row, const tagOrd
     figures.AddMtm(row.mtmValue, +1.0);
 }
 
-void CClientExposure::ApplyPrice(const tagOrderInfoForSurv& order, CSurvPosition position, const Settings& settings) {
+void CClientExposure::ApplyPrice(const tagOrderInfoForSurv& order, const CSurvPosition& position,
+                                 const Settings& settings) {
     CSurvPosition priced = position;
     priced.SetLastPrice(order);
     MoveSegmentMtm(order, position, priced, TreeContext{settings});

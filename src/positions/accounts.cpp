@@ -5,6 +5,7 @@
 
 #include "margin/risk_parameters.h"
 #include "margin/tree_margin.h"
+#include "platform/bytes.h"
 
 namespace surv {
 namespace {
@@ -111,17 +112,12 @@ const tagRPFContractRecord* ContractRecordOf(const tagOrderInfoForSurv& order) {
     return order.contractRpf ? &order.contractRpf->record : nullptr;
 }
 
-template <class Record>
-bool Differ(const Record& a, const Record& b) {
-    return std::memcmp(&a, &b, sizeof a) != 0;
-}
-
 /// Takes the charges of the order's underlying; MCX has none, and an order without them leaves those of before. True
 /// when they are others than before.
 bool TakeUnderlyingRecord(tagUnderlyingMargin& margin, const tagOrderInfoForSurv& order) {
     constexpr std::int16_t kMcxExpiry = 0x81;
     if (!order.underlyingRpf || order.periodicity == kMcxExpiry) return false;
-    if (!Differ(margin.underlying, order.underlyingRpf->record)) return false;
+    if (SameBytes(margin.underlying, order.underlyingRpf->record)) return false;
     margin.underlying = order.underlyingRpf->record;
     return true;
 }
@@ -133,7 +129,7 @@ void TakeParameters(const MarginPath& margin, const CScripExposure& scrip, const
     const tagRPFContractRecord* const record = ContractRecordOf(order);
     const bool newCharges = TakeUnderlyingRecord(margin.underlying, order);
     if (!margin.scrip.inSums) return;
-    if (newCharges || (record && Differ(*record, margin.scrip.contract))) {
+    if (newCharges || (record && !SameBytes(*record, margin.scrip.contract))) {
         CarryContract(margin, PositionsOf(scrip), order, record, TradedSums::kFollow, tradingDayBase);
     }
 }

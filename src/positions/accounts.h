@@ -140,7 +140,7 @@ class CClientExposure {
     ScripPath AddRow(tagSurvPositionData row, const tagOrderInfoForSurv& order, const TreeContext& context);
     /// A new price of a scrip of which the account holds `position`: moves the MTM sums of the segment, and the price
     /// of the contract.
-    void ApplyPrice(const tagOrderInfoForSurv& order, CSurvPosition position, const Settings& settings);
+    void ApplyPrice(const tagOrderInfoForSurv& order, const CSurvPosition& position, const Settings& settings);
     /// Puts new risk parameters into a contract and re-margins it; the order names the contract and carries the
     /// parameters, rates and preference. Positions stay as they are.
     void ReplaceParameters(const tagOrderInfoForSurv& order, const ScripPath& path, const Settings& settings);
