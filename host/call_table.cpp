@@ -118,13 +118,22 @@ void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
 }
 
 // ---------------------------------------------------------------------------------------------------------------
-// Product and security reference data. The records are copied, so the lists stay the host's.
+// Product and security reference data, margin rates. The records are copied, so the lists stay the host's.
+
+template <class Record, auto Function>
+void LoadFrom(std::string_view argument, const Arguments& arguments, Json& answer) {
+    RowList<Record> records;
+    arguments.AddRows(argument, records);
+    answer["result"] = Function(records.Get());
+}
 
 template <class Record, auto Function>
 void CallLoad(Session&, const Arguments& arguments, Json& answer) {
-    RowList<Record> records;
-    arguments.AddRows("records", records);
-    answer["result"] = Function(records.Get());
+    LoadFrom<Record, Function>("records", arguments, answer);
+}
+
+void CallMarginInfo(Session&, const Arguments& arguments, Json& answer) {
+    LoadFrom<tagMarginInfo, &::InitializeMarginInfo>("list", arguments, answer);
 }
 
 void CallTokenInfo(Session&, const Arguments& arguments, Json& answer) {
@@ -278,10 +287,11 @@ constexpr std::array kCalls{
     Call{"RMSFundAllocation", "request", nullptr},
 
     Call{"ProcessRPFInfo", "messageCode segment toStaging underlying contract count messageLength", &CallProcessRpf},
-    Call{"InitializeMarginInfo", "list", nullptr},
+    Call{"InitializeMarginInfo", "list", &CallMarginInfo},
     Call{"InitializeAllAdditionalMarginInfo", "map", &CallAdditionalMargin},
-    Call{"InitializeMCXMarginInfo", "records", nullptr},
-    Call{"InitializeNCDEXExposureMarginInfo", "records", nullptr},
+    Call{"InitializeMCXMarginInfo", "records", &CallLoad<tagMcxMarginRecord, &::InitializeMCXMarginInfo>},
+    Call{"InitializeNCDEXExposureMarginInfo", "records",
+         &CallLoad<tagNcdexExposureMarginRecord, &::InitializeNCDEXExposureMarginInfo>},
     Call{"InitializeProductMasterInfo", "records",
          &CallLoad<tagProductTypeScripBasket, &::InitializeProductMasterInfo>},
     Call{"InitializeCompulsoryDeliverySeriesInfo", "records",

@@ -133,6 +133,16 @@ constexpr auto kAdditionalMargin = [] {
                       FIELD(buyExposureRate)};
 }();
 
+constexpr auto kVarMargin = [] {
+    using R = tagMarginInfo;
+    return std::array{FIELD(token), FIELD(marginBasis), FIELD(marginRate), FIELD(exchange)};
+}();
+
+/// MCX and NCDEX.
+template <class R>
+constexpr auto kCommodityMargin =
+    std::array{FIELD(token), FIELD(symbol), FIELD(series), FIELD(marginBasis), FIELD(marginRate), FIELD(exchange)};
+
 // ---------------------------------------------------------------------------------------------------------------
 // Rows and preferences
 
@@ -290,6 +300,9 @@ RECORD(tagBreachRow, kBreachRow)
 RECORD(tagRPFUnderlyingRecord, kRiskUnderlying)
 RECORD(tagRPFContractRecord, kRiskContract)
 RECORD(tagAdditionalMarginInfo, kAdditionalMargin)
+RECORD(tagMarginInfo, kVarMargin)
+RECORD(tagMcxMarginRecord, kCommodityMargin<tagMcxMarginRecord>)
+RECORD(tagNcdexExposureMarginRecord, kCommodityMargin<tagNcdexExposureMarginRecord>)
 RECORD(tagProductTypeScripBasket, kScripBasket)
 RECORD(tagTokenPriceRecord, kTokenPrice)
 RECORD(tagCompulsoryDeliverySeries, kCompulsorySeries)
@@ -311,6 +324,9 @@ std::span<const RecordTable* const> AllTables() {
                                  &TableOf<tagRPFUnderlyingRecord>(),
                                  &TableOf<tagRPFContractRecord>(),
                                  &TableOf<tagAdditionalMarginInfo>(),
+                                 &TableOf<tagMarginInfo>(),
+                                 &TableOf<tagMcxMarginRecord>(),
+                                 &TableOf<tagNcdexExposureMarginRecord>(),
                                  &TableOf<tagProductTypeScripBasket>(),
                                  &TableOf<tagTokenPriceRecord>(),
                                  &TableOf<tagCompulsoryDeliverySeries>(),

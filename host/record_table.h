@@ -128,6 +128,12 @@ const RecordTable& TableOf<tagRPFContractRecord>();
 template <>
 const RecordTable& TableOf<tagAdditionalMarginInfo>();
 template <>
+const RecordTable& TableOf<tagMarginInfo>();
+template <>
+const RecordTable& TableOf<tagMcxMarginRecord>();
+template <>
+const RecordTable& TableOf<tagNcdexExposureMarginRecord>();
+template <>
 const RecordTable& TableOf<tagProductTypeScripBasket>();
 template <>
 const RecordTable& TableOf<tagTokenPriceRecord>();

@@ -666,6 +666,60 @@ static_assert(offsetof(tagAdditionalMarginInfo, shortMarginRate) == 44);
 static_assert(offsetof(tagAdditionalMarginInfo, sellExposureRate) == 56);
 static_assert(offsetof(tagAdditionalMarginInfo, buyExposureRate) == 60);
 
+/// The VaR rate of one cash token.
+struct [[gnu::packed]] tagMarginInfo {  // 16 bytes
+    std::int32_t token;                     //   0
+    std::int16_t marginBasis;               //   4  0, 1: hundredths of a percent of value; 2: paise per unit
+    double marginRate;                      //   6
+    std::int16_t exchange;                  //  14  exchange mask: 1 or 8
+};
+static_assert(sizeof(tagMarginInfo) == 16 && std::is_trivially_copyable_v<tagMarginInfo> &&
+              std::is_standard_layout_v<tagMarginInfo>);
+static_assert(offsetof(tagMarginInfo, token) == 0);
+static_assert(offsetof(tagMarginInfo, marginBasis) == 4);
+static_assert(offsetof(tagMarginInfo, marginRate) == 6);
+static_assert(offsetof(tagMarginInfo, exchange) == 14);
+
+/// The margin rate of one MCX token.
+struct [[gnu::packed]] tagMcxMarginRecord {  // 44 bytes
+    std::int32_t token;                     //   0
+    char symbol[13];                        //   4
+    char series[3];                         //  17
+    char host20[12];
+    std::int16_t marginBasis;               //  32  1: percent of value; 2: paise per unit
+    double marginRate;                      //  34
+    std::int16_t exchange;                  //  42  exchange mask; only 0x10 is kept
+};
+static_assert(sizeof(tagMcxMarginRecord) == 44 && std::is_trivially_copyable_v<tagMcxMarginRecord> &&
+              std::is_standard_layout_v<tagMcxMarginRecord>);
+static_assert(offsetof(tagMcxMarginRecord, token) == 0);
+static_assert(offsetof(tagMcxMarginRecord, symbol) == 4);
+static_assert(offsetof(tagMcxMarginRecord, series) == 17);
+static_assert(offsetof(tagMcxMarginRecord, marginBasis) == 32);
+static_assert(offsetof(tagMcxMarginRecord, marginRate) == 34);
+static_assert(offsetof(tagMcxMarginRecord, exchange) == 42);
+
+/// The exposure margin rate of one NCDEX token. Kept until the clean-up; no margin is formed from it.
+struct [[gnu::packed]] tagNcdexExposureMarginRecord {  // 48 bytes
+    std::int32_t token;                     //   0
+    char symbol[13];                        //   4
+    char series[3];                         //  17
+    char host20[12];
+    std::int16_t marginBasis;               //  32
+    double marginRate;                      //  34
+    char host42[4];
+    std::int16_t exchange;                  //  46  exchange mask; only 0x40 is kept
+};
+static_assert(sizeof(tagNcdexExposureMarginRecord) == 48 &&
+              std::is_trivially_copyable_v<tagNcdexExposureMarginRecord> &&
+              std::is_standard_layout_v<tagNcdexExposureMarginRecord>);
+static_assert(offsetof(tagNcdexExposureMarginRecord, token) == 0);
+static_assert(offsetof(tagNcdexExposureMarginRecord, symbol) == 4);
+static_assert(offsetof(tagNcdexExposureMarginRecord, series) == 17);
+static_assert(offsetof(tagNcdexExposureMarginRecord, marginBasis) == 32);
+static_assert(offsetof(tagNcdexExposureMarginRecord, marginRate) == 34);
+static_assert(offsetof(tagNcdexExposureMarginRecord, exchange) == 46);
+
 // ---------------------------------------------------------------------------------------------------------------
 // Product and security reference data
 

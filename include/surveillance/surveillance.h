@@ -112,10 +112,13 @@ SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request,
 /// No byte beyond length is read. A message of a wrong length changes nothing; a record with a charge,
 /// price, loss or delta that is not finite is counted and not stored.
 SURVEILLANCE_API short ProcessRPFInfo(const char* message, const std::int32_t& length, short toStaging) noexcept;
+/// Margin rates of the day. The records are copied, the first of an exchange and token stands, one of an exchange that
+/// the table isn't for is dropped; the list stays the host's. The list of InitializeMarginInfo holds tagMarginInfo.
 SURVEILLANCE_API short InitializeMarginInfo(CPtrList* list) noexcept;
 /// The values of the map are tagAdditionalMarginInfo records, entered by PutRecord of host.h; the keys are not used.
 /// The records are copied, the first of an exchange and token stands.
 SURVEILLANCE_API short InitializeAllAdditionalMarginInfo(CMapStringToOb* map) noexcept;
+/// tagMcxMarginRecord and tagNcdexExposureMarginRecord.
 SURVEILLANCE_API short InitializeMCXMarginInfo(CPtrList* records) noexcept;
 SURVEILLANCE_API short InitializeNCDEXExposureMarginInfo(CPtrList* records) noexcept;
 

@@ -13,4 +13,12 @@ void HandOver(CPtrList& list, std::unique_ptr<Row> row) {
     static_cast<void>(row.release());
 }
 
+/// Hands each record of a host's list to `take`, in order; null elements are passed over.
+template <class Record, class Take>
+void ForEachRecord(const CPtrList& records, Take take) {
+    for (CPtrList::Position at = records.GetHeadPosition(); at;) {
+        if (const auto* record = static_cast<const Record*>(records.GetNext(at))) take(*record);
+    }
+}
+
 }  // namespace surv

@@ -70,11 +70,36 @@ void ReferenceStores::TakeAdditionalMargin(tagOrderInfoForSurv& order) const {
                               record->sellExposureRate, record->buyExposureRate};
 }
 
+void ReferenceStores::AddVarMargin(const tagMarginInfo& record) {
+    if (record.exchange == kMaskNseCash) varMarginNse_.FindOrMake(record.token, record);
+    if (record.exchange == kMaskBseCash) varMarginBse_.FindOrMake(record.token, record);
+}
+
+void ReferenceStores::AddMcxMargin(const tagMcxMarginRecord& record) {
+    if (record.exchange == kMaskMcx) mcxMargins_.FindOrMake(record.token, record);
+}
+
+void ReferenceStores::AddNcdexExposureMargin(const tagNcdexExposureMarginRecord& record) {
+    if (record.exchange == kMaskNcdex) ncdexExposureMargins_.FindOrMake(record.token, record);
+}
+
+void ReferenceStores::TakeVarMargin(tagOrderInfoForSurv& order) const {
+    const auto& rates = order.ExchangeMask() == kMaskNseCash ? varMarginNse_ : varMarginBse_;
+    const tagMarginInfo* record = rates.Find(order.token);
+    if (!record) return;
+    order.scripRates.marginBasis = record->marginBasis;
+    order.scripRates.marginRate = record->marginRate;
+}
+
 void ReferenceStores::ClearDay() {
     for (ScripStore& store : scrips_) store.Clear();
     for (AdditionalMargins* store : {&additionalMarginNse_, &additionalMarginNcdex_, &additionalMarginMcx_}) {
         store->Clear();
     }
+    varMarginNse_.Clear();
+    varMarginBse_.Clear();
+    mcxMargins_.Clear();
+    ncdexExposureMargins_.Clear();
 }
 
 }  // namespace surv

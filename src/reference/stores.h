@@ -39,6 +39,15 @@ struct ReferenceStores {
     /// Gives the order the exposure margin rates of its token; without a record the order keeps those it has.
     void TakeAdditionalMargin(tagOrderInfoForSurv& order) const;
 
+    // Margin rates: the first record of a token stands; one of an exchange that has no such rates is dropped.
+    void AddVarMargin(const tagMarginInfo& record);  ///< NSE and BSE cash
+    void AddMcxMargin(const tagMcxMarginRecord& record);
+    void AddNcdexExposureMargin(const tagNcdexExposureMarginRecord& record);
+    /// Gives a cash order the VaR rate of its token; without a record the order keeps the one it has.
+    void TakeVarMargin(tagOrderInfoForSurv& order) const;
+    /// Null for a token without a record.
+    [[nodiscard]] const tagMcxMarginRecord* FindMcxMargin(std::int32_t token) const { return mcxMargins_.Find(token); }
+
     /// Empties what is filled once a day; preferences and families stay.
     void ClearDay();
 
@@ -53,6 +62,11 @@ struct ReferenceStores {
     AdditionalMargins additionalMarginNse_;
     AdditionalMargins additionalMarginNcdex_;
     AdditionalMargins additionalMarginMcx_;
+
+    HashMap<std::int32_t, tagMarginInfo> varMarginNse_{1013};
+    HashMap<std::int32_t, tagMarginInfo> varMarginBse_{1013};
+    HashMap<std::int32_t, tagMcxMarginRecord> mcxMargins_;
+    HashMap<std::int32_t, tagNcdexExposureMarginRecord> ncdexExposureMargins_;
 };
 
 }  // namespace surv

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "orderpath/request_view.h"
+#include "platform/host_list.h"
 #include "reference/preferences.h"
 #include "service/library.h"
 #include "surveillance/host.h"
@@ -16,6 +17,7 @@ namespace {
 using surv::kDone;
 using surv::kNotDone;
 using surv::Library;
+using surv::ReferenceStores;
 
 /// Made at the first call and never destroyed: a call from the host's own last steps still finds it.
 Library& TheLibrary() {
@@ -63,9 +65,6 @@ short NotServed(Library& library) {
 short GuardedNotServed(const char* notStarted) noexcept {
     return Guarded(notStarted, [](surv::CSurveillanceManager&) { return NotServed(TheLibrary()); });
 }
-short NotServedAtAll() noexcept {
-    return Contained<short>(kNotDone, [](Library& library) { return NotServed(library); });
-}
 
 short RefuseOldForm() noexcept {
     return Contained<short>(kNotDone, [](Library& library) -> short {
@@ -79,6 +78,16 @@ template <class Store>
 short StoreSetting(Store store) noexcept {
     return Contained<short>(kNotDone, [&](Library& library) -> short {
         store(library.context.settings);
+        return kDone;
+    });
+}
+
+/// A list of margin rates; it needs no start.
+template <class Record, class Add>
+short LoadRates(const CPtrList* records, Add add) noexcept {
+    return Contained<short>(kNotDone, [&](Library& library) -> short {
+        ReferenceStores& stores = library.context.stores;
+        if (records) surv::ForEachRecord<Record>(*records, [&](const Record& record) { add(stores, record); });
         return kDone;
     });
 }
@@ -302,15 +311,23 @@ short ProcessRPFInfo(const char* message, const std::int32_t& length, short toSt
     return Contained<short>(kNotDone,
                             [&](Library& library) { return library.ProcessRPFInfo(message, length, toStaging != 0); });
 }
-short InitializeMarginInfo(CPtrList* /*list*/) noexcept { return NotServedAtAll(); }
+short InitializeMarginInfo(CPtrList* list) noexcept {
+    return LoadRates<tagMarginInfo>(list, [](ReferenceStores& stores, const auto& r) { stores.AddVarMargin(r); });
+}
 short InitializeAllAdditionalMarginInfo(CMapStringToOb* map) noexcept {
     return Contained<short>(kNotDone, [&](Library& library) -> short {
         if (map) library.LoadAdditionalMargins(*map);
         return kDone;
     });
 }
-short InitializeMCXMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
-short InitializeNCDEXExposureMarginInfo(CPtrList* /*records*/) noexcept { return NotServedAtAll(); }
+short InitializeMCXMarginInfo(CPtrList* records) noexcept {
+    return LoadRates<tagMcxMarginRecord>(records,
+                                         [](ReferenceStores& stores, const auto& r) { stores.AddMcxMargin(r); });
+}
+short InitializeNCDEXExposureMarginInfo(CPtrList* records) noexcept {
+    return LoadRates<tagNcdexExposureMarginRecord>(
+        records, [](ReferenceStores& stores, const auto& r) { stores.AddNcdexExposureMargin(r); });
+}
 
 // ---------------------------------------------------------------------------------------------------------------
 // Reference data

@@ -202,6 +202,10 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
     AddHouse();
     BKSurveillanceLimitDefTag unknown = Row("X");
     const std::tuple<const char*, short, std::function<short()>> cases[]{
+        {"rates", 0, [] { return InitializeMarginInfo(nullptr); }},
+        {"rate", 0, [&] { return InitializeMarginInfo(&nulls); }},
+        {"MCX rate", 0, [&] { return InitializeMCXMarginInfo(&nulls); }},
+        {"NCDEX rate", 0, [&] { return InitializeNCDEXExposureMarginInfo(&nulls); }},
         {"check request", -1, [&] { return CheckSurveillance(nullptr, &orderError, &status, {}, {}, {}, 0); }},
         {"check error", -1, [&] { return CheckSurveillance(&request.head, nullptr, &status, {}, {}, {}, 0); }},
         {"check status", -1, [&] { return CheckSurveillance(&request.head, &orderError, nullptr, {}, {}, {}, 0); }},
