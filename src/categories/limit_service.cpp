@@ -48,6 +48,7 @@ std::int16_t CSurveillanceManager::AddSurvLimits(BKSurveillanceLimitDefTag& limi
     }
     if (fresh) StoreCategory(code, std::move(fresh), row.entityLevel, row.subLevel);
     if (row.limitMask == 0xD || row.limitMask == 0x61) RepublishMargin(*category);
+    if (row.limitMask == 0x81) RepublishCommodityMargin(*category);
     if (context_.settings.HoldsClientPositions() && row.subLevel == -1) row.subLevel = 0;
     limit = row;
     return kDone;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::int16_t kEquityBits = 0x12;
 constexpr std::int16_t kMcxBit = 0x80;
+constexpr std::int16_t kMcxExpiry = 0x81;
 constexpr std::int16_t kBseDerivativeBits = 0x60;
 constexpr std::int16_t kNcdexBit = 0x100;
 
@@ -94,8 +95,18 @@ class CRowEntry {
         const ScripPath path = account.AddRow(data_, order, tree_);
         if (period_ == Period::kDaily || account.aggregate) return account;
         book_.accounts.EnterHolder(order, account, path);
+        if (row_.limitMask == kMcxExpiry) LoadMargin(order, *path.scrip);
         if (group_ != ProductGroup::kMtf && IsOptionSegment(order.marketSegment)) TakeDayPart(order, *path.scrip);
         return account;
+    }
+
+    /// Only a percentage, and none above a bound, is taken at its word.
+    void LoadMargin(const tagOrderInfoForSurv& order, CScripExposure& scrip) {
+        constexpr std::int16_t kOfValue = 1;
+        constexpr double kHighestPercent = 15.0;
+        const tagMcxMarginRecord* record = category_.Context().stores.FindMcxMargin(order.token);
+        if (!record || record->marginBasis != kOfValue || !(record->marginRate <= kHighestPercent)) return;
+        scrip.LoadMargin(record->marginRate, tree_);
     }
 
     /// Option values are today's: an option's contract takes today's part from the daily row, which comes first.

@@ -42,7 +42,8 @@ struct ScripBlock {
 struct tagScripMargin {
     tagRPFContractRecord contract{};  ///< token 0: no risk parameters so far
     PerView<ScripBlock> view{};
-    bool inSums = false;  ///< the nodes above hold these figures
+    PerView<double> loadedMargin{};  ///< MCX, rupees: of a position from rows, at its own rate; in no sum
+    bool inSums = false;             ///< the nodes above hold these figures
 
     /// Loss of a view in a scenario, rupees.
     [[nodiscard]] float RiskValue(std::size_t of, std::size_t scenario) const {

@@ -110,20 +110,38 @@ MarginPart PartOfExchange(std::int16_t exchangeMask) {
     return found->part;
 }
 
+namespace {
+
+/// A part as its accounts have it, and whether the client's preference counts premiums as margin.
+struct FreshPart {
+    MarginSums sums;
+    bool premiumsCount;
+};
+FreshPart Summed(const CSurveillanceManager& manager, const CSurveillanceCategory& category, MarginPart part) {
+    const std::int16_t exchangeMask = SourceOf(part).exchangeMask;
+    const RiskPreference preference = manager.EffectivePreference(category, exchangeMask);
+    return {category.SumMargins(exchangeMask, preference.marginAddOnFactor),
+            (preference.marginFlags & kPremiumCounts) != 0};
+}
+
+}  // namespace
+
+void PublishOwnRow(const CSurveillanceManager& manager, CSurveillanceCategory& category, MarginPart part) {
+    const FreshPart fresh = Summed(manager, category, part);
+    WriteRow(category, SourceOf(part).rowMask, fresh.sums, fresh.premiumsCount);
+}
+
 void PublishMargin(const CSurveillanceManager& manager, CSurveillanceCategory& category, MarginPart part) {
-    const PartSource& source = SourceOf(part);
-    const RiskPreference preference = manager.EffectivePreference(category, source.exchangeMask);
-    const bool premiumsCount = (preference.marginFlags & kPremiumCounts) != 0;
-    const MarginSums fresh = category.SumMargins(source.exchangeMask, preference.marginAddOnFactor);
-    WriteRow(category, source.rowMask, fresh, premiumsCount);
+    const FreshPart fresh = Summed(manager, category, part);
+    WriteRow(category, SourceOf(part).rowMask, fresh.sums, fresh.premiumsCount);
     for (const RollUp& rollUp : kRollUps) {
         if (std::find(rollUp.parts.begin(), rollUp.parts.end(), part) == rollUp.parts.end()) continue;
         if (!category.FindRow(rollUp.rowMask, kAllSecurities)) continue;
-        MarginSums sums = fresh;
+        MarginSums sums = fresh.sums;
         for (const MarginPart other : rollUp.parts) {
             if (other != part) AddPart(sums, manager, category, other);
         }
-        WriteRow(category, rollUp.rowMask, sums, premiumsCount);
+        WriteRow(category, rollUp.rowMask, sums, fresh.premiumsCount);
     }
 }
 

@@ -13,4 +13,7 @@ class CSurveillanceManager;
 /// holds the part among others. A missing row is stepped over.
 void PublishMargin(const CSurveillanceManager& manager, CSurveillanceCategory& category, MarginPart part);
 
+/// The same for the part's own row alone.
+void PublishOwnRow(const CSurveillanceManager& manager, CSurveillanceCategory& category, MarginPart part);
+
 }  // namespace surv

@@ -83,13 +83,17 @@ void CMarginRun::AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWise
 void CMarginRun::Collect(CSurveillanceCategory& category, const tagOrderInfoForSurv& order) {
     const std::vector<ContractHolder>* holders = category.FindHolders(order);
     if (!holders) return;
-    const TouchKey key{&category, order.ExchangeMask()};
-    const auto [place, added] = places_.try_emplace(key, touched_.size());
+    const std::size_t touched = Touch(category, order.ExchangeMask());
+    for (const ContractHolder& holder : *holders) work_.push_back({touched, holder});
+}
+
+std::size_t CMarginRun::Touch(CSurveillanceCategory& category, std::int16_t exchangeMask) {
+    const auto [place, added] = places_.try_emplace(TouchKey{&category, exchangeMask}, touched_.size());
     if (added) {
-        touched_.push_back({&category, key.exchangeMask, 0, manager_.EffectivePreference(category, key.exchangeMask)});
+        touched_.push_back({&category, exchangeMask, 0, manager_.EffectivePreference(category, exchangeMask)});
     }
     touched_[place->second].lastContract = contracts_;
-    for (const ContractHolder& holder : *holders) work_.push_back({place->second, holder});
+    return place->second;
 }
 
 namespace {
@@ -119,12 +123,6 @@ void FetchRecords(const ContractHolder& holder) {
     FetchRecord(holder.account->clientMarginTotals.get());
 }
 
-/// Parameters go to the contract of their own underlying and expiry alone, whatever else goes by its token.
-bool Finds(const tagOrderInfoForSurv& order, const ContractHolder& holder) {
-    return !holder.path.scrip->IsBlank() && holder.underlyingToken == order.underlyingToken &&
-           holder.expiryDate == order.contract.expiryDate;
-}
-
 }  // namespace
 
 void CMarginRun::Replace(tagOrderInfoForSurv& order) {
@@ -138,7 +136,7 @@ void CMarginRun::Replace(tagOrderInfoForSurv& order) {
         if (i + kRecordsAhead < work_.size()) FetchRecords(work_[i + kRecordsAhead].holder);
         const Work& work = work_[i];
         const Touched& touched = touched_[work.touched];
-        if (!touched.category->CountsInMargin(*work.holder.account) || !Finds(order, work.holder)) continue;
+        if (!touched.category->CountsInMargin(*work.holder.account) || !work.holder.Holds(order)) continue;
         order.riskPreference = touched.preference;
         work.holder.account->ReplaceParameters(order, work.holder.path, settings);
     }
@@ -194,14 +192,8 @@ void CSurveillanceManager::RecomputeSegmentMargin(CSurveillanceCategory& categor
 std::int16_t CSurveillanceManager::RecomputeMargin(std::int32_t exchange, std::string_view categoryCode) {
     if (exchange != kMaskNseDerivatives && exchange != kMaskNcdex) return kDone;
     const auto exchangeMask = static_cast<std::int16_t>(exchange);
-    if (categoryCode == "ALL") {
-        for (const auto& category : categories) RecomputeSegmentMargin(*category.value, exchangeMask);
-        return kDone;
-    }
-    CSurveillanceCategory* category = FindCategory(categoryCode);
-    if (!category) return kNotDone;
-    RecomputeSegmentMargin(*category, exchangeMask);
-    return kDone;
+    return ForCategories(categoryCode,
+                         [&](CSurveillanceCategory& category) { RecomputeSegmentMargin(category, exchangeMask); });
 }
 
 void CSurveillanceManager::RepublishMargin(CSurveillanceCategory& category) const {

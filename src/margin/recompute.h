@@ -26,6 +26,9 @@ class CMarginRun {
     /// The contract at one category.
     void AddAt(CSurveillanceCategory& category, const CRPFUnderlyingWiseInfo& underlying,
                const CRPFContractWiseInfo& contract);
+    /// Every MCX position of one category, which has no parameters but the rates of the day (commodity_margin.cpp). A
+    /// category that has never seen MCX stays as it is.
+    void AddCommodities(CSurveillanceCategory& category);
     /// Writes the limit rows of every category touched. Takes no memory.
     void Publish();
 
@@ -54,6 +57,8 @@ class CMarginRun {
     };
 
     void Collect(CSurveillanceCategory& category, const tagOrderInfoForSurv& order);
+    /// Notes that the rows of the exchange have to be written; gives the place in touched_.
+    std::size_t Touch(CSurveillanceCategory& category, std::int16_t exchangeMask);
     void Replace(tagOrderInfoForSurv& order);
 
     CSurveillanceManager& manager_;

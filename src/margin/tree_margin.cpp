@@ -17,9 +17,6 @@ constexpr double kMcxSpreadBenefitPercent = 66.0;
 /// What is left of a sum when all that entered has left again.
 constexpr double kNothing = 1e-9;
 
-constexpr PerView<Selector> kSelectors{Selector::kOrderSide, Selector::kTradedSide, Selector::kWorstLong,
-                                       Selector::kWorstShort};
-
 double Settled(double sum) { return std::abs(sum) < kNothing ? 0.0 : sum; }
 
 bool IsOption(const tagOrderInfoForSurv& order) { return order.contract.strikePrice > 0; }

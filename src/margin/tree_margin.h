@@ -10,6 +10,10 @@
 
 namespace surv {
 
+/// The selector of each view.
+inline constexpr PerView<Selector> kSelectors{Selector::kOrderSide, Selector::kTradedSide, Selector::kWorstLong,
+                                              Selector::kWorstShort};
+
 /// The market of a margin mask; kNone for a mask under which no margin figure is touched.
 [[nodiscard]] MarginGroup MarginGroupOfMask(std::int16_t periodicity);
 /// The same of an exchange mask.

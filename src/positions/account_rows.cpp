@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "margin/tree_margin.h"
 #include "platform/host_list.h"
 #include "positions/accounts.h"
 #include "positions/exposure_row.h"
@@ -13,6 +14,18 @@ void CScripExposure::SetDayData(const tagSurvPositionData& daily, const TreeCont
     dayPosition.data = {};
     dayPosition.MergePositionData(daily);
     dayPosition.data.ownerInfo = position.data.ownerInfo;
+}
+
+void CScripExposure::LoadMargin(double ratePercent, const TreeContext& context) {
+    constexpr std::int16_t kOfValue = 1;
+    if (!scripMargin) scripMargin = std::make_unique<tagScripMargin>();
+    context.Save(*scripMargin);
+    const tagOrderInfoForSurv noPreference;
+    for (std::size_t v = 0; v < kViewCount; ++v) {
+        const Selector selector = kSelectors[v];
+        scripMargin->view[v].spreadPosition = static_cast<double>(position.GetNetQuantity(static_cast<int>(selector)));
+        scripMargin->loadedMargin[v] = position.GetMcxPositionMargin(noPreference, selector, kOfValue, ratePercent);
+    }
 }
 
 ScripPath CClientExposure::AddRow(tagSurvPositionData row, const tagOrderInfoForSurv& order,

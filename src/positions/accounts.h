@@ -65,6 +65,8 @@ class CScripExposure {
     /// Takes today's part from the position of the daily period. It replaces what an earlier row brought: that was part
     /// of the same position.
     void SetDayData(const tagSurvPositionData& daily, const TreeContext& context);
+    /// Forms what an MCX position from rows is margined at by its own rate, percent of value, and its spread position.
+    void LoadMargin(double ratePercent, const TreeContext& context);
     /// A node that a refused trial has made holds nothing and is shown nowhere.
     [[nodiscard]] bool IsBlank() const { return position.data.scripInfo == nullptr; }
 };
@@ -141,8 +143,8 @@ class CClientExposure {
     /// A new price of a scrip of which the account holds `position`: moves the MTM sums of the segment, and the price
     /// of the contract.
     void ApplyPrice(const tagOrderInfoForSurv& order, const CSurvPosition& position, const Settings& settings);
-    /// Puts new risk parameters into a contract and re-margins it; the order names the contract and carries the
-    /// parameters, rates and preference. Positions stay as they are.
+    /// Re-margins a contract with what the order carries: risk parameters, which MCX has none of, rates, preference.
+    /// The order names the contract; positions stay as they are.
     void ReplaceParameters(const tagOrderInfoForSurv& order, const ScripPath& path, const Settings& settings);
 
     // Margin on an exchange, rupees; option values paise. Never below 0 but for the option values. side: 1 order, 2
@@ -205,6 +207,12 @@ struct ContractHolder {
     ScripPath path;
     std::int32_t underlyingToken;
     std::int32_t expiryDate;
+
+    /// Parameters go to the contract of their own underlying and expiry alone, whatever else goes by its token.
+    [[nodiscard]] bool Holds(const tagOrderInfoForSurv& order) const {
+        return !path.scrip->IsBlank() && underlyingToken == order.underlyingToken &&
+               expiryDate == order.contract.expiryDate;
+    }
 };
 
 /// The accounts of a category for one period.

@@ -84,6 +84,11 @@ void LoadPreferences(ReferenceStores& stores, const CPtrList& records) {
     }
 }
 
+const Record* FindPreference(const ReferenceStores& stores, const CodeText& code, std::int32_t exchange) {
+    const PreferenceMap* map = stores.clientPreferences.Find(code);
+    return map ? map->Find(exchange) : nullptr;
+}
+
 bool AddOrUpdatePreference(ReferenceStores& stores, Record& given) {
     PreferenceMap& map = stores.clientPreferences.FindOrMake(FieldText(given.preferenceCode), kRecordsPerCode);
     Record* stored = map.Find(given.exchange);

@@ -23,6 +23,9 @@ inline constexpr std::uint8_t kAutoSquareOffOn = 1 << 2;
 
 /// Enters the host's records, the first of a code and exchange standing.
 void LoadPreferences(ReferenceStores& stores, const CPtrList& records);
+/// Null when there is none of that code and exchange.
+[[nodiscard]] const tagClientRiskPreferenceInfoForSurv* FindPreference(const ReferenceStores& stores,
+                                                                       const CodeText& code, std::int32_t exchange);
 /// Adds or changes one record; bit 0 of marginFlags of the caller's record may change.
 /// Returns true when the record is new.
 bool AddOrUpdatePreference(ReferenceStores& stores, tagClientRiskPreferenceInfoForSurv& record);

@@ -82,13 +82,18 @@ void Library::LoadPreferences(const CPtrList& records) {
 
 void Library::AddUpdatePreference(tagClientRiskPreferenceInfoForSurv& record) {
     if (!context.settings.started) return;
+    const CodeText code = FieldText(record.preferenceCode);
+    const auto* stored = FindPreference(context.stores, code, record.exchange);
+    const tagClientRiskPreferenceInfoForSurv old = stored ? *stored : tagClientRiskPreferenceInfoForSurv{};
     const bool isNew = AddOrUpdatePreference(context.stores, record);
     manager->SetDefaultRiskPreference();
     if (isNew) {
-        manager->AddClientRiskPreference(FieldText(record.preferenceCode));
+        manager->AddClientRiskPreference(code);
     } else {
-        // A code that names no category has nothing to margin anew.
-        static_cast<void>(manager->RecomputeMargin(record.exchange, FieldText(record.preferenceCode)));
+        // Each takes its own exchanges. A code that names no category has nothing to margin anew.
+        static_cast<void>(manager->RecomputeCashVaRMargin(record.exchange, code.View(), record, old));
+        static_cast<void>(manager->RecomputeMCXMargin(record.exchange, code.View()));
+        static_cast<void>(manager->RecomputeMargin(record.exchange, code.View()));
     }
 }
 

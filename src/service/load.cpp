@@ -153,6 +153,9 @@ std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
         TakeRows<BKExposureTag>(*lists.exposures, adopts, adoptedExposures_, loadExposure) != kDone) {
         return kNotDone;
     }
+    RecomputeCashMargin(kMaskNseCash);
+    RecomputeCashMargin(kMaskBseCash);
+    RecomputeMCXIM();
     RecomputeAllIM();
     return kDone;
 }

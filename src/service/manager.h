@@ -61,7 +61,17 @@ class CSurveillanceManager {
     [[nodiscard]] RiskPreference EffectivePreference(const CSurveillanceCategory& category,
                                                      std::int16_t exchangeMask) const;
 
-    // Margin (margin/recompute.cpp) --------------------------------------------------------------------------------
+    // Margin of cash positions (margin/cash_margin.cpp) ------------------------------------------------------------
+    /// Adds the margin of every category's positions on an exchange (1, else BSE cash) to the category's figures, and
+    /// those to its rows. Clears nothing: for the start, once.
+    void RecomputeCashMargin(std::int16_t exchangeMask);
+    /// Moves a category ("ALL": every one) from its old preference of exchange 1 or 8 to the new one; any other
+    /// exchange does nothing. -1: no such category.
+    std::int16_t RecomputeCashVaRMargin(std::int32_t exchange, std::string_view categoryCode,
+                                        const tagClientRiskPreferenceInfoForSurv& newPreference,
+                                        const tagClientRiskPreferenceInfoForSurv& oldPreference);
+
+    // Margin of derivatives (margin/recompute.cpp) -----------------------------------------------------------------
     /// Re-margins every position in a contract and writes the limit rows. -1 for a null pointer.
     std::int16_t RecomputeIM(const CRPFUnderlyingWiseInfo* underlying, const CRPFContractWiseInfo* contract);
     /// The same for every contract of the live table, with rpfMarginMode 1.
@@ -71,12 +81,32 @@ class CSurveillanceManager {
     /// Writes the derivative margins of a category into its limit rows; recomputes nothing.
     void RepublishMargin(CSurveillanceCategory& category) const;
 
+    // Margin of MCX (margin/commodity_margin.cpp) ------------------------------------------------------------------
+    /// Margins the MCX positions of every category anew and writes the limit rows.
+    void RecomputeMCXIM();
+    /// The same for a category ("ALL": every one) and exchange 0x10; any other does nothing. -1: no such category.
+    std::int16_t RecomputeMCXMargin(std::int32_t exchange, std::string_view categoryCode);
+    /// Writes a category's MCX margin into its row of MCX alone; recomputes nothing.
+    void RepublishCommodityMargin(CSurveillanceCategory& category) const;
+
     // Queries (queries/) --------------------------------------------------------------------------------------------
     /// Limit rows of every category.
     void AppendAllLimitRows(CPtrList& list) const;
     void DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const;
 
     [[nodiscard]] CSurveillanceCategory* FindCategory(const CodeText& code) const { return categories.Find(code); }
+    /// Hands the category of a code to `work`, or each one for "ALL". -1: no such category.
+    template <class Work>
+    std::int16_t ForCategories(std::string_view code, Work work) const {
+        if (code == "ALL") {
+            for (const auto& category : categories) work(*category.value);
+            return kDone;
+        }
+        CSurveillanceCategory* category = FindCategory(code);
+        if (!category) return kNotDone;
+        work(*category);
+        return kDone;
+    }
 
     HashMap<CodeText, CSurveillanceCategory> categories{1013};
     CCategoriesByPeriod categoriesByPeriod;

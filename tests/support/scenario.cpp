@@ -95,7 +95,7 @@ void DumpMargins(std::string& out, const CClientExposure& account) {
         for (const auto& expiry : underlying.value->expiries) {
             for (const auto& scrip : expiry.value->scrips) {
                 const tagScripMargin* margin = scrip.value->scripMargin.get();
-                if (margin) DumpUnlessZero(out, margin->contract, margin->view, margin->inSums);
+                if (margin) DumpUnlessZero(out, margin->contract, margin->view, margin->loadedMargin, margin->inSums);
             }
             const tagExpiryMargin* margin = expiry.value->expiryMargin.get();
             if (margin) DumpUnlessZero(out, margin->view, margin->hasFuture);
@@ -222,13 +222,15 @@ std::string Answer::Head() const {
                   failedLevelType);
 }
 
-CScenario::CScenario(Library::StartSettings settings, const LoadLists& lists) {
+CScenario::CScenario(Library::StartSettings settings, const LoadLists& lists,
+                     const std::function<void(Library&)>& prepare) {
     library.context.clock.Set([](void*) { return kNow; }, nullptr);
     library.context.window.Set(
         [](void* context, unsigned, unsigned, const char* text) {
             static_cast<CScenario*>(context)->notifications.emplace_back(text);
         },
         this);
+    if (prepare) prepare(library);
     EXPECT_EQ(library.Start(settings, lists), kDone);
 }
 

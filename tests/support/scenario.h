@@ -63,8 +63,9 @@ class CScenario {
  public:
     static constexpr std::int64_t kNow = 1763695800;
 
-    /// A started library; without lists it has no limits.
-    explicit CScenario(Library::StartSettings settings = {}, const LoadLists& lists = {});
+    /// A started library; without lists it has no limits. `prepare` loads what a host loads before the start.
+    explicit CScenario(Library::StartSettings settings = {}, const LoadLists& lists = {},
+                       const std::function<void(Library&)>& prepare = {});
     CScenario(const CScenario&) = delete;
     CScenario& operator=(const CScenario&) = delete;
 
