@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "demo.h"
+#include "import_margins.h"
 #include "import_span.h"
 #include "pretty.h"
 #include "replay.h"
@@ -87,6 +88,20 @@ void AddImports(CLI::App& app, survhost::ImportOptions& options) {
         ->check(CLI::IsMember({surv::kMaskNseDerivatives, surv::kMaskBseDerivatives, surv::kMaskMcx, surv::kMaskNcdex}))
         ->capture_default_str();
     span->callback([&options] { std::cout << survhost::ImportSpan(options, std::cerr); });
+
+    using Importer = std::string (*)(const survhost::ImportOptions&, std::ostream&);
+    const auto addRates = [&](const char* name, const char* about, const char* master, Importer importer) {
+        CLI::App* rates = import->add_subcommand(name, about);
+        rates->add_option("FILE", options.file, "The file of rates")->required();
+        rates->add_option("--master", options.master, master);
+        rates->callback([&options, importer] { std::cout << importer(options, std::cerr); });
+    };
+    addRates("var", "VaR margins of equity: NSE's lines or BSE's columns.", "Equity master (CSV), for NSE",
+             &survhost::ImportVarMargins);
+    addRates("exposure", "Exposure margins of NSE derivatives by symbol (CSV).", "Contract master (CSV)",
+             &survhost::ImportExposureMargins);
+    addRates("mcx", "MCX margins by contract (CSV).", "Contract master (CSV) to take the tokens from",
+             &survhost::ImportMcxMargins);
 }
 
 /// What is wrong, and the usage of the command meant.

@@ -23,7 +23,7 @@ constexpr Days kExchangeStart{std::chrono::year(1980) / 1 / 1};
 
 // Tokens of exchanges have five digits or more; underlyings by number stay below them.
 constexpr std::int32_t kFirstUnderlying = 1;
-constexpr std::int32_t kFirstContract = 100'001;
+constexpr std::int32_t kFirstContract = kFirstNumberedContract;
 
 /// Cuts to the width of the field and puts zeros behind.
 template <std::size_t Width>

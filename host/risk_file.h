@@ -55,6 +55,9 @@ struct RiskFile {
     std::vector<RiskContract> contracts;
 };
 
+/// Without a master contracts are numbered from here on.
+inline constexpr std::int32_t kFirstNumberedContract = 100'001;
+
 /// What every import is told.
 struct ImportOptions {
     std::string file{};

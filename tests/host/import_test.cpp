@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "contract_master.h"
+#include "import_margins.h"
 #include "import_span.h"
 #include "json_record.h"
 
@@ -56,7 +57,8 @@ const std::string kFile = MakeFile();
 /// A file on disk for as long as a case runs.
 class TemporaryFile {
  public:
-    explicit TemporaryFile(const std::string& text) : name(testing::TempDir() + "import_test.txt") {
+    explicit TemporaryFile(const std::string& text, const std::string& file = "import_test.txt")
+        : name(testing::TempDir() + file) {
         std::ofstream(name) << text;
     }
     ~TemporaryFile() { std::filesystem::remove(name); }
@@ -171,6 +173,107 @@ TEST(Import, TokensComeFromTheMaster) {
     for (const auto& [what, instead, complaint] : faults) {
         const TemporaryFile faulty(With(master, what, instead));
         EXPECT_EQ(Complaint([&] { ReadContractMaster(faulty.name); }), faulty.name + ":" + complaint);
+    }
+}
+
+using RateImporter = std::string (*)(const ImportOptions&, std::ostream&);
+/// The lines and, behind them, what was said; "FILE" stands for the name of either file.
+std::string Rates(RateImporter import, const std::string& text, const std::string& master) {
+    const TemporaryFile file(text, "rates.csv");
+    const TemporaryFile tokens(master, "master.csv");
+    std::ostringstream said;
+    std::string all;
+    try {
+        all = import({.file = file.name, .master = master.empty() ? "" : tokens.name}, said);
+    } catch (const RunError& error) {
+        said << error.what();
+    }
+    all += said.str();
+    for (const std::string& name : {file.name, tokens.name}) {
+        for (auto at = all.find(name); at != std::string::npos; at = all.find(name))
+            all.replace(at, name.size(), "FILE");
+    }
+    return all;
+}
+
+const std::string kNone;
+const std::string kBse = "security_code,symbol,latest_var_plus_elm\n500112,SBIN,14.75\r\n532921,ADANIPORTS,50.00\n";
+const std::string kNse =
+    "10,20082025,1.2,3\n20,SBIN,EQ,X,10.13,0,10.13,3.5,0,13.63\n20,SBIN,BE,X,1,0,1,0,0,1\n"
+    "20,NEW,EQ,X,12.67,0.00,12.67,5.88,0.00,18.55\n";
+const std::string kEquityMaster = "exchange_token,trading_symbol,instrument_type\n3045,SBIN,EQ\n3046,SBIN,BE\n";
+const std::string kExposure =
+    "Sr No.,Symbol,Instrument Type,Total applicable ELM%\n1,ACC,OTH,3.5\n2,ACC,OTM,5.25\n"
+    "3,ONE,OTH,13.125\n";
+const std::string kContracts =
+    "exchange_token,underlying_symbol,instrument_type,strike_price,expiry\n"
+    "1,ACC,FUT,0,2025-08-28\n2,ACC,CE,100,2025-08-28\n3,ONE,PE,100,2025-08-28\n"
+    "4,NIFTY,FUT,0,2025-08-28\n5,GOLD,FUT,0,2019-06-05\n";
+const std::string kMcx =
+    "symbol,expiry,close,buy_margin_pct,sell_margin_pct\nCRUDEOIL,18APR2019,4481,8.93,9.5\n"
+    "GOLD,05JUN2019,32186,5.25,5.25\n";
+
+TEST(Import, PublishedRatesBecomeTheCallsThatLoadThem) {
+    const std::string var = R"({"call":"InitializeMarginInfo","list":[{"token":)";
+    const std::string all = R"({"call":"InitializeAllAdditionalMarginInfo","map":[{"exchange":)";
+    const std::string mcx = R"({"call":"InitializeMCXMarginInfo","records":[{"token":)";
+    EXPECT_EQ(Rates(&ImportVarMargins, kBse, ""),
+              var +
+                  R"(500112,"marginBasis":1,"marginRate":1475,"exchange":8},)"
+                  R"({"token":532921,"marginBasis":1,"marginRate":5000,"exchange":8}]})" +
+                  "\n");
+    EXPECT_EQ(Rates(&ImportVarMargins, kNse, kEquityMaster),
+              var +
+                  R"(3045,"marginBasis":1,"marginRate":1363,"exchange":1},)"
+                  R"({"token":3046,"marginBasis":1,"marginRate":100,"exchange":1}]})" +
+                  "\nFILE: 1 of 3 securities are not in the master and are left out\n");
+    EXPECT_EQ(Rates(&ImportExposureMargins, kExposure, kContracts),
+              all +
+                  R"(2,"token":1,"additionalMarginRate":35000},{"exchange":2,"token":2,"additionalMarginRate":52500},)"
+                  R"({"exchange":2,"token":3,"additionalMarginRate":131250}]})" +
+                  "\nFILE: 2 of 5 contracts of the master have no rate\n");
+    EXPECT_EQ(Rates(&ImportMcxMargins, kMcx, ""),
+              mcx +
+                  R"(100001,"symbol":"CRUDEOIL","marginBasis":1,"marginRate":9.5,"exchange":16},)"
+                  R"({"token":100002,"symbol":"GOLD","marginBasis":1,"marginRate":5.25,"exchange":16}]})" +
+                  "\n" + all +
+                  R"(16,"token":100001,"longMarginRate":89300,"shortMarginRate":95000},)"
+                  R"({"exchange":16,"token":100002,"longMarginRate":52500,"shortMarginRate":52500}]})" +
+                  "\n");
+    EXPECT_EQ(Rates(&ImportMcxMargins, kMcx, kContracts),
+              mcx + R"(5,"symbol":"GOLD","marginBasis":1,"marginRate":5.25,"exchange":16}]})" + "\n" + all +
+                  R"(16,"token":5,"longMarginRate":52500,"shortMarginRate":52500}]})" +
+                  "\nFILE: 1 of 2 contracts are not in the master and are left out\n");
+}
+
+TEST(Import, FaultyRatesAreRefusedAtTheirLine) {
+    const struct {
+        RateImporter import;
+        const std::string &text, &master;
+        const char *what, *instead, *complaint;
+    } cases[]{
+        {&ImportVarMargins, kBse, kNone, "500112", "0", "2: \"security_code\": 0 will not do"},
+        {&ImportVarMargins, kBse, kNone, "14.75", "-1", "2: \"latest_var_plus_elm\": -1 will not do"},
+        {&ImportVarMargins, kBse, kNone, ",50.00", "", "3: \"latest_var_plus_elm\" is missing"},
+        {&ImportVarMargins, kBse, kNone, "532921", "500112", "3: 500112 stands twice"},
+        {&ImportVarMargins, kNse, kNone, "10,", "10,", " symbols of NSE need a master (--master)"},
+        {&ImportVarMargins, kNse, kEquityMaster, ",3\n", ",4\n", "4: 3 securities, but the control line tells of 4"},
+        {&ImportVarMargins, kNse, kEquityMaster, ",3\n", "\n", "1: the control line tells no count"},
+        {&ImportVarMargins, kNse, kEquityMaster, ",18.55", "", "4: 9 cells, not 10"},
+        {&ImportVarMargins, kNse, kEquityMaster, "18.55", "inf", "4: the rate inf will not do"},
+        {&ImportVarMargins, kNse, kEquityMaster, "20,NEW", "30,NEW", "4: a line of kind 30 is not known"},
+        {&ImportVarMargins, kNse, kEquityMaster, "SBIN,BE", "SBIN,EQ", "3: SBIN EQ stands twice"},
+        {&ImportExposureMargins, kExposure, kContracts, "OTM", "ITM", "3: ITM is neither OTH nor OTM"},
+        {&ImportExposureMargins, kExposure, kContracts, "OTM", "OTH", "3: ACC OTH stands twice"},
+        {&ImportExposureMargins, kExposure, kContracts, "5.25", "5e9", "3: \"Total applicable ELM%\": 5e9 will not do"},
+        {&ImportMcxMargins, kMcx, kNone, "18APR2019", "31APR2019", "2: \"expiry\": 31APR2019 will not do"},
+        {&ImportMcxMargins, kMcx, kNone, "18APR2019", "18ABR2019", "2: \"expiry\": 18ABR2019 will not do"},
+        {&ImportMcxMargins, kMcx, kNone, "GOLD,05JUN", "CRUDEOIL,18APR", "3: CRUDEOIL 2019-04-18 future stands twice"},
+        {&ImportMcxMargins, kMcx, kNone, "sell_", "", "1: no column \"sell_margin_pct\""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + " -> " + c.instead);
+        EXPECT_EQ(Rates(c.import, With(c.text, c.what, c.instead), c.master), std::string("FILE:") + c.complaint);
     }
 }
 
