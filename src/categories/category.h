@@ -6,6 +6,7 @@
 
 #include "categories/aggregate.h"
 #include "categories/client_book.h"
+#include "categories/holdings.h"
 #include "categories/limit_store.h"
 #include "margin/margin_part.h"
 #include "platform/hash_map.h"
@@ -97,6 +98,11 @@ class CSurveillanceCategory {
     std::int16_t AddPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
     /// The same for a row of the MTF product.
     std::int16_t AddMtfPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
+
+    // Depository ----------------------------------------------------------------------------------------------
+    Holdings holdingsByIsin{17};
+    double collateralTotal = 0;  ///< paise; sum of the holdings' collateral value
+    double saleCreditTotal = 0;  ///< paise; sum of the holdings' sale credit
 
     // Positions by client (client_records.cpp) ----------------------------------------------------------------
     /// Null until the first row or order is recorded.
