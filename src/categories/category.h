@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "categories/aggregate.h"
 #include "categories/client_book.h"
@@ -38,6 +39,10 @@ inline constexpr std::int16_t kLevelDealerOffCash = 0x83;
 
 /// Both periods, in the order in which an order is tried and its rows are asked.
 inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+/// Those in which an order is tried.
+[[nodiscard]] inline std::span<const Period> PeriodsOf(const tagOrderInfoForSurv& order) {
+    return std::span{kPeriods}.subspan(order.HasDailySide() ? 0 : 1);
+}
 /// Where a period stands in arrays by period.
 [[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
 
