@@ -3,9 +3,11 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "categories/aggregate.h"
 #include "categories/client_book.h"
+#include "categories/holdings.h"
 #include "categories/limit_store.h"
 #include "margin/margin_part.h"
 #include "platform/hash_map.h"
@@ -37,6 +39,10 @@ inline constexpr std::int16_t kLevelDealerOffCash = 0x83;
 
 /// Both periods, in the order in which an order is tried and its rows are asked.
 inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+/// Those in which an order is tried.
+[[nodiscard]] inline std::span<const Period> PeriodsOf(const tagOrderInfoForSurv& order) {
+    return std::span{kPeriods}.subspan(order.HasDailySide() ? 0 : 1);
+}
 /// Where a period stands in arrays by period.
 [[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
 
@@ -97,6 +103,11 @@ class CSurveillanceCategory {
     std::int16_t AddPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
     /// The same for a row of the MTF product.
     std::int16_t AddMtfPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
+
+    // Depository ----------------------------------------------------------------------------------------------
+    Holdings holdingsByIsin{17};
+    double collateralTotal = 0;  ///< paise; sum of the holdings' collateral value
+    double saleCreditTotal = 0;  ///< paise; sum of the holdings' sale credit
 
     // Positions by client (client_records.cpp) ----------------------------------------------------------------
     /// Null until the first row or order is recorded.

@@ -58,21 +58,28 @@ Refusal NoRiskParameters(const OrderIntake& intake) {
             WithClientText(intake.clientText, "RPF Details not available")};
 }
 
-/// Products come with their own rules; until then an order in them is refused, not let through. A derivative order
-/// needs no product.
-bool IsServed(const tagOrderInfoForSurv& order) {
-    if (order.productType == product::kMargin || order.productType == product::kAmoMargin) return true;
-    return order.productType == product::kNone && !IsCashSegment(order.marketSegment);
-}
+/// A conversion needs its other side taken out, too; until then it is refused, not let through by half.
+bool IsServed(const tagOrderInfoForSurv& order) { return !order.IsConversion(); }
 
 Refusal NotServed() {
     return {status::kRefused, code::kRefused, CodeUse::kErrorCode, "Product or segment not served by this version "};
 }
 
+/// Whose conversions are answered in the order's record, too.
+bool WantsRejectionText(const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order) {
+    constexpr int kOwnDealing = 4;
+    return order.IsConversion() && (IsOwnClient(request.dealerType) ||
+                                    (request.dealerType == level::kClientsDealer && request.clientType == kOwnDealing));
+}
+
 /// The text of a refusal in the walk climbs to the host with the client ahead and " of " behind.
-Refusal AtEndOfWalk(const OrderIntake& intake, Refusal refusal) {
+Refusal AtEndOfWalk(const tagSurveillanceInfo& request, const OrderIntake& intake, Refusal refusal) {
     refusal.status = status::kRefused;
-    refusal.text = WithClientText(intake.clientText, refusal.text.append(" of "));
+    refusal.text.append(" of ");
+    if (intake.view.order && WantsRejectionText(request, intake.order)) {
+        WriteField(intake.view.order->rejectionText, refusal.text);
+    }
+    refusal.text = WithClientText(intake.clientText, refusal.text);
     return refusal;
 }
 
@@ -121,7 +128,8 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
         return kDone;
     }
     walk.Rollback();
-    return refuse(end == CLevelWalk::End::kRefused ? AtEndOfWalk(intake, walk.GetRefusal()) : walk.GetRefusal());
+    return refuse(end == CLevelWalk::End::kRefused ? AtEndOfWalk(request, intake, walk.GetRefusal())
+                                                   : walk.GetRefusal());
 }
 
 }  // namespace surv

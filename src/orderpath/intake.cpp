@@ -118,6 +118,7 @@ bool ReadCheckRequest(tagSurveillanceInfo& request, const SurvContext& context, 
     CopyHead(order, request, context.settings);
     SetLevelTypes(order, request);
     order.marketSegment = SegmentOfContract(exchangeMask, order.contract.strikePrice);
+    order.isinCode = context.stores.FindIsin(exchangeMask, order.token);
     NarrowLevels(intake, request, exchangeMask);
     return true;
 }

@@ -1,6 +1,7 @@
 #include "orderpath/level_commit.h"
 
 #include "categories/limit_store.h"
+#include "limits/holding_trial.h"
 #include "limits/period_trial.h"
 
 namespace surv {
@@ -33,7 +34,7 @@ bool MovesTotalMtm(const LevelTrial& level) {
 double ScripMtm(const PeriodBook& book, const tagOrderInfoForSurv& order) {
     CSurvPosition sum;
     for (const CExposureDetails* set : {&book.clientLevelExposures, &book.exposures}) {
-        const CSurvPosition* position = set->Find(FlatKey(order));
+        const CSurvPosition* position = set->Find(TreeKey(order));
         const bool traded = position && (position->data.tradedBuyQty > 0 || position->data.tradedSellQty > 0);
         if (traded) sum.AddPositionData(position->data);
     }
@@ -86,6 +87,27 @@ bool Moves(const LevelTrial& level, bool updateAllLevels) {
     return updateAllLevels || IsAlwaysUpdatedLevel(EffectiveLevelOf(level));
 }
 
+/// The level's own position of the period takes the order, and with a delivery's the holding.
+void CommitPositions(LevelTrial& level, Period period) {
+    CSurveillanceCategory& category = *level.category;
+    const tagOrderInfoForSurv& order = level.order;
+    CUndoLog& undo = category.Context().undo;
+    CExposureDetails& exposures = category.Book(period).exposures;
+    if (order.productType == product::kMarginPlus) {
+        exposures.CommitLegPosition(order, 1, undo);
+        exposures.CommitLegPosition(order, 2, undo);
+        return;
+    }
+    CSurvPosition* const known = level.flatPositions[PeriodIndex(period)];
+    if (!order.deliveryLevel || !order.IsDelivery()) {
+        exposures.CommitPosition(order, known, undo);
+        return;
+    }
+    const CSurvPosition before = known ? *known : CSurvPosition{};
+    const CSurvPosition& after = exposures.CommitPosition(order, known, undo);
+    CommitHolding(category, order, before, after);
+}
+
 }  // namespace
 
 void CommitOrder(LevelTrial& level, bool updateAllLevels) {
@@ -98,12 +120,12 @@ void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     if (level.road == LevelRoad::kPassedOver) category.NoteOrderMarket(order, OrderRoad::kUpdate);
     order.ownerInfo = category.OwnerOf(order);
     for (const Period period : kPeriods) {
+        const bool tried = period == Period::kExpiry || order.HasDailySide();
         order.periodicity = PeriodicityOf(order.marketSegment, period);
-        PeriodBook& book = category.Book(period);
         CTotalMtm totalMtm(level, period);
-        if (moves) book.exposures.CommitPosition(order, level.flatPositions[PeriodIndex(period)], undo);
-        if (level.road == LevelRoad::kPassedOver) RunAccount(level, period);
-        if (clientLevelSets) book.clientLevelExposures.CommitPosition(order, nullptr, undo);
+        if (moves && tried) CommitPositions(level, period);
+        if (tried && level.road == LevelRoad::kPassedOver) RunAccount(level, period);
+        if (clientLevelSets) category.Book(period).clientLevelExposures.CommitAt(TreeKey(order), order, undo);
         totalMtm.Follow(undo);
     }
     // A level that was only updated has recorded the order there and then.

@@ -1,5 +1,7 @@
 #include "orderpath/level_preferences.h"
 
+#include "limits/conversion_trial.h"
+#include "platform/numeric.h"
 #include "reference/preferences.h"
 #include "service/manager.h"
 
@@ -66,13 +68,19 @@ const Record* OverallRecord(const CSurveillanceCategory& category, Level level, 
     return own ? own : family;
 }
 
+constexpr const char* kConversionAfterSession = "Position conversion Not Allowed after squareoff session";
+
+bool IsAfterSquareOffSession(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
+    return settings.Get(CAutoSquareOffSettings::kSession, order.ExchangeMask()) == 1;
+}
+
 bool IsSquareOffOnly(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
     const RiskPreference& preference = order.riskPreference;
     if (preference.fundFlags & kSquareOffOnly) return true;
     if (order.productType == product::kAmoMargin || order.productType == product::kAmoDelivery) return false;
     const std::int16_t mask = order.ExchangeMask();
     const bool byTime = settings.Get(CAutoSquareOffSettings::kTime, mask) == 1;
-    const bool bySession = settings.Get(CAutoSquareOffSettings::kSession, mask) == 1;
+    const bool bySession = IsAfterSquareOffSession(order, settings);
     return (byTime && (preference.marginFlags & kSquareOffByTime)) ||
            (bySession && (preference.marginFlags & kSquareOffBySession));
 }
@@ -95,8 +103,9 @@ void LoadEffectivePreference(const CSurveillanceManager& manager, const CSurveil
     }
 }
 
-bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
-                           const tagSurveillanceInfo& request, tagOrderInfoForSurv& order, Refusal& refusal) {
+std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager, Level level,
+                                                  CSurveillanceCategory& category, const tagSurveillanceInfo& request,
+                                                  tagOrderInfoForSurv& order) {
     const Settings& settings = manager.Context().settings;
     const bool familyCounts =
         settings.familyLevelEnabled && (level == Level::kClient || IsOwnClient(request.dealerType));
@@ -107,13 +116,32 @@ bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveill
     if (found) {
         order.riskPreference = TravellingPart(*found);
         if (const char* text = ProductRefusal(order)) {
-            refusal = {status::kRefused, code::kRefused, CodeUse::kErrorCode, text};
-            return false;
+            return LevelRefusal{{status::kRefused, code::kRefused, CodeUse::kErrorCode, text}, level == Level::kClient};
         }
     }
     if (const Record* overall = OverallRecord(category, level, familyCounts)) TakeOverall(order, *overall);
     order.squareOffOnlyFlag = IsSquareOffOnly(order, settings.autoSquareOff);
-    return true;
+
+    if (!CountsDeliveries(level, request)) return std::nullopt;
+    if (order.IsConversion() && IsAfterSquareOffSession(order, settings.autoSquareOff)) {
+        return LevelRefusal{{status::kRefused, 0, CodeUse::kNone, kConversionAfterSession}, true};
+    }
+    order.deliveryLevel = order.IsDelivery() || order.IsConversion() || order.productType == product::kMtf;
+    return std::nullopt;
+}
+
+bool CountsDeliveries(Level level, const tagSurveillanceInfo& request) {
+    return level == Level::kClient || (level == Level::kDealer && IsOwnClient(request.dealerType));
+}
+
+std::int32_t ConversionPrice(const CSurveillanceCategory& category, const tagOrderInfoForSurv& order) {
+    const CSurvPosition* const source = FindConversionSource(category, order);
+    if (!source) return 0;
+    const tagSurvPositionData& held = source->data;
+    const std::int64_t quantity = order.IsBuy() ? held.tradedBuyQty : held.tradedSellQty;
+    const double value = order.IsBuy() ? held.tradedBuyValue : held.tradedSellValue;
+    if (quantity < order.quantity || quantity == 0) return 0;
+    return order.price != 0 ? order.price : ClampToInt32(value / static_cast<double>(quantity));
 }
 
 }  // namespace surv

@@ -28,6 +28,9 @@ constexpr std::array kCommitOrder{Level::kGroup,     Level::kDealer, Level::kCli
 constexpr std::array kRollbackOrder{Level::kGroup,  Level::kDealer,    Level::kFamily,
                                     Level::kClient, Level::kSubClient, Level::kRoot};
 
+/// Deliveries, conversions to them and margin funding are no matter of the group and the house.
+bool SkipsHouse(const tagOrderInfoForSurv& order) { return order.IsDelivery() || order.productType == product::kMtf; }
+
 bool Flag(std::uint8_t flags, int bit) { return (flags >> bit & 1) != 0; }
 
 }  // namespace
@@ -57,11 +60,15 @@ void CLevelWalk::EndTrial() {
 
 bool CLevelWalk::IsChecked(Level level) const {
     if (level == Level::kRoot) return true;
+    // Of the products that a group doesn't see, a dealer that isn't its own client only takes the order in.
+    if (level == Level::kDealer && SkipsHouse(intake_.order) && !CountsDeliveries(level, request_)) return false;
     return Flag(request_.levelCheckFlags, kLevelFlags[static_cast<std::size_t>(level)].checkBit);
 }
 
 bool CLevelWalk::WalkComesTo(Level level) const {
     if (!hierarchy_.At(level) || !Continues()) return false;
+    const bool house = level == Level::kGroup || level == Level::kRoot;
+    if (house && SkipsHouse(intake_.order)) return false;
     return level != Level::kRoot || intake_.updateAllLevels;
 }
 
@@ -82,28 +89,51 @@ LevelTrial& CLevelWalk::Open(Level level) {
 }
 
 CLevelWalk::End CLevelWalk::Run() {
+    if (!PriceConversion()) return End::kRefused;
     for (const Level level : kWalkOrder) {
         if (WalkComesTo(level) && !TryLevel(level)) return End::kRefusedAtOnce;
     }
     return passing_ && mode_ == CheckMode::kReal ? End::kPass : End::kRefused;
 }
 
+bool CLevelWalk::PriceConversion() {
+    tagOrderInfoForSurv& order = intake_.order;
+    if (!order.IsConversion()) return true;
+    const auto* const counting = std::find_if(kWalkOrder.begin(), kWalkOrder.end(), [&](Level level) {
+        return hierarchy_.At(level) && CountsDeliveries(level, request_);
+    });
+    if (counting != kWalkOrder.end()) order.price = ConversionPrice(*hierarchy_.At(*counting), order);
+    priced_ = order.price != 0;
+    if (!priced_ && counting == kWalkOrder.end()) RefuseConversion();
+    return passing_;
+}
+
+void CLevelWalk::RefuseConversion() {
+    refusal_ = {status::kRefused, code::kRefused, CodeUse::kErrorAndHeadCode, kNoFreeQuantity};
+    passing_ = false;
+}
+
 bool CLevelWalk::TryLevel(Level level) {
+    // What isn't held is refused where it should be held; the levels below have nothing to try.
+    if (!priced_ && !CountsDeliveries(level, request_)) return true;
     LevelTrial& trial = Open(level);
     WriteField(request_.failedLevelCode, trial.order.levelCode.View());
     request_.failedLevelType = LevelTypeOf(level, request_);
 
     if (level == Level::kClient || level == Level::kDealer) {
-        Refusal refusal;
-        if (!ApplyLevelPreferences(manager_, level, *trial.category, request_, trial.order, refusal)) {
-            refusal_ = std::move(refusal);
+        if (auto refused = ApplyLevelPreferences(manager_, level, *trial.category, request_, trial.order)) {
+            refusal_ = std::move(refused->refusal);
             passing_ = false;
-            return level == Level::kDealer;
+            return !refused->endsCall;
         }
         // In a probe too the dealer is only asked when the level below has passed.
         if (level == Level::kDealer && !passing_) return true;
     } else {
         LoadEffectivePreference(manager_, *trial.category, trial.order);
+    }
+    if (!priced_) {
+        RefuseConversion();
+        return true;
     }
     RunLevel(level, trial);
     return true;

@@ -41,6 +41,9 @@ class CLevelWalk {
  private:
     [[nodiscard]] bool Continues() const { return passing_ || mode_ == CheckMode::kProbe; }
     LevelTrial& Open(Level level);
+    /// Gives a conversion its price, of the level where deliveries count. False: it is refused before any level.
+    [[nodiscard]] bool PriceConversion();
+    void RefuseConversion();
     /// False when the level's preferences end the call.
     [[nodiscard]] bool TryLevel(Level level);
     void RunLevel(Level level, LevelTrial& trial);
@@ -62,6 +65,7 @@ class CLevelWalk {
     std::array<LevelTrial, kLevelCount> levels_;  ///< in the order of the walk, which is that of Level
     bool passing_ = true;                         ///< the last level asked has passed
     bool ended_ = false;
+    bool priced_ = true;  ///< false: a conversion of what isn't held
     Refusal refusal_;
 };
 
