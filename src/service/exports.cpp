@@ -184,9 +184,11 @@ short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, s
     return result;
 }
 
-short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /*error*/, CPtrList* /*limitRows*/,
-                         CPtrList* /*breachRows*/, short /*dealerOnly*/) noexcept {
-    return GuardedNotServed(kUpdateNotStarted);
+short UpdateSurveillance(tagSurveillanceInfo* request, tagAdminErrMessage* error, CPtrList* limitRows,
+                         CPtrList* /*breachRows*/, short dealerOnly) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return request ? manager.UpdateSurveillance(*request, error, limitRows, dealerOnly != 0) : kNotDone;
+    });
 }
 
 short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord, char* text) noexcept {

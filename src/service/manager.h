@@ -14,6 +14,8 @@
 
 namespace surv {
 
+class CHierarchy;
+
 /// The five lists of a start.
 struct LoadLists {
     CPtrList* limits = nullptr;
@@ -46,6 +48,13 @@ class CSurveillanceManager {
     // Orders (orderpath/) -----------------------------------------------------------------------------------------
     std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
                                    const CheckLists& lists, bool probe);
+    /// Takes an event in at every level. error and limitRows may be null.
+    std::int16_t UpdateSurveillance(tagSurveillanceInfo& request, tagAdminErrMessage* error, CPtrList* limitRows,
+                                    bool dealerOnly);
+    /// Takes what a conversion has put into its target product out of the source. `order` is the conversion with its
+    /// quantity and price. The caller holds the trial scope. -1: a category of the hierarchy is missing.
+    std::int16_t ConversionUpdateSurveillance(const tagSurveillanceInfo& request, tagOrderInfoForSurv order,
+                                              CPtrList* limitRows);
 
     // Preferences (service/preference_links.cpp) -----------------------------------------------------------------
     void SetDefaultRiskPreference();
@@ -89,6 +98,10 @@ class CSurveillanceManager {
     [[nodiscard]] TrialBuffers& Buffers() { return buffers_; }
 
  private:
+    /// The category of the house's own account, for its orders and where positions by client are held; else null.
+    [[nodiscard]] CSurveillanceCategory* FindOwnAccount(const tagOrderInfoForSurv& order) const;
+    void RegisterTrade(const tagOrderInfoForSurv& order, const CHierarchy& hierarchy,
+                       CSurveillanceCategory* ownAccount);
     void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);
