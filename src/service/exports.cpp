@@ -436,8 +436,19 @@ short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
                    });
 }
 
-short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/,
-                               CPtrList* /*result*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+// ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPtrList* result) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) {
+        const auto code = surv::HostText(categoryCode, kEntityCodeWidth);
+        const auto isin = surv::HostText(isinCode, sizeof(tagDPHolding::isinCode));
+        return manager.GetDPPositionInfoFromDll(kind, code, isin, result);
+    });
 }
-short UpdateDPPositionInfo(tagDPUpload* /*upload*/) noexcept { return GuardedNotServed(kUpdateNotStarted); }
+
+short UpdateDPPositionInfo(tagDPUpload* upload) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return upload ? manager.UpdateDPPositionInfo(*upload) : kNotDone;
+    });
+}
