@@ -116,6 +116,18 @@ void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
     answer["limit"] = limit ? DecodeRecord(*limit) : Json(nullptr);
 }
 
+/// The request comes back with the answer in its out fields; what was asked is left out of it.
+void CallFund(Session&, const Arguments& arguments, Json& answer) {
+    auto request = arguments.Record<tagRMSFundAllocationRequest>("request");
+    BKSurveillanceLimitDefTag limit{};
+    const short result = ::RMSFundAllocation(&request, &limit);
+    answer["result"] = result;
+    Json out = DecodeRecord(request);
+    for (const char* asked : {"entityName", "entityKey", "requestedFund"}) out.erase(asked);
+    Put(answer, "request", std::move(out));
+    if (result == 0) answer["limit"] = DecodeRecord(limit);
+}
+
 // ---------------------------------------------------------------------------------------------------------------
 // Product and security reference data. The records are copied, so the lists stay the host's.
 
@@ -289,7 +301,7 @@ constexpr std::array kCalls{
     Call{"RemoveSurvLimits", "limit", &CallOnLimit<[](Limit& l, Error& e) { return ::RemoveSurvLimits(l, &e); }>},
     Call{"GetSurveillancePositions", "limit", &CallGetLimit},
     Call{"GetSurvPositions", "entityCode limitMask token", &CallGetLiveLimit},
-    Call{"RMSFundAllocation", "request", nullptr},
+    Call{"RMSFundAllocation", "request", &CallFund},
 
     Call{"ProcessRPFInfo", "messageCode segment toStaging underlying contract count messageLength", &CallProcessRpf},
     Call{"InitializeMarginInfo", "list", nullptr},

@@ -99,6 +99,8 @@ SURVEILLANCE_API short GetSurveillancePositions(BKSurveillanceLimitDefTag* limit
 /// be held beyond the next call.
 SURVEILLANCE_API short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
                                         BKSurveillanceLimitDefTag*& limit) noexcept;
+/// Adds to the fund of an entity, or withdraws what the margin in use leaves free; the limits that are set in its row
+/// over all exchanges and securities follow. limit takes that row on success; null: the row goes nowhere.
 SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request,
                                          BKSurveillanceLimitDefTag* limit) noexcept;
 
@@ -171,4 +173,6 @@ SURVEILLANCE_API short DownloadSurvInfo(const char* code, CPtrList* limitRows) n
 /// there is none); any other kind does nothing. isinCode "ALL": every holding, else the one of that ISIN.
 SURVEILLANCE_API short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode,
                                                 CPtrList* result) noexcept;
+/// The quantity joins the entity's holding of the ISIN, price and haircut are taken over, and the fund figures of its
+/// settlement and expiry rows across all securities follow. 0 also when there is no such entity.
 SURVEILLANCE_API short UpdateDPPositionInfo(tagDPUpload* upload) noexcept;

@@ -77,6 +77,8 @@ class CSurveillanceCategory {
     RuleAnswer LoadSurvLimit(std::unique_ptr<CSurvLimitEntry> entry);
     RuleAnswer UpdateSurvLimit(const BKSurveillanceLimitDefTag& row);
     RuleAnswer RemoveSurvLimit(const BKSurveillanceLimitDefTag& row);
+    /// The row over all exchanges and securities carries the fund (limits/funds.cpp).
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
     /// Null when there is no such mask or token.
     [[nodiscard]] CSurvLimitEntry* FindRow(std::int16_t limitMask, std::int32_t token) const;
     void AppendLimitRows(CPtrList& list) const;

@@ -291,8 +291,11 @@ short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
     });
 }
 
-short RMSFundAllocation(tagRMSFundAllocationRequest* /*request*/, BKSurveillanceLimitDefTag* /*limit*/) noexcept {
-    return GuardedNotServed("RMSFund Allocation !!!. Surveillance Manager not initialized");
+short RMSFundAllocation(tagRMSFundAllocationRequest* request, BKSurveillanceLimitDefTag* limit) noexcept {
+    return Guarded("RMSFund Allocation !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       return request ? manager.RMSFundAllocation(*request, limit) : kNotDone;
+                   });
 }
 
 // ---------------------------------------------------------------------------------------------------------------

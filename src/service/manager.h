@@ -43,6 +43,11 @@ class CSurveillanceManager {
     std::int16_t GetSurvPositions(std::string_view entityCode, std::int16_t limitMask, std::int32_t token,
                                   BKSurveillanceLimitDefTag*& limit);
 
+    // Funds (limits/funds.cpp) -----------------------------------------------------------------------------------
+    /// Moves the fund of an entity and derives its limits anew; the request takes the answer, and `limit`, if given,
+    /// the row on success. A withdrawal that the margin in use doesn't allow is refused.
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+
     // Orders (orderpath/) -----------------------------------------------------------------------------------------
     std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
                                    const CheckLists& lists, bool probe);
