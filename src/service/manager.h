@@ -45,6 +45,11 @@ class CSurveillanceManager {
     std::int16_t GetSurvPositions(std::string_view entityCode, std::int16_t limitMask, std::int32_t token,
                                   BKSurveillanceLimitDefTag*& limit);
 
+    // Funds (limits/funds.cpp) -----------------------------------------------------------------------------------
+    /// Moves the fund of an entity and derives its limits anew; the request takes the answer, and `limit`, if given,
+    /// the row on success. A withdrawal that the margin in use doesn't allow is refused.
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+
     // Orders (orderpath/) -----------------------------------------------------------------------------------------
     std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
                                    const CheckLists& lists, bool probe);
@@ -79,6 +84,20 @@ class CSurveillanceManager {
     std::int16_t RecomputeMargin(std::int32_t exchange, std::string_view categoryCode);
     /// Writes the derivative margins of a category into its limit rows; recomputes nothing.
     void RepublishMargin(CSurveillanceCategory& category) const;
+
+    // Depository (categories/depository.cpp) -------------------------------------------------------------------------
+    /// The holdings of a start; rows of unknown entities are passed over. The lists and their rows stay the host's.
+    /// -1: memory ran out, no holding has changed.
+    std::int16_t InitializeDPPositionInfo(const CPtrList* securities, const CPtrList* holdings,
+                                          const CPtrList* sarHoldings);
+    /// An upload for an unknown entity does nothing.
+    std::int16_t UpdateDPPositionInfo(const tagDPUpload& upload);
+    /// kind 0: every category; 1: the one of the code, -1 when it isn't there; any other does nothing. A null list
+    /// takes nothing.
+    std::int16_t GetDPPositionInfoFromDll(int kind, std::string_view categoryCode, std::string_view isinCode,
+                                          CPtrList* result) const;
+    /// The same kinds. See CSurveillanceCategory::RecomputeCollateral.
+    std::int16_t CollateralRecompute(int kind, std::string_view categoryCode, std::string_view isinCode);
 
     // Queries (queries/) --------------------------------------------------------------------------------------------
     /// Limit rows of every category.
