@@ -19,9 +19,9 @@ MtmFigures FormMtmFigures(const tagOrderInfoForSurv& order, CSurvPosition before
                           const Settings& settings) {
     MtmFigures mtm;
     if (after.GetMarketSegment() == 3 || after.GetMarketSegment() == 6) return mtm;  // options never count
-    const bool wholeLaidIn = order.rpfRecomputeFlag == 1 && settings.positionMode >= 1 && settings.positionMode <= 3;
-    if (!wholeLaidIn) {
-        mtm.before = before.GetMTM(order.lotWeighting);
+    const bool wholeLaidIn = order.rpfRecomputeFlag == 1 && settings.RowsFillClientPositions();
+    if (!wholeLaidIn) mtm.before = before.GetMTM(order.lotWeighting);
+    if (!wholeLaidIn || settings.mtmReloadPhase == MtmReload::kOnline) {
         mtm.bookedBefore = before.GetBookedProfit(order.lotWeighting);
     }
     mtm.after = after.GetMTM(order.lotWeighting);

@@ -153,6 +153,7 @@ std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
         TakeRows<BKExposureTag>(*lists.exposures, adopts, adoptedExposures_, loadExposure) != kDone) {
         return kNotDone;
     }
+    LayInOpeningMtm();
     RecomputeAllIM();
     return kDone;
 }
@@ -255,7 +256,7 @@ void CSurveillanceManager::RegisterRow(const BKExposureTag& row, CSurveillanceCa
         fresh->exchange = exchangeMask;
         fresh->broadcastToken = row.token;
         fresh->closePrice = ClosePriceOf(row, exchangeMask);
-        if (row.priceMultiplier != 0) fresh->priceMultiplier = row.priceMultiplier;
+        fresh->SetSecurity(exchangeMask, row.token, row.underlyingToken, row.contract, row.priceMultiplier);
         scrip = &broadcastHash.Insert(key, std::move(fresh));
     }
     scrip->AddCategory(&category);
