@@ -187,6 +187,14 @@ void CallCheckSecurity(Session&, const Arguments&, Json& answer) {
     answer["result"] = ::CheckAndUpdateSecurityInfo(reinterpret_cast<tagBcastUpdateSecurityInfo&>(bytes));
 }
 
+void CallTouchline(Session& session, const Arguments& arguments, Json& answer) {
+    auto touchline = arguments.Record<tagBcastMBOOrMBPTouchline>("touchline");
+    LimitRows changed(LimitRowOwner(session));
+    CPtrList reserved;
+    answer["result"] = ::AddAndComputeMTM(arguments.Long("compute"), &touchline, changed.Get(), &reserved);
+    Put(answer, "changedRows", changed.Decode());
+}
+
 void CallRecompute(Session& session, const Arguments&, Json& answer) {
     LimitRows changed(LimitRowOwner(session));
     CPtrList reserved;
@@ -320,7 +328,7 @@ constexpr std::array kCalls{
     Call{"GetClientPreferencesInfo", "scope code exchange", &CallGetPreferences},
     Call{"CheckAndUpdateSecurityInfo", "", &CallCheckSecurity},
 
-    Call{"AddAndComputeMTM", "compute touchline", nullptr},
+    Call{"AddAndComputeMTM", "compute touchline", &CallTouchline},
     Call{"RecomputeMTM", "", &CallRecompute},
     Call{"RecomputeMTMOnline", "",
          [](Session&, const Arguments&, Json& out) { out["result"] = ::RecomputeMTMOnline(); }},

@@ -2,120 +2,89 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 #include <optional>
-#include <sstream>
-#include <string_view>
-#include <vector>
+#include <set>
+
+#include "csv_file.h"
 
 namespace survhost {
 namespace {
 
-/// Names with a comma stand in quotes; a quote inside them stands twice.
-std::vector<std::string> SplitCells(std::string_view line) {
-    std::vector<std::string> cells(1);
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '"' && quoted && i + 1 < line.size() && line[i + 1] == '"') {
-            cells.back() += line[++i];
-        } else if (line[i] == '"') {
-            quoted = !quoted;
-        } else if (line[i] == ',' && !quoted) {
-            cells.emplace_back();
-        } else {
-            cells.back() += line[i];
-        }
-    }
-    return cells;
+constexpr const char* kUnderlyingSymbol = "underlying_symbol";  ///< a column of contracts alone
+
+std::int32_t TokenIn(const CsvFile& file, std::size_t column) {
+    const std::string& text = file.Cell(column);
+    std::int32_t token = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), token);
+    const bool good = read.ec == std::errc{} && read.ptr == text.data() + text.size() && token > 0;
+    return file.Checked(column, good ? std::optional(token) : std::nullopt);
 }
 
-enum Column : std::uint8_t { kToken, kSymbol, kType, kStrike, kExpiry, kColumnCount };
-constexpr std::array<std::string_view, kColumnCount> kColumnNames{"exchange_token", "underlying_symbol",
-                                                                  "instrument_type", "strike_price", "expiry"};
+std::optional<ContractType> TypeOf(const std::string& text) {
+    if (text == "FUT") return ContractType::kFuture;
+    if (text == "CE") return ContractType::kCall;
+    if (text == "PE") return ContractType::kPut;
+    return std::nullopt;
+}
 
-class MasterReader {
+class ContractReader {
  public:
-    explicit MasterReader(const std::string& name) : name_(name) {}
+    explicit ContractReader(const std::string& name)
+        : file_(name),
+          token_(file_.Column("exchange_token")),
+          symbol_(file_.Column(kUnderlyingSymbol)),
+          type_(file_.Column("instrument_type")),
+          strike_(file_.Column("strike_price")),
+          expiry_(file_.Column("expiry")) {}
 
     ContractTokens Read() {
-        std::istringstream text(ReadWhole(name_));
-        for (std::string line; std::getline(text, line);) {
-            ++line_;
-            if (line.ends_with('\r')) line.pop_back();
-            cells_ = SplitCells(line);
-            if (line_ == 1) {
-                ReadNames();
-            } else if (!line.empty()) {
-                ReadRow();
-            }
+        while (file_.NextRow()) {
+            if (const auto type = TypeOf(file_.Cell(type_))) Enter(*type);
         }
-        if (line_ == 0) throw Fault("the file is empty");
         return std::move(tokens_);
     }
 
  private:
-    [[nodiscard]] RunError Fault(std::string_view what) const {
-        return FileFault(name_, std::max(line_, kFirst), what);
-    }
-
-    void ReadNames() {
-        for (std::size_t i = 0; i < kColumnCount; ++i) {
-            const auto found = std::find(cells_.begin(), cells_.end(), kColumnNames[i]);
-            if (found == cells_.end()) throw Fault(fmt::format("no column \"{}\"", kColumnNames[i]));
-            places_[i] = static_cast<std::size_t>(found - cells_.begin());
+    void Enter(ContractType type) {
+        const auto expiry = file_.Checked(expiry_, ExchangeDate(file_.Cell(expiry_), "-"));
+        const ContractKey key{file_.Cell(symbol_), type, expiry, type == ContractType::kFuture ? -1 : Strike()};
+        if (!tokens_.try_emplace(key, TokenIn(file_, token_)).second) {
+            throw file_.Fault(fmt::format("{} stands twice", Described(key)));
         }
     }
-
-    [[nodiscard]] const std::string& Cell(Column column) const {
-        if (places_[column] >= cells_.size()) throw Fault(fmt::format("\"{}\" is missing", kColumnNames[column]));
-        return cells_[places_[column]];
-    }
-    /// The value read from a cell, or a complaint about what stands there.
-    template <class Value>
-    [[nodiscard]] Value Checked(Column column, std::optional<Value> value) const {
-        if (!value) throw Fault(fmt::format("\"{}\": {} will not do", kColumnNames[column], Cell(column)));
-        return *value;
-    }
-
-    [[nodiscard]] std::optional<ContractType> Type() const {
-        const std::string& type = Cell(kType);
-        if (type == "FUT") return ContractType::kFuture;
-        if (type == "CE") return ContractType::kCall;
-        if (type == "PE") return ContractType::kPut;
-        return std::nullopt;
-    }
     [[nodiscard]] std::int32_t Strike() const {
-        const std::optional<double> rupees = FiniteNumber(Cell(kStrike));
-        return Checked(kStrike, rupees ? StrikeInPaise(*rupees) : std::nullopt);
-    }
-    [[nodiscard]] std::int32_t Token() const {
-        const std::string& text = Cell(kToken);
-        std::int32_t token = 0;
-        const auto read = std::from_chars(text.data(), text.data() + text.size(), token);
-        const bool good = read.ec == std::errc{} && read.ptr == text.data() + text.size() && token > 0;
-        return Checked(kToken, good ? std::optional(token) : std::nullopt);
+        const std::optional<double> rupees = FiniteNumber(file_.Cell(strike_));
+        return file_.Checked(strike_, rupees ? StrikeInPaise(*rupees) : std::nullopt);
     }
 
-    void ReadRow() {
-        const std::optional<ContractType> type = Type();
-        if (!type) return;
-        const ContractKey key{Cell(kSymbol), *type, Checked(kExpiry, ExchangeDate(Cell(kExpiry), "-")),
-                              *type == ContractType::kFuture ? -1 : Strike()};
-        if (!tokens_.try_emplace(key, Token()).second) throw Fault(fmt::format("{} stands twice", Described(key)));
-    }
-
-    static constexpr std::size_t kFirst = 1;
-    const std::string& name_;
-    std::size_t line_ = 0;
-    std::vector<std::string> cells_;
-    std::array<std::size_t, kColumnCount> places_{};
+    CsvFile file_;
+    std::size_t token_;
+    std::size_t symbol_;
+    std::size_t type_;
+    std::size_t strike_;
+    std::size_t expiry_;
     ContractTokens tokens_;
 };
 
 }  // namespace
 
-ContractTokens ReadContractMaster(const std::string& name) { return MasterReader(name).Read(); }
+ContractTokens ReadContractMaster(const std::string& name) { return ContractReader(name).Read(); }
+
+std::vector<Security> ReadSecurityMaster(const std::string& name) {
+    CsvFile file(name);
+    if (file.HasColumn(kUnderlyingSymbol)) throw file.Fault("this is a master of contracts, not of cash securities");
+    const std::size_t token = file.Column("exchange_token");
+    const std::size_t symbol = file.Column("trading_symbol");
+    const std::size_t series = file.Column("instrument_type");
+    std::vector<Security> securities;
+    std::set<std::string> names;
+    while (file.NextRow()) {
+        securities.push_back({file.Cell(symbol), file.Cell(series), TokenIn(file, token)});
+        const std::string described = securities.back().Name();
+        if (!names.insert(described).second) throw file.Fault(fmt::format("{} stands twice", described));
+    }
+    return securities;
+}
 
 }  // namespace survhost

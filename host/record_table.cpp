@@ -256,6 +256,13 @@ constexpr auto kTokenPrice = [] {
                       FIELD(priceB), FIELD(priceC),   FIELD(closePrice), FIELD(lastTradedPrice)};
 }();
 
+constexpr auto kTouchline = [] {
+    using R = tagBcastMBOOrMBPTouchline;
+    return std::array{FIELD(exchange),     FIELD(token),         FIELD(lastTradedPrice),
+                      FIELD(bestBuyPrice), FIELD(bestSellPrice), FIELD(closePrice),
+                      FIELD(priceA),       FIELD(priceB),        FIELD(priceC)};
+}();
+
 constexpr auto kCompulsorySeries = [] {
     using R = tagCompulsoryDeliverySeries;
     return std::array{FIELD(series), FIELD(exchange)};
@@ -339,6 +346,7 @@ RECORD(tagAdditionalMarginInfo, kAdditionalMargin)
 RECORD(tagProductTypeScripBasket, kScripBasket)
 RECORD(tagTokenPriceRecord, kTokenPrice)
 RECORD(tagCompulsoryDeliverySeries, kCompulsorySeries)
+RECORD(tagBcastMBOOrMBPTouchline, kTouchline)
 RECORD(BKSurveillanceLimitDefTag, kLimitRow)
 RECORD(BKExposureTag, kPositionRow)
 RECORD(tagDPHolding, kDpHolding)
@@ -365,6 +373,7 @@ std::span<const RecordTable* const> AllTables() {
                                  &TableOf<tagProductTypeScripBasket>(),
                                  &TableOf<tagTokenPriceRecord>(),
                                  &TableOf<tagCompulsoryDeliverySeries>(),
+                                 &TableOf<tagBcastMBOOrMBPTouchline>(),
                                  &TableOf<BKSurveillanceLimitDefTag>(),
                                  &TableOf<BKExposureTag>(),
                                  &TableOf<tagDPHolding>(),

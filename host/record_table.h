@@ -134,6 +134,8 @@ const RecordTable& TableOf<tagTokenPriceRecord>();
 template <>
 const RecordTable& TableOf<tagCompulsoryDeliverySeries>();
 template <>
+const RecordTable& TableOf<tagBcastMBOOrMBPTouchline>();
+template <>
 const RecordTable& TableOf<BKSurveillanceLimitDefTag>();
 template <>
 const RecordTable& TableOf<BKExposureTag>();

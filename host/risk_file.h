@@ -59,6 +59,7 @@ struct RiskFile {
 struct ImportOptions {
     std::string file{};
     std::string master{};  ///< empty: tokens are numbered
+    std::string closes{};  ///< a day file whose closes a master takes; empty: none
     std::int16_t segment = 2;
 };
 

@@ -714,6 +714,35 @@ static_assert(offsetof(tagTokenPriceRecord, priceC) == 30);
 static_assert(offsetof(tagTokenPriceRecord, closePrice) == 34);
 static_assert(offsetof(tagTokenPriceRecord, lastTradedPrice) == 38);
 
+/// The market of one scrip, as an exchange broadcasts it.
+struct [[gnu::packed]] tagBcastMBOOrMBPTouchline {  // 141 bytes
+    char host0[22];
+    std::int16_t exchange;                  //  22  exchange mask
+    std::int32_t token;                     //  24  0: the record is ignored
+    char host28[8];
+    std::int32_t lastTradedPrice;           //  36  paise; 0 when there was no trade
+    char host40[43];
+    std::int32_t bestBuyPrice;              //  83  paise; inside the 12 bytes of the best bid
+    char host87[8];
+    std::int32_t bestSellPrice;             //  95  paise; inside the 12 bytes of the best offer
+    char host99[26];
+    std::int32_t closePrice;                // 125  paise
+    std::int32_t priceA;                    // 129  stored, and passed on to the token's price record
+    std::int32_t priceB;                    // 133
+    std::int32_t priceC;                    // 137
+};
+static_assert(sizeof(tagBcastMBOOrMBPTouchline) == 141 && std::is_trivially_copyable_v<tagBcastMBOOrMBPTouchline> &&
+              std::is_standard_layout_v<tagBcastMBOOrMBPTouchline>);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, exchange) == 22);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, token) == 24);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, lastTradedPrice) == 36);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, bestBuyPrice) == 83);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, bestSellPrice) == 95);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, closePrice) == 125);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, priceA) == 129);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, priceB) == 133);
+static_assert(offsetof(tagBcastMBOOrMBPTouchline, priceC) == 137);
+
 /// A series whose scrips are delivered whatever the order says.
 struct [[gnu::packed]] tagCompulsoryDeliverySeries {  // 5 bytes
     char series[3];                         //   0

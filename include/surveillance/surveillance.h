@@ -145,9 +145,15 @@ SURVEILLANCE_API short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& in
 // ---------------------------------------------------------------------------------------------------------------
 // Market data
 
+/// Takes the broadcast of a scrip. With compute 1 and the scrip due (MTMTimeIntervalAndTickCount), what is held of it
+/// is marked at its last price; changedRows gets a BKSurveillanceLimitDefTag for each row whose MTM was worked out: the
+/// live row in positionMode 2 and 3, else a copy that the host frees. The second list stays empty. Either may be null.
 SURVEILLANCE_API short AddAndComputeMTM(int compute, tagBcastMBOOrMBPTouchline* touchline, CPtrList* changedRows,
                                         CPtrList* reservedList) noexcept;
+/// Marks every scrip, due or not; the lists as above, a row once for each scrip.
 SURVEILLANCE_API short RecomputeMTM(CPtrList* changedRows, CPtrList* reservedList) noexcept;
+/// In positionMode 1 clears the MTM of every limit row and lays it in anew, told in a file BroadcastMTM_*.log; in any
+/// other mode does nothing.
 SURVEILLANCE_API short RecomputeMTMOnline() noexcept;
 /// Accepted; reads nothing.
 SURVEILLANCE_API void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* touchline) noexcept;

@@ -99,15 +99,10 @@ CSurveillanceCategory* CSurveillanceManager::FindOwnAccount(const tagOrderInfoFo
 void CSurveillanceManager::RegisterTrade(const tagOrderInfoForSurv& order, const CHierarchy& hierarchy,
                                          CSurveillanceCategory* ownAccount) {
     const std::int64_t key = PlainKey(order.ExchangeMask(), order.token);
-    CBroadcastScrip* scrip = broadcastHash.Find(key);
-    if (!scrip) {
-        auto fresh = std::make_unique<CBroadcastScrip>();
-        fresh->exchange = order.ExchangeMask();
-        if (order.priceMultiplier != 0) fresh->priceMultiplier = order.priceMultiplier;
-        scrip = &broadcastHash.Insert(key, std::move(fresh));
-    }
-    for (const Level level : kEntryOrder) scrip->AddCategory(hierarchy.At(level));
-    scrip->AddCategory(ownAccount);
+    CBroadcastScrip& scrip = broadcastHash.FindOrMake(key);
+    scrip.SetSecurity(order.ExchangeMask(), order.token, order.underlyingToken, order.contract, order.priceMultiplier);
+    for (const Level level : kEntryOrder) scrip.AddCategory(hierarchy.At(level));
+    scrip.AddCategory(ownAccount);
 }
 
 }  // namespace surv

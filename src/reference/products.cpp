@@ -41,6 +41,17 @@ void ProductReference::LoadTokenPrices(const CPtrList& records) {
     });
 }
 
+void ProductReference::TakeTokenPrice(const tagBcastMBOOrMBPTouchline& touchline) {
+    if (!sellPriceTest.on || touchline.exchange != kMaskNseCash || touchline.lastTradedPrice == 0) return;
+    tagTokenPriceRecord* const record = tokenPrices.Find(touchline.token);
+    if (!record) return;
+    record->lastTradedPrice = touchline.lastTradedPrice;
+    record->closePrice = touchline.closePrice;
+    record->priceA = touchline.priceA;
+    record->priceB = touchline.priceB;
+    record->priceC = touchline.priceC;
+}
+
 void ProductReference::ClearDay() {
     scripBaskets.Clear();
     compulsoryDeliverySeries.Clear();

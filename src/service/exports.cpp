@@ -384,15 +384,29 @@ short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& /*info*/) noexcept 
 // ---------------------------------------------------------------------------------------------------------------
 // Market data
 
-short AddAndComputeMTM(int /*compute*/, tagBcastMBOOrMBPTouchline* /*touchline*/, CPtrList* /*changedRows*/,
+short AddAndComputeMTM(int compute, tagBcastMBOOrMBPTouchline* touchline, CPtrList* changedRows,
                        CPtrList* /*reservedList*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        using Marking = surv::CSurveillanceManager::Marking;
+        const Marking marking = compute == 1 ? Marking::kWanted : Marking::kUnwanted;
+        if (touchline) manager.AddAndComputeMTM(*touchline, marking, changedRows);
+        return kDone;
+    });
 }
-short RecomputeMTM(CPtrList* /*changedRows*/, CPtrList* /*reservedList*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+
+short RecomputeMTM(CPtrList* changedRows, CPtrList* /*reservedList*/) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        manager.RecomputeMTM(changedRows);
+        return kDone;
+    });
 }
+
 short RecomputeMTMOnline() noexcept {
-    return GuardedNotServed("RecomputeMTMOnline failed !!!. Surveillance Manager not initialized");
+    return Guarded("RecomputeMTMOnline failed !!!. Surveillance Manager not initialized",
+                   [](surv::CSurveillanceManager& manager) -> short {
+                       manager.RecomputeMTMOnline();
+                       return kDone;
+                   });
 }
 
 void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* /*touchline*/) noexcept {

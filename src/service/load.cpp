@@ -150,6 +150,7 @@ std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
         return kNotDone;
     }
     static_cast<void>(CollateralRecompute(0, "ALL", "ALL"));
+    LayInOpeningMtm();
     RecomputeAllIM();
     return kDone;
 }
@@ -252,7 +253,7 @@ void CSurveillanceManager::RegisterRow(const BKExposureTag& row, CSurveillanceCa
         fresh->exchange = exchangeMask;
         fresh->broadcastToken = row.token;
         fresh->closePrice = ClosePriceOf(row, exchangeMask);
-        if (row.priceMultiplier != 0) fresh->priceMultiplier = row.priceMultiplier;
+        fresh->SetSecurity(exchangeMask, row.token, row.underlyingToken, row.contract, row.priceMultiplier);
         scrip = &broadcastHash.Insert(key, std::move(fresh));
     }
     scrip->AddCategory(&category);

@@ -99,6 +99,21 @@ class CSurveillanceManager {
     /// The same kinds. See CSurveillanceCategory::RecomputeCollateral.
     std::int16_t CollateralRecompute(int kind, std::string_view categoryCode, std::string_view isinCode);
 
+    // Mark to market (mtm/mtm_pass.cpp) ----------------------------------------------------------------------------
+    // A row that a pass moves goes to changedRows, once a scrip: the live row in positionMode 2 and 3, else a copy that
+    // the host frees. A null list gets nothing.
+    /// Takes a touchline, and marks the scrip when that is due and wanted.
+    enum class Marking : std::uint8_t { kWanted, kUnwanted };
+    void AddAndComputeMTM(const tagBcastMBOOrMBPTouchline& touchline, Marking marking, CPtrList* changedRows);
+    /// Marks every scrip, whatever its ticks.
+    void RecomputeMTM(CPtrList* changedRows);
+    /// The same, told in a log file of its own.
+    void RecomputeMTMWithLogging(CPtrList* changedRows);
+    /// In positionMode 1: clears the MTM of every limit row and lays it in anew.
+    void RecomputeMTMOnline();
+    /// The category is marked by the scrip of the key, if there is one.
+    void AddToBroadcastUpdateHash(std::int64_t key, CSurveillanceCategory* category);
+
     // Queries (queries/) --------------------------------------------------------------------------------------------
     /// Limit rows of every category.
     void AppendAllLimitRows(CPtrList& list) const;
@@ -121,6 +136,9 @@ class CSurveillanceManager {
     [[nodiscard]] CSurveillanceCategory* FindOwnAccount(const tagOrderInfoForSurv& order) const;
     void RegisterTrade(const tagOrderInfoForSurv& order, const CHierarchy& hierarchy,
                        CSurveillanceCategory* ownAccount);
+    /// The end of a start: the MTM of the positions goes into the rows.
+    void LayInOpeningMtm();
+    void RecomputeScrip(CBroadcastScrip& scrip, CPtrList* changedRows);
     void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "memory/failing_memory.h"
+#include "mtm/marked_house.h"
 #include "positions/exposure_row.h"
 #include "support/derivatives.h"
 
@@ -87,6 +88,42 @@ TEST(OutOfMemory, LeavesNoTraceOfAMarginedCheck) {
         allocationsLeft = -1;
     }
     for (const char* entity : {"C1", "D1", "G1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
+}
+
+/// Every entity is marked whole or not at all, and the next touchline of the same price marks those that are left.
+TEST(OutOfMemory, ATouchlineCutShortIsTakenUpByTheNext) {
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
+        CMarkedHouse s;
+        for (const char* entity : {"C1", "C2"}) {
+            for (const int mask : {3, 0x13}) s.AddLimit(entity, static_cast<std::int16_t>(mask));
+            s.AddPosition(PositionRow(entity, 3, 100));
+        }
+        s.Start(mode, 1);
+        tagBcastMBOOrMBPTouchline touchline{};
+        touchline.exchange = kMaskNseCash, touchline.token = 2885, touchline.lastTradedPrice = 25000;
+        long allocations = 0;
+        for (bool done = false; !done; ++allocations) {
+            ASSERT_LT(allocations, 100);
+            touchline.lastTradedPrice -= 10;
+            CPtrList rows;
+            allocationsLeft = allocations;
+            try {
+                s.Manager().AddAndComputeMTM(touchline, CSurveillanceManager::Marking::kWanted, &rows);
+                done = true;
+            } catch (const std::bad_alloc&) {
+            }
+            allocationsLeft = -1;
+            s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<LimitRow>(rows);
+            for (const char* entity : {"C1", "C2"}) {
+                const double mtm = 100.0 * (s.Held(entity, Period::kExpiry)->data.lastPrice - 25000);
+                for (const int mask : {3, 0x13})
+                    EXPECT_EQ(s.Row(entity, static_cast<std::int16_t>(mask)).usedMtmFull, mtm);
+            }
+            s.Touch(kMaskNseCash, 2885, touchline.lastTradedPrice);
+            EXPECT_EQ(s.Row("C2", 3).usedMtmFull, 100.0 * (touchline.lastTradedPrice - 25000));
+        }
+        EXPECT_GE(allocations, 4);
+    }
 }
 
 TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {

@@ -145,6 +145,8 @@ TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
     ASSERT_EQ(Start(), 0);
     EXPECT_EQ(ComputeMTMOnOrOff(7), 0);
     EXPECT_EQ(CheckAndUpdateSecurityInfo(security), 0);
+    EXPECT_EQ(AddAndComputeMTM(1, nullptr, nullptr, nullptr) | RecomputeMTM(nullptr, nullptr) | RecomputeMTMOnline(),
+              0);
     SetLastBcastMBOOrMBPTouchline(nullptr);
     EXPECT_EQ(Texts(), Strings{});
 }
