@@ -2,63 +2,89 @@
 
 #include <fmt/format.h>
 
-#include <array>
+#include <charconv>
 #include <optional>
-#include <string_view>
+#include <set>
 
 #include "csv_file.h"
 
 namespace survhost {
 namespace {
 
-enum ContractColumn : std::uint8_t { kToken, kSymbol, kType, kStrike, kExpiry };
-constexpr std::array<std::string_view, 5> kContractColumns{"exchange_token", "underlying_symbol", "instrument_type",
-                                                           "strike_price", "expiry"};
+constexpr const char* kUnderlyingSymbol = "underlying_symbol";  ///< a column of contracts alone
 
-std::optional<ContractType> TypeIn(std::string_view text) {
+std::int32_t TokenIn(const CsvFile& file, std::size_t column) {
+    const std::string& text = file.Cell(column);
+    std::int32_t token = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), token);
+    const bool good = read.ec == std::errc{} && read.ptr == text.data() + text.size() && token > 0;
+    return file.Checked(column, good ? std::optional(token) : std::nullopt);
+}
+
+std::optional<ContractType> TypeOf(const std::string& text) {
     if (text == "FUT") return ContractType::kFuture;
     if (text == "CE") return ContractType::kCall;
     if (text == "PE") return ContractType::kPut;
     return std::nullopt;
 }
 
-std::int32_t StrikeOf(const CsvFile& file) {
-    const std::optional<double> rupees = FiniteNumber(file.Cell(kStrike));
-    return file.Checked(kStrike, rupees ? StrikeInPaise(*rupees) : std::nullopt);
-}
+class ContractReader {
+ public:
+    explicit ContractReader(const std::string& name)
+        : file_(name),
+          token_(file_.Column("exchange_token")),
+          symbol_(file_.Column(kUnderlyingSymbol)),
+          type_(file_.Column("instrument_type")),
+          strike_(file_.Column("strike_price")),
+          expiry_(file_.Column("expiry")) {}
+
+    ContractTokens Read() {
+        while (file_.NextRow()) {
+            if (const auto type = TypeOf(file_.Cell(type_))) Enter(*type);
+        }
+        return std::move(tokens_);
+    }
+
+ private:
+    void Enter(ContractType type) {
+        const auto expiry = file_.Checked(expiry_, ExchangeDate(file_.Cell(expiry_), "-"));
+        const ContractKey key{file_.Cell(symbol_), type, expiry, type == ContractType::kFuture ? -1 : Strike()};
+        if (!tokens_.try_emplace(key, TokenIn(file_, token_)).second) {
+            throw file_.Fault(fmt::format("{} stands twice", Described(key)));
+        }
+    }
+    [[nodiscard]] std::int32_t Strike() const {
+        const std::optional<double> rupees = FiniteNumber(file_.Cell(strike_));
+        return file_.Checked(strike_, rupees ? StrikeInPaise(*rupees) : std::nullopt);
+    }
+
+    CsvFile file_;
+    std::size_t token_;
+    std::size_t symbol_;
+    std::size_t type_;
+    std::size_t strike_;
+    std::size_t expiry_;
+    ContractTokens tokens_;
+};
 
 }  // namespace
 
-ContractTokens ReadContractMaster(const std::string& name) {
-    CsvFile file(name, kContractColumns);
-    ContractTokens tokens;
-    while (file.Next()) {
-        const std::optional<ContractType> type = TypeIn(file.Cell(kType));
-        if (!type) continue;
-        const ContractKey key{file.Cell(kSymbol), *type, file.Checked(kExpiry, ExchangeDate(file.Cell(kExpiry), "-")),
-                              *type == ContractType::kFuture ? -1 : StrikeOf(file)};
-        if (!tokens.try_emplace(key, file.Token(kToken)).second) {
-            throw file.Fault(fmt::format("{} stands twice", Described(key)));
-        }
-    }
-    return tokens;
-}
+ContractTokens ReadContractMaster(const std::string& name) { return ContractReader(name).Read(); }
 
-namespace {
-enum EquityColumn : std::uint8_t { kEquityToken, kTradingSymbol, kSeries };
-constexpr std::array<std::string_view, 3> kEquityColumns{"exchange_token", "trading_symbol", "instrument_type"};
-}  // namespace
-
-EquityTokens ReadEquityMaster(const std::string& name) {
-    CsvFile file(name, kEquityColumns);
-    EquityTokens tokens;
-    while (file.Next()) {
-        const EquityKey key{file.Cell(kTradingSymbol), file.Cell(kSeries)};
-        if (!tokens.try_emplace(key, file.Token(kEquityToken)).second) {
-            throw file.Fault(fmt::format("{} {} stands twice", key.first, key.second));
-        }
+std::vector<Security> ReadSecurityMaster(const std::string& name) {
+    CsvFile file(name);
+    if (file.HasColumn(kUnderlyingSymbol)) throw file.Fault("this is a master of contracts, not of cash securities");
+    const std::size_t token = file.Column("exchange_token");
+    const std::size_t symbol = file.Column("trading_symbol");
+    const std::size_t series = file.Column("instrument_type");
+    std::vector<Security> securities;
+    std::set<std::string> names;
+    while (file.NextRow()) {
+        securities.push_back({file.Cell(symbol), file.Cell(series), TokenIn(file, token)});
+        const std::string described = securities.back().Name();
+        if (!names.insert(described).second) throw file.Fault(fmt::format("{} stands twice", described));
     }
-    return tokens;
+    return securities;
 }
 
 }  // namespace survhost

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -58,6 +59,21 @@ void NeedMaster(const ImportOptions& options, std::string_view what) {
     if (options.master.empty()) throw RunError(fmt::format("{}: {} need a master (--master)", options.file, what));
 }
 
+/// Digits above 0.
+std::optional<std::int32_t> TokenIn(std::string_view text) {
+    std::int32_t token = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), token);
+    const bool good = read.ec == std::errc{} && read.ptr == text.data() + text.size() && token > 0;
+    return good ? std::optional(token) : std::nullopt;
+}
+
+/// Finite, and 0 or more.
+std::optional<double> PercentIn(std::string_view text) {
+    const std::optional<double> percent = FiniteNumber(text);
+    return percent && *percent >= 0 ? percent : std::nullopt;
+}
+double PercentIn(const CsvFile& file, std::size_t column) { return file.Checked(column, PercentIn(file.Cell(column))); }
+
 // ---------------------------------------------------------------------------------------------------------------
 // VaR margins
 
@@ -76,8 +92,11 @@ constexpr std::string_view kRecordLine = "20";
 /// NSE: a control line "10,DDMMYYYY,index VaR,count", then the lines "20,SYMBOL,SERIES,…,applicable".
 class NseVarFile {
  public:
-    NseVarFile(const ImportOptions& options, const std::string& text)
-        : options_(options), text_(text), tokens_(ReadEquityMaster(options.master)) {}
+    NseVarFile(const ImportOptions& options, const std::string& text) : options_(options), text_(text) {
+        for (const Security& security : ReadSecurityMaster(options.master)) {
+            tokens_.emplace(security.Name(), security.token);
+        }
+    }
 
     std::string Lines(std::ostream& notes) {
         for (std::string line; std::getline(text_, line);) {
@@ -116,9 +135,9 @@ class NseVarFile {
         if (cells.size() <= kApplicable) throw Fault(fmt::format("{} cells, not 10", cells.size()));
         const auto percent = PercentIn(cells[kApplicable]);
         if (!percent) throw Fault(fmt::format("the rate {} will not do", cells[kApplicable]));
-        const EquityKey key{cells[kSymbol], cells[kSeries]};
-        if (!seen_.insert(key).second) throw Fault(fmt::format("{} {} stands twice", key.first, key.second));
-        if (const auto token = tokens_.find(key); token != tokens_.end()) {
+        const std::string name = Security{cells[kSymbol], cells[kSeries]}.Name();
+        if (!seen_.insert(name).second) throw Fault(fmt::format("{} stands twice", name));
+        if (const auto token = tokens_.find(name); token != tokens_.end()) {
             call_.Add(VarRecord(token->second, *percent, surv::kMaskNseCash));
         } else {
             ++missing_;
@@ -127,8 +146,8 @@ class NseVarFile {
 
     const ImportOptions& options_;
     std::istringstream text_;
-    EquityTokens tokens_;
-    std::set<EquityKey> seen_;
+    std::map<std::string, std::int32_t> tokens_;  ///< by Security::Name
+    std::set<std::string> seen_;
     std::size_t line_ = 0;
     std::size_t announced_ = 0;
     std::size_t missing_ = 0;
@@ -136,15 +155,15 @@ class NseVarFile {
 };
 
 std::string BseVarLines(const ImportOptions& options) {
-    enum Column : std::uint8_t { kCode, kApplicable };
-    constexpr std::array<std::string_view, 2> kColumns{"security_code", "latest_var_plus_elm"};
-    CsvFile file(options.file, kColumns);
+    CsvFile file(options.file);
+    const std::size_t code = file.Column("security_code");
+    const std::size_t applicable = file.Column("latest_var_plus_elm");
     RateCall call("InitializeMarginInfo", "list");
     std::set<std::int32_t> seen;
-    while (file.Next()) {
-        const std::int32_t token = file.Token(kCode);
+    while (file.NextRow()) {
+        const std::int32_t token = file.Checked(code, TokenIn(file.Cell(code)));
         if (!seen.insert(token).second) throw file.Fault(fmt::format("{} stands twice", token));
-        call.Add(VarRecord(token, file.Percent(kApplicable), surv::kMaskBseCash));
+        call.Add(VarRecord(token, PercentIn(file, applicable), surv::kMaskBseCash));
     }
     return call.Line();
 }
@@ -153,7 +172,7 @@ std::string BseVarLines(const ImportOptions& options) {
 // Exposure margins: paise times the rate over 10^8 are rupees, so a percent is 10,000.
 
 std::int32_t ExposureRate(const CsvFile& file, std::size_t column) {
-    const double rate = std::round(file.Percent(column) * 10000);
+    const double rate = std::round(PercentIn(file, column) * 10000);
     const bool fits = rate <= std::numeric_limits<std::int32_t>::max();
     return file.Checked(column, fits ? std::optional(static_cast<std::int32_t>(rate)) : std::nullopt);
 }
@@ -169,17 +188,18 @@ struct SymbolRates {
 };
 
 std::map<std::string, SymbolRates> ReadSymbolRates(const std::string& name) {
-    enum Column : std::uint8_t { kSymbol, kKind, kRate };
-    constexpr std::array<std::string_view, 3> kColumns{"Symbol", "Instrument Type", "Total applicable ELM%"};
-    CsvFile file(name, kColumns);
+    CsvFile file(name);
+    const std::size_t symbolPlace = file.Column("Symbol");
+    const std::size_t kindPlace = file.Column("Instrument Type");
+    const std::size_t ratePlace = file.Column("Total applicable ELM%");
     std::map<std::string, SymbolRates> rates;
-    while (file.Next()) {
-        const std::string& kind = file.Cell(kKind);
+    while (file.NextRow()) {
+        const std::string& kind = file.Cell(kindPlace);
         if (kind != "OTH" && kind != "OTM") throw file.Fault(fmt::format("{} is neither OTH nor OTM", kind));
-        SymbolRates& symbol = rates[file.Cell(kSymbol)];
+        SymbolRates& symbol = rates[file.Cell(symbolPlace)];
         auto& rate = kind == "OTH" ? symbol.other : symbol.outOfTheMoney;
-        if (rate) throw file.Fault(fmt::format("{} {} stands twice", file.Cell(kSymbol), kind));
-        rate = ExposureRate(file, kRate);
+        if (rate) throw file.Fault(fmt::format("{} {} stands twice", file.Cell(symbolPlace), kind));
+        rate = ExposureRate(file, ratePlace);
     }
     return rates;
 }
@@ -252,22 +272,24 @@ std::string ImportExposureMargins(const ImportOptions& options, std::ostream& no
 }
 
 std::string ImportMcxMargins(const ImportOptions& options, std::ostream& notes) {
-    enum Column : std::uint8_t { kSymbol, kExpiry, kBuy, kSell };
-    constexpr std::array<std::string_view, 4> kColumns{"symbol", "expiry", "buy_margin_pct", "sell_margin_pct"};
-    CsvFile file(options.file, kColumns);
+    CsvFile file(options.file);
+    const std::size_t symbol = file.Column("symbol");
+    const std::size_t expiry = file.Column("expiry");
+    const std::size_t buy = file.Column("buy_margin_pct");
+    const std::size_t sell = file.Column("sell_margin_pct");
     McxTokens tokens(options.master);
     RateCall rates("InitializeMCXMarginInfo", "records");
     RateCall exposure(kAllMargins, "map");
     std::set<ContractKey> seen;
     std::size_t missing = 0;
-    while (file.Next()) {
-        const ContractKey key{file.Cell(kSymbol), ContractType::kFuture,
-                              file.Checked(kExpiry, McxDate(file.Cell(kExpiry))), -1};
+    while (file.NextRow()) {
+        const ContractKey key{file.Cell(symbol), ContractType::kFuture,
+                              file.Checked(expiry, McxDate(file.Cell(expiry))), -1};
         if (!seen.insert(key).second) throw file.Fault(fmt::format("{} stands twice", Described(key)));
         tagAdditionalMarginInfo sides{};
         sides.exchange = surv::kMaskMcx;
-        sides.longMarginRate = ExposureRate(file, kBuy);
-        sides.shortMarginRate = ExposureRate(file, kSell);
+        sides.longMarginRate = ExposureRate(file, buy);
+        sides.shortMarginRate = ExposureRate(file, sell);
         const auto token = tokens.Of(key);
         if (!token) {
             ++missing;
@@ -279,7 +301,7 @@ std::string ImportMcxMargins(const ImportOptions& options, std::ostream& notes) 
         record.token = *token;
         key.symbol.copy(record.symbol, sizeof record.symbol - 1);
         record.marginBasis = kRateOfValue;
-        record.marginRate = std::max(file.Percent(kBuy), file.Percent(kSell));
+        record.marginRate = std::max(PercentIn(file, buy), PercentIn(file, sell));
         record.exchange = surv::kMaskMcx;
         rates.Add(record);
     }

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "bhavcopy.h"
 #include "demo.h"
 #include "import_margins.h"
 #include "import_span.h"
@@ -102,6 +103,15 @@ void AddImports(CLI::App& app, survhost::ImportOptions& options) {
              &survhost::ImportExposureMargins);
     addRates("mcx", "MCX margins by contract (CSV).", "Contract master (CSV) to take the tokens from",
              &survhost::ImportMcxMargins);
+    CLI::App* day = import->add_subcommand("bhavcopy", "A day file of NSE equity or futures, as touchlines.");
+    day->add_option("FILE", options.file, "The day file (CSV)")->required();
+    day->add_option("--master", options.master, "Instrument master (CSV) to take the tokens from");
+    day->callback([&options] { std::cout << survhost::ImportBhavcopy(options, std::cerr); });
+
+    CLI::App* master = import->add_subcommand("master", "A master of NSE equity, as token records.");
+    master->add_option("FILE", options.file, "The instrument master (CSV)")->required();
+    master->add_option("--closes", options.closes, "Day file of equity to take closes from");
+    master->callback([&options] { std::cout << survhost::ImportMaster(options, std::cerr); });
 }
 
 /// What is wrong, and the usage of the command meant.

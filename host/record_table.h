@@ -140,9 +140,21 @@ const RecordTable& TableOf<tagTokenPriceRecord>();
 template <>
 const RecordTable& TableOf<tagCompulsoryDeliverySeries>();
 template <>
+const RecordTable& TableOf<tagBcastMBOOrMBPTouchline>();
+template <>
 const RecordTable& TableOf<BKSurveillanceLimitDefTag>();
 template <>
 const RecordTable& TableOf<BKExposureTag>();
+template <>
+const RecordTable& TableOf<tagDPHolding>();
+template <>
+const RecordTable& TableOf<tagDPUpload>();
+template <>
+const RecordTable& TableOf<tagSarRow>();
+template <>
+const RecordTable& TableOf<tagSecurityIsinRow>();
+template <>
+const RecordTable& TableOf<tagRMSFundAllocationRequest>();
 template <>
 const RecordTable& TableOf<tagClientRiskPreferenceInfoForSurv>();
 

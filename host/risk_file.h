@@ -62,6 +62,7 @@ inline constexpr std::int32_t kFirstNumberedContract = 100'001;
 struct ImportOptions {
     std::string file{};
     std::string master{};  ///< empty: tokens are numbered
+    std::string closes{};  ///< a day file whose closes a master takes; empty: none
     std::int16_t segment = 2;
 };
 

@@ -82,6 +82,8 @@ class CSurveillanceCategory {
     RuleAnswer LoadSurvLimit(std::unique_ptr<CSurvLimitEntry> entry);
     RuleAnswer UpdateSurvLimit(const BKSurveillanceLimitDefTag& row);
     RuleAnswer RemoveSurvLimit(const BKSurveillanceLimitDefTag& row);
+    /// The row over all exchanges and securities carries the fund (limits/funds.cpp).
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
     /// Null when there is no such mask or token.
     [[nodiscard]] CSurvLimitEntry* FindRow(std::int16_t limitMask, std::int32_t token) const;
     void AppendLimitRows(CPtrList& list) const;
@@ -104,10 +106,24 @@ class CSurveillanceCategory {
     /// The same for a row of the MTF product.
     std::int16_t AddMtfPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
 
-    // Depository ----------------------------------------------------------------------------------------------
+    // Depository (holdings.cpp) -------------------------------------------------------------------------------
     Holdings holdingsByIsin{17};
     double collateralTotal = 0;  ///< paise; sum of the holdings' collateral value
     double saleCreditTotal = 0;  ///< paise; sum of the holdings' sale credit
+
+    /// Makes room for the holding of an ISIN, so that a row which fills it needs no memory.
+    void ReserveHolding(std::string_view isinCode);
+    /// Shares of the start join a holding: its blocked quantities start at 0 again, price and haircut are the row's.
+    void AddDPInfo(const tagDPHolding& row);
+    /// Shares on the sale-against-receipt account; collateral stays as it is.
+    void AddSARInfo(const tagSarRow& row);
+    /// Shares of the day join a holding; nothing is unblocked.
+    void UpdateDPInfo(const tagDPUpload& upload);
+    /// Appends the holding of an ISIN ("ALL": every one) as a new row that the list's owner frees.
+    void GetDPInfo(std::string_view isinCode, CPtrList& list) const;
+    /// "ALL" forms every holding's worth and the totals anew. In any case the rows across all securities of the
+    /// settlement and expiry masks take the totals; no limit is derived from them here.
+    void RecomputeCollateral(std::string_view isinCode);
 
     // Positions by client (client_records.cpp) ----------------------------------------------------------------
     /// Null until the first row or order is recorded.

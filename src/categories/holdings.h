@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <cmath>
 #include <cstdint>
 
 #include "platform/hash_map.h"
@@ -24,6 +24,16 @@ struct HoldingSide {
     double tradedSellValue = 0;
 };
 
+/// What the row that made a holding says beside it: read by nobody here, and given back as it came.
+struct HoldingCarried {
+    char carriedText1[16] = {};
+    char carriedText2[16] = {};
+    std::int32_t carriedLong1 = 0;
+    std::int32_t carriedLong2 = 0;
+    char carriedText3[36] = {};
+    char carriedText4[51] = {};
+};
+
 /// Shares of one ISIN that one category holds at the depository.
 struct Holding {
     FixedText<8> categoryCode;  ///< empty: made by a call that was cut short, and shown nowhere
@@ -36,6 +46,9 @@ struct Holding {
     std::int32_t haircutRate = 0;    ///< ten-thousandths
     HoldingSide nse;
     HoldingSide bse;
+    HoldingCarried carried;
+
+    [[nodiscard]] bool IsBlank() const { return categoryCode.Empty(); }
 
     /// REQUIRES: a cash segment.
     [[nodiscard]] HoldingSide& Of(std::int16_t marketSegment) {
@@ -45,11 +58,13 @@ struct Holding {
         return const_cast<Holding*>(this)->Of(marketSegment);
     }
 
-    /// What the free shares are worth as collateral, paise; below 0 when more is blocked than is held.
+    /// What the free shares are worth as collateral, paise; below 0 when more is blocked than is held, and 0 when the
+    /// price is no number to reckon with.
     [[nodiscard]] double FormCollateralValue() const {
         const std::int64_t free = holdingQty - (nse.blockedQty + bse.blockedQty);
         const auto quantity = static_cast<double>(std::min(free, collateralQty));
-        return quantity * collateralPrice - haircutRate / 10000.0 * quantity * collateralPrice;
+        const double value = quantity * collateralPrice - haircutRate / 10000.0 * quantity * collateralPrice;
+        return std::isfinite(value) ? value : 0.0;
     }
     /// What today's sales bring beyond the day's buys, paise, each exchange for itself.
     [[nodiscard]] double FormSaleCredit() const {

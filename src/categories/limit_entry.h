@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -52,6 +53,11 @@ struct Judgement {
 /// stored just below it: no limit is never the result of arithmetic.
 void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise);
 
+/// A limit that was derived, as it is stored: one of exactly -1.0 just below it.
+[[nodiscard]] inline double StoredLimit(double derived) {
+    return derived == kNoLimit ? std::nextafter(kNoLimit, -2.0) : derived;
+}
+
 /// One limit row: the definition and its running account in one record.
 ///
 /// 1. `Row()` is the live record: the library's own copy, or the row that the host handed in at the start.
@@ -83,6 +89,14 @@ class CSurvLimitEntry {
     void UpdateDeliveryOrder(const Judgement& judgement);
     void UpdateMarginPlusOrder(const Judgement& judgement);
     void UpdateMtfOrder(const Judgement& judgement);
+
+    // The fund (limits/funds.cpp) -----------------------------------------------------------------------------
+    /// The fund and the limits that are set follow the request; a withdrawal is tested before. `limit`, if given, takes
+    /// the row on success.
+    std::int16_t AllocateFund(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+    /// Whether the margin in use leaves free what is withdrawn. The margin limit follows the whole fund of the moment
+    /// before anything is compared, and keeps that if too little is free.
+    std::int16_t CheckFundWithdrawal(tagRMSFundAllocationRequest& request);
 
  private:
     /// prepare moves the figures of the row it is given, and gives its traded margin with the order in it, rupees.

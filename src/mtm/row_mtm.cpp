@@ -1,10 +1,9 @@
 #include "mtm/row_mtm.h"
 
+#include "reference/preferences.h"
+
 namespace surv {
 namespace {
-
-constexpr std::uint8_t kMtmProfitCounts = 1 << 1;  // bits of marginFlags
-constexpr std::uint8_t kBookedProfitCounts = 1 << 3;
 
 /// What the move from a to b adds to a figure in which losses always count, and profits only if the client has it so.
 double CountedChange(double a, double b, bool profitCounts) {
@@ -19,9 +18,9 @@ MtmFigures FormMtmFigures(const tagOrderInfoForSurv& order, CSurvPosition before
                           const Settings& settings) {
     MtmFigures mtm;
     if (after.GetMarketSegment() == 3 || after.GetMarketSegment() == 6) return mtm;  // options never count
-    const bool wholeLaidIn = order.rpfRecomputeFlag == 1 && settings.positionMode >= 1 && settings.positionMode <= 3;
-    if (!wholeLaidIn) {
-        mtm.before = before.GetMTM(order.lotWeighting);
+    const bool wholeLaidIn = order.rpfRecomputeFlag == 1 && settings.RowsFillClientPositions();
+    if (!wholeLaidIn) mtm.before = before.GetMTM(order.lotWeighting);
+    if (!wholeLaidIn || settings.mtmReloadPhase == MtmReload::kOnline) {
         mtm.bookedBefore = before.GetBookedProfit(order.lotWeighting);
     }
     mtm.after = after.GetMTM(order.lotWeighting);

@@ -1,5 +1,8 @@
 #include "orderpath/level_commit.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "categories/limit_store.h"
 #include "limits/holding_trial.h"
 #include "limits/period_trial.h"
@@ -108,8 +111,7 @@ void CommitPositions(LevelTrial& level, Period period) {
     CommitHolding(category, order, before, after);
 }
 
-}  // namespace
-
+/// Makes the order real at one level.
 void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     CSurveillanceCategory& category = *level.category;
     tagOrderInfoForSurv& order = level.order;
@@ -132,6 +134,7 @@ void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     if (level.road != LevelRoad::kUpdated) category.RecordOrder(order, level.accounts);
 }
 
+/// Ends the trial of the rows of one level.
 void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,
                 CPtrList* limitRows) {
     SurvContext& context = level.category->Context();
@@ -142,6 +145,43 @@ void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows,
         } else if (limitRows) {
             AppendRow(*limitRows, *row, context.settings.RowsAreLive());
         }
+    }
+}
+
+/// The rows that a level hands out. Where one category stands at two levels, the first to commit hands out the rows
+/// of both, each once.
+std::vector<CSurvLimitEntry*> TakeSharedRows(std::span<LevelTrial* const> levels, const TrialBuffers& buffers,
+                                             const CSurveillanceCategory* category) {
+    std::vector<CSurvLimitEntry*> rows;
+    for (LevelTrial* trial : levels) {
+        if (trial->category != category) continue;
+        for (std::size_t i = trial->touched.from; i < trial->touched.to; ++i) {
+            CSurvLimitEntry* const row = buffers.touched[i];
+            if (std::find(rows.begin(), rows.end(), row) == rows.end()) rows.push_back(row);
+        }
+        trial->touched = {};
+    }
+    return rows;
+}
+
+bool IsShared(std::span<LevelTrial* const> levels, const CSurveillanceCategory* category) {
+    return std::count_if(levels.begin(), levels.end(),
+                         [category](const LevelTrial* trial) { return trial->category == category; }) > 1;
+}
+
+}  // namespace
+
+void CommitLevels(std::span<LevelTrial* const> levels, const TrialBuffers& buffers, bool updateAllLevels,
+                  CPtrList* limitRows) {
+    for (LevelTrial* trial : levels) CommitOrder(*trial, updateAllLevels);
+    for (LevelTrial* trial : levels) {
+        if (IsShared(levels, trial->category)) {
+            CommitRows(*trial, TakeSharedRows(levels, buffers, trial->category), updateAllLevels, limitRows);
+            continue;
+        }
+        const std::span<CSurvLimitEntry* const> rows{buffers.touched.data() + trial->touched.from,
+                                                     trial->touched.to - trial->touched.from};
+        CommitRows(*trial, rows, updateAllLevels, limitRows);
     }
 }
 

@@ -130,6 +130,44 @@ std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager,
     return std::nullopt;
 }
 
+namespace {
+
+/// What stands for a missing record lies over that of the level before.
+void LayDefaults(RiskPreference& preference, std::int16_t exchangeMask) {
+    constexpr std::uint8_t kModeBits = 0b0001'1111;
+    preference.exchange = exchangeMask;
+    preference.token = kAllSecurities;
+    preference.prefMarginRate = 0;
+    preference.marginAddOnFactor = 0;
+    preference.prefMarginMode = 0;
+    preference.marginFlags = 0;
+    preference.carried = 1;
+    preference.fundFlags &= static_cast<std::uint8_t>(~kModeBits);
+}
+
+}  // namespace
+
+void TakeOwnPreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category, PreferenceRoad road,
+                       tagOrderInfoForSurv& order) {
+    if (!category.ownPreferences) return;
+    if (const Record* record = manager.FindOwnPreference(category, order.ExchangeMask())) {
+        order.riskPreference = TravellingPart(*record);
+    } else if (road == PreferenceRoad::kEvent) {
+        order.riskPreference = DefaultPreferenceOf(order.ExchangeMask());
+    } else if (manager.defaultRiskPreference) {
+        LayDefaults(order.riskPreference, order.ExchangeMask());
+    }
+}
+
+void ApplyEventPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
+                           const tagSurveillanceInfo& request, PreferenceRoad road, tagOrderInfoForSurv& order) {
+    const bool familyCounts = manager.Context().settings.familyLevelEnabled && CountsDeliveries(level, request);
+    if (familyCounts) LinkFamily(manager, category, LevelCodeOf(level, request), request);
+    const Record* family = FamilyRecord(category, familyCounts, order.ExchangeMask());
+    if (family) order.riskPreference = TravellingPart(*family);
+    if (!family || level == Level::kClient) TakeOwnPreference(manager, category, road, order);
+}
+
 bool CountsDeliveries(Level level, const tagSurveillanceInfo& request) {
     return level == Level::kClient || (level == Level::kDealer && IsOwnClient(request.dealerType));
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "orderpath/event_sweep.h"
 #include "orderpath/hierarchy.h"
 #include "orderpath/refusal.h"
 
@@ -29,6 +30,13 @@ struct LevelRefusal {
                                                                 CSurveillanceCategory& category,
                                                                 const tagSurveillanceInfo& request,
                                                                 tagOrderInfoForSurv& order);
+
+/// A level of an event: its own preference, else everybody's; where it has a map without either, the defaults.
+void TakeOwnPreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category, PreferenceRoad road,
+                       tagOrderInfoForSurv& order);
+/// The client and the dealer of an event: the family's first. A client's own goes before it, a dealer's behind.
+void ApplyEventPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
+                           const tagSurveillanceInfo& request, PreferenceRoad road, tagOrderInfoForSurv& order);
 
 /// The level at which the deliveries of an order count: the client, or a dealer that is its own. False: no level.
 [[nodiscard]] bool CountsDeliveries(Level level, const tagSurveillanceInfo& request);

@@ -13,11 +13,11 @@ void HandOver(CPtrList& list, std::unique_ptr<Row> row) {
     static_cast<void>(row.release());
 }
 
-/// Hands each record of a host's list to `take`, in order; null elements are passed over.
-template <class Record, class Take>
-void ForEachRecord(const CPtrList& records, Take take) {
-    for (CPtrList::Position at = records.GetHeadPosition(); at;) {
-        if (const auto* record = static_cast<const Record*>(records.GetNext(at))) take(*record);
+/// Hands each row of a host's list to `take`, in order. No list is an empty one, and null elements are passed over.
+template <class Row, class Take>
+void ForEachRow(const CPtrList* list, Take take) {
+    for (CPtrList::Position at = list ? list->GetHeadPosition() : nullptr; at;) {
+        if (const auto* row = static_cast<const Row*>(list->GetNext(at))) take(*row);
     }
 }
 

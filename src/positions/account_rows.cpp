@@ -57,9 +57,11 @@ void CClientExposure::AddSegmentRow(const tagSurvPositionData& row, const tagOrd
 
 void CClientExposure::ApplyPrice(const tagOrderInfoForSurv& order, const CSurvPosition& position,
                                  const Settings& settings) {
-    CSurvPosition priced = position;
-    priced.SetLastPrice(order);
-    MoveSegmentMtm(order, position, priced, TreeContext{settings});
+    if (position.data.lastPrice != order.lastTradedPrice) {  // else taking out and putting in would cost a last digit
+        CSurvPosition priced = position;
+        priced.SetLastPrice(order);
+        MoveSegmentMtm(order, position, priced, TreeContext{settings});
+    }
     if (CScripExposure* scrip = FindScrip(order, settings)) scrip->position.SetLastPrice(order);
 }
 

@@ -18,7 +18,7 @@ tagProductTypeScripBasket WithoutHead(const tagProductTypeScripBasket& record) {
 }  // namespace
 
 void ProductReference::LoadBaskets(const CPtrList& records) {
-    ForEachRecord<tagProductTypeScripBasket>(records, [this](const tagProductTypeScripBasket& record) {
+    ForEachRow<tagProductTypeScripBasket>(&records, [this](const tagProductTypeScripBasket& record) {
         scripBaskets.FindOrMake(record.token, WithoutHead(record));
     });
 }
@@ -28,7 +28,7 @@ void ProductReference::SetBasket(const tagProductTypeScripBasket& record) {
 }
 
 void ProductReference::LoadSeries(const CPtrList& records) {
-    ForEachRecord<tagCompulsoryDeliverySeries>(records, [this](const tagCompulsoryDeliverySeries& record) {
+    ForEachRow<tagCompulsoryDeliverySeries>(&records, [this](const tagCompulsoryDeliverySeries& record) {
         if (IsCashExchange(record.exchange)) {
             compulsoryDeliverySeries.Insert(SeriesKey(record.exchange, FieldText(record.series)));
         }
@@ -36,9 +36,20 @@ void ProductReference::LoadSeries(const CPtrList& records) {
 }
 
 void ProductReference::LoadTokenPrices(const CPtrList& records) {
-    ForEachRecord<tagTokenPriceRecord>(records, [this](const tagTokenPriceRecord& record) {
+    ForEachRow<tagTokenPriceRecord>(&records, [this](const tagTokenPriceRecord& record) {
         if (record.exchange == kMaskNseCash) tokenPrices.FindOrMake(record.token, record);
     });
+}
+
+void ProductReference::TakeTokenPrice(const tagBcastMBOOrMBPTouchline& touchline) {
+    if (!sellPriceTest.on || touchline.exchange != kMaskNseCash || touchline.lastTradedPrice == 0) return;
+    tagTokenPriceRecord* const record = tokenPrices.Find(touchline.token);
+    if (!record) return;
+    record->lastTradedPrice = touchline.lastTradedPrice;
+    record->closePrice = touchline.closePrice;
+    record->priceA = touchline.priceA;
+    record->priceB = touchline.priceB;
+    record->priceC = touchline.priceC;
 }
 
 void ProductReference::ClearDay() {

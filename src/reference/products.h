@@ -44,6 +44,10 @@ struct ProductReference {
     /// A new token gets a new record, a known one is overwritten.
     void SetBasket(const tagProductTypeScripBasket& record);
 
+    /// The token's price record takes the prices of a touchline of NSE cash that has traded, while orders are tested
+    /// against them.
+    void TakeTokenPrice(const tagBcastMBOOrMBPTouchline& touchline);
+
     /// Empties the stores; the settings stay.
     void ClearDay();
 };

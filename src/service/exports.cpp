@@ -87,7 +87,7 @@ template <class Record, class Add>
 short LoadRates(const CPtrList* records, Add add) noexcept {
     return Contained<short>(kNotDone, [&](Library& library) -> short {
         ReferenceStores& stores = library.context.stores;
-        if (records) surv::ForEachRecord<Record>(*records, [&](const Record& record) { add(stores, record); });
+        surv::ForEachRow<Record>(records, [&](const Record& record) { add(stores, record); });
         return kDone;
     });
 }
@@ -193,9 +193,11 @@ short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, s
     return result;
 }
 
-short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /*error*/, CPtrList* /*limitRows*/,
-                         CPtrList* /*breachRows*/, short /*dealerOnly*/) noexcept {
-    return GuardedNotServed(kUpdateNotStarted);
+short UpdateSurveillance(tagSurveillanceInfo* request, tagAdminErrMessage* error, CPtrList* limitRows,
+                         CPtrList* /*breachRows*/, short dealerOnly) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return request ? manager.UpdateSurveillance(*request, error, limitRows, dealerOnly != 0) : kNotDone;
+    });
 }
 
 short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord, char* text) noexcept {
@@ -300,8 +302,11 @@ short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
     });
 }
 
-short RMSFundAllocation(tagRMSFundAllocationRequest* /*request*/, BKSurveillanceLimitDefTag* /*limit*/) noexcept {
-    return GuardedNotServed("RMSFund Allocation !!!. Surveillance Manager not initialized");
+short RMSFundAllocation(tagRMSFundAllocationRequest* request, BKSurveillanceLimitDefTag* limit) noexcept {
+    return Guarded("RMSFund Allocation !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       return request ? manager.RMSFundAllocation(*request, limit) : kNotDone;
+                   });
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -396,15 +401,29 @@ short CheckAndUpdateSecurityInfo(tagBcastUpdateSecurityInfo& /*info*/) noexcept 
 // ---------------------------------------------------------------------------------------------------------------
 // Market data
 
-short AddAndComputeMTM(int /*compute*/, tagBcastMBOOrMBPTouchline* /*touchline*/, CPtrList* /*changedRows*/,
+short AddAndComputeMTM(int compute, tagBcastMBOOrMBPTouchline* touchline, CPtrList* changedRows,
                        CPtrList* /*reservedList*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        using Marking = surv::CSurveillanceManager::Marking;
+        const Marking marking = compute == 1 ? Marking::kWanted : Marking::kUnwanted;
+        if (touchline) manager.AddAndComputeMTM(*touchline, marking, changedRows);
+        return kDone;
+    });
 }
-short RecomputeMTM(CPtrList* /*changedRows*/, CPtrList* /*reservedList*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+
+short RecomputeMTM(CPtrList* changedRows, CPtrList* /*reservedList*/) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        manager.RecomputeMTM(changedRows);
+        return kDone;
+    });
 }
+
 short RecomputeMTMOnline() noexcept {
-    return GuardedNotServed("RecomputeMTMOnline failed !!!. Surveillance Manager not initialized");
+    return Guarded("RecomputeMTMOnline failed !!!. Surveillance Manager not initialized",
+                   [](surv::CSurveillanceManager& manager) -> short {
+                       manager.RecomputeMTMOnline();
+                       return kDone;
+                   });
 }
 
 void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* /*touchline*/) noexcept {
@@ -453,8 +472,19 @@ short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
                    });
 }
 
-short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/,
-                               CPtrList* /*result*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+// ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPtrList* result) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) {
+        const auto code = surv::HostText(categoryCode, kEntityCodeWidth);
+        const auto isin = surv::HostText(isinCode, sizeof(tagDPHolding::isinCode));
+        return manager.GetDPPositionInfoFromDll(kind, code, isin, result);
+    });
 }
-short UpdateDPPositionInfo(tagDPUpload* /*upload*/) noexcept { return GuardedNotServed(kUpdateNotStarted); }
+
+short UpdateDPPositionInfo(tagDPUpload* upload) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return upload ? manager.UpdateDPPositionInfo(*upload) : kNotDone;
+    });
+}

@@ -22,6 +22,13 @@ class CAutoSquareOffSettings {
     std::array<std::array<std::int16_t, 6>, 2> values_{};
 };
 
+/// The passes that lay the whole MTM of every position into the limit rows, where others move differences.
+enum class MtmReload : std::uint8_t {
+    kNone,
+    kOpening,  ///< the end of a start: booked profit is laid in as well
+    kOnline,   ///< the rebuild during the day: booked profit goes on by its differences
+};
+
 /// Everything that the host fixes at the start or changes later; all zero when the library is loaded.
 struct Settings {
     bool started = false;                  ///< survInitialized: a start has succeeded and no clean-up has followed
@@ -31,7 +38,7 @@ struct Settings {
     bool mtmCashOn = false;                ///< class flags of mtmMode: they only ever turn on
     bool mtmFuturesOn = false;
     bool mtmOptionsOn = false;
-    bool mtmReloadPhase = false;               ///< the opening pass and the online rebuild: the whole MTM is laid in
+    MtmReload mtmReloadPhase = MtmReload::kNone;
     std::int16_t positionMode = 0;             ///< 0 to 3: how positions are held; any other value acts as 0
     bool familyLevelEnabled = false;           ///< the family level of the hierarchy is in force; only ever turns on
     std::int32_t featureBits = 0;              ///< as the long start gave them

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "bhavcopy.h"
 #include "contract_master.h"
 #include "import_margins.h"
 #include "import_span.h"
@@ -57,7 +58,7 @@ const std::string kFile = MakeFile();
 /// A file on disk for as long as a case runs.
 class TemporaryFile {
  public:
-    explicit TemporaryFile(const std::string& text, const std::string& file = "import_test.txt")
+    explicit TemporaryFile(const std::string& text, const char* file = "import_test.txt")
         : name(testing::TempDir() + file) {
         std::ofstream(name) << text;
     }
@@ -274,6 +275,88 @@ TEST(Import, FaultyRatesAreRefusedAtTheirLine) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.what) + " -> " + c.instead);
         EXPECT_EQ(Rates(c.import, With(c.text, c.what, c.instead), c.master), std::string("FILE:") + c.complaint);
+    }
+}
+
+const std::string kEquityDay =
+    "SYMBOL, SERIES, DATE1, PREV_CLOSE, OPEN_PRICE, HIGH_PRICE, LOW_PRICE, LAST_PRICE, CLOSE_PRICE, AVG_PRICE\n"
+    "SCRIP, EQ, 19-Jul-2024, 209.05, 209.00, 233.70, 201.42, 217.00, 216.27, 219.70\n"
+    "SCRIP, BE, 19-Jul-2024, 5.00, 0, 0, 0, -, , -\n";
+const std::string kFuturesDay =
+    "CONTRACT_D,PREVIOUS_S,OPEN_PRICE,HIGH_PRICE,LOW_PRICE,CLOSE_PRIC,SETTLEMENT\n"
+    "FUTSTK360ONE26-SEP-2024,1050.005,1051.0000000,1060.0000000,1040.0000000,1045.5000000,1045.0000000\n"
+    "FUTIDXNIFTY25-JUL-2024,24800.0000000,0.0000000,0.0000000,0.0000000,,24500.0000000\n";
+
+/// The touchlines of an import, each as "exchange:token last/close".
+std::string Touchlines(const std::string& day, const std::string& master = "", std::string* notes = nullptr) {
+    const TemporaryFile file(day, "day.csv");
+    std::ostringstream said;
+    std::istringstream lines(ImportBhavcopy({.file = file.name, .master = master}, said));
+    std::string touchlines;
+    for (std::string line; std::getline(lines, line);) {
+        const Json call = Json::parse(line);
+        EXPECT_EQ(call["call"].get<std::string>() + call["compute"].dump(), "AddAndComputeMTM1");
+        const Json& t = call["touchline"];
+        touchlines += t["exchange"].dump() + ":" + t["token"].dump() + " " + t["lastTradedPrice"].dump() + "/" +
+                      t["closePrice"].dump() + "  ";
+    }
+    if (notes) *notes = said.str();
+    return touchlines;
+}
+
+TEST(ImportBhavcopy, EachScripGoesFromItsPreviousCloseToItsClose) {
+    EXPECT_EQ(Touchlines(kEquityDay),
+              "1:1 20905/20905  1:2 500/500  1:1 20900/20905  1:1 23370/20905  1:1 20142/20905  1:1 21627/21627  ");
+    EXPECT_EQ(Touchlines(kFuturesDay),
+              "2:100001 105001/105001  2:100002 2480000/2480000  "
+              "2:100001 105100/105001  2:100001 106000/105001  2:100001 104000/105001  2:100001 104550/104550  ");
+    std::string notes;
+    const TemporaryFile securities("exchange_token,trading_symbol,instrument_type\n2885,SCRIP,BE\n", "master.csv");
+    EXPECT_EQ(Touchlines(kEquityDay, securities.name, &notes), "1:2885 500/500  ");
+    EXPECT_EQ(notes, securities.name + ": 1 of 2 scrips are not in the master and are left out\n");
+    const TemporaryFile contracts(
+        "exchange_token,underlying_symbol,instrument_type,strike_price,expiry\n7,NIFTY,FUT,0,2024-07-25\n",
+        "master.csv");
+    EXPECT_EQ(Touchlines(kFuturesDay, contracts.name), "2:7 2480000/2480000  ");
+}
+
+TEST(ImportBhavcopy, AFaultyDayIsRefusedAtItsLine) {
+    const std::tuple<const std::string&, const char*, const char*, const char*> cases[]{
+        {kEquityDay, "SYMBOL", "NAME", "1: no column \"SYMBOL\""},
+        {kEquityDay, "LOW_PRICE", "LOW", "1: no column \"LOW_PRICE\""},
+        {kEquityDay, "SCRIP, BE", "SCRIP, EQ", "3: SCRIP EQ stands twice"},
+        {kEquityDay, "209.05", "-209.05", "2: \"PREV_CLOSE\": -209.05 will not do"},
+        {kEquityDay, "209.05", "30000000", "2: \"PREV_CLOSE\": 30000000 will not do"},
+        {kEquityDay, "233.70", "n/a", "2: \"HIGH_PRICE\": n/a will not do"},
+        {kEquityDay, "201.42", "0", "2: SCRIP EQ has an open and lacks another price"},
+        {kFuturesDay, "FUTSTK360", "OPTSTK360", "2: \"CONTRACT_D\": OPTSTK360ONE26-SEP-2024 will not do"},
+        {kFuturesDay, "26-SEP-2024", "26-SPE-2024", "2: \"CONTRACT_D\": FUTSTK360ONE26-SPE-2024 will not do"},
+        {kFuturesDay, "26-SEP-2024", "31-SEP-2024", "2: \"CONTRACT_D\": FUTSTK360ONE31-SEP-2024 will not do"},
+        {kFuturesDay, "360ONE26-SEP", "26-SEP", "2: \"CONTRACT_D\": FUTSTK26-SEP-2024 will not do"},
+    };
+    for (const auto& [day, what, instead, complaint] : cases) {
+        const std::string faulty = With(day, what, instead);
+        EXPECT_EQ(Complaint([&] { Touchlines(faulty); }), testing::TempDir() + "day.csv:" + complaint);
+    }
+}
+
+TEST(ImportMaster, SecuritiesBecomeTokenRecordsWithTheirCloses) {
+    const std::string rows = "exchange_token,trading_symbol,instrument_type\n2885,SCRIP,EQ\n7,ALONGNAMEOFFOURTEEN,GS\n";
+    const TemporaryFile master(rows, "master.csv");
+    const TemporaryFile day(kEquityDay, "day.csv");
+    std::ostringstream notes;
+    EXPECT_EQ(ImportMaster({.file = master.name, .closes = day.name}, notes),
+              R"({"call":"InitializeTokenInfo","records":[)"
+              R"({"token":2885,"exchange":1,"symbol":"SCRIP","series":"EQ","closePrice":21627},)"
+              R"({"token":7,"exchange":1,"symbol":"ALONGNAMEOFF","series":"GS"}]})"
+              "\n");
+    EXPECT_EQ(notes.str(), day.name + ": 1 of 2 securities have no close\n");
+    for (const auto& [what, instead, complaint] :
+         {std::tuple{"trading_symbol", "underlying_symbol", "1: this is a master of contracts, not of cash securities"},
+          std::tuple{"2885", "28x5", "2: \"exchange_token\": 28x5 will not do"},
+          std::tuple{"7,ALONGNAMEOFFOURTEEN,GS", "7,SCRIP,EQ", "3: SCRIP EQ stands twice"}}) {
+        const TemporaryFile faulty(With(rows, what, instead), "faulty.csv");
+        EXPECT_EQ(Complaint([&] { ReadSecurityMaster(faulty.name); }), faulty.name + ":" + complaint);
     }
 }
 

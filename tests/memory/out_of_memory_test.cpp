@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "memory/failing_memory.h"
+#include "mtm/marked_house.h"
 #include "positions/exposure_row.h"
 #include "support/derivatives.h"
 
@@ -89,6 +90,42 @@ TEST(OutOfMemory, LeavesNoTraceOfAMarginedCheck) {
     for (const char* entity : {"C1", "D1", "G1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
 }
 
+/// Every entity is marked whole or not at all, and the next touchline of the same price marks those that are left.
+TEST(OutOfMemory, ATouchlineCutShortIsTakenUpByTheNext) {
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
+        CMarkedHouse s;
+        for (const char* entity : {"C1", "C2"}) {
+            for (const int mask : {3, 0x13}) s.AddLimit(entity, static_cast<std::int16_t>(mask));
+            s.AddPosition(PositionRow(entity, 3, 100));
+        }
+        s.Start(mode, 1);
+        tagBcastMBOOrMBPTouchline touchline{};
+        touchline.exchange = kMaskNseCash, touchline.token = 2885, touchline.lastTradedPrice = 25000;
+        long allocations = 0;
+        for (bool done = false; !done; ++allocations) {
+            ASSERT_LT(allocations, 100);
+            touchline.lastTradedPrice -= 10;
+            CPtrList rows;
+            allocationsLeft = allocations;
+            try {
+                s.Manager().AddAndComputeMTM(touchline, CSurveillanceManager::Marking::kWanted, &rows);
+                done = true;
+            } catch (const std::bad_alloc&) {
+            }
+            allocationsLeft = -1;
+            s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<LimitRow>(rows);
+            for (const char* entity : {"C1", "C2"}) {
+                const double mtm = 100.0 * (s.Held(entity, Period::kExpiry)->data.lastPrice - 25000);
+                for (const int mask : {3, 0x13})
+                    EXPECT_EQ(s.Row(entity, static_cast<std::int16_t>(mask)).usedMtmFull, mtm);
+            }
+            s.Touch(kMaskNseCash, 2885, touchline.lastTradedPrice);
+            EXPECT_EQ(s.Row("C2", 3).usedMtmFull, 100.0 * (touchline.lastTradedPrice - 25000));
+        }
+        EXPECT_GE(allocations, 4);
+    }
+}
+
 TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
     CScenario s({.positionMode = 2});
     s.Limit("-", 9);
@@ -111,6 +148,31 @@ TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
         ASSERT_EQ(s.Dump() == before, done == 0) << allocations;
     }
     EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 9)->data.tradedBuyQty, 100);
+}
+
+TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {
+    CScenario s;
+    s.Limit("C1", 3);
+    s.library.context.window.Set(nullptr, nullptr);
+    tagDPHolding rows[2]{};
+    CPtrList list;
+    for (tagDPHolding& row : rows) {
+        WriteField(row.categoryCode, "C1");
+        row.isinCode[0] = &row == rows ? 'A' : 'B';
+        row.holdingQty = 100;
+        list.AddTail(&row);
+    }
+    CPtrList shown;
+    for (long allocations = 0, done = 0; !done; ++allocations) {
+        ASSERT_LT(allocations, 100);
+        allocationsLeft = allocations;
+        done = s.library.manager->InitializeDPPositionInfo(nullptr, &list, nullptr) == kDone;
+        allocationsLeft = -1;
+        s.library.manager->GetDPPositionInfoFromDll(0, "", "ALL", &shown);
+        ASSERT_EQ(shown.GetCount(), done ? 2 : 0) << allocations;
+    }
+    EXPECT_EQ(static_cast<tagDPHolding*>(shown.GetHeadPosition()->element)->holdingQty, 100) << "counted once";
+    FreeRows<tagDPHolding>(shown);
 }
 
 }  // namespace

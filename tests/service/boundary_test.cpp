@@ -145,6 +145,8 @@ TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
     ASSERT_EQ(Start(), 0);
     EXPECT_EQ(ComputeMTMOnOrOff(7), 0);
     EXPECT_EQ(CheckAndUpdateSecurityInfo(security), 0);
+    EXPECT_EQ(AddAndComputeMTM(1, nullptr, nullptr, nullptr) | RecomputeMTM(nullptr, nullptr) | RecomputeMTMOnline(),
+              0);
     SetLastBcastMBOOrMBPTouchline(nullptr);
     EXPECT_EQ(Texts(), Strings{});
 }
@@ -201,6 +203,7 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
     ASSERT_EQ(Start(0, 0, &limits), 0);
     AddHouse();
     BKSurveillanceLimitDefTag unknown = Row("X");
+    tagRMSFundAllocationRequest fund{};
     const std::tuple<const char*, short, std::function<short()>> cases[]{
         {"rates", 0, [] { return InitializeMarginInfo(nullptr); }},
         {"rate", 0, [&] { return InitializeMarginInfo(&nulls); }},
@@ -225,6 +228,12 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
         {"preference", 0, [] { return AddUpdateClientPreferencesInfo(nullptr); }},
         {"preference query", 0, [] { return GetClientPreferencesInfo(0, nullptr, -9, nullptr); }},
         {"preference code", 0, [&] { return GetClientPreferencesInfo(1, nullptr, 4711, &list); }},
+        {"holdings, codes", -1, [&] { return GetDPPositionInfoFromDll(1, nullptr, nullptr, &list); }},
+        {"holdings, ISIN", 0, [&] { return GetDPPositionInfoFromDll(1, code, nullptr, &list); }},
+        {"holdings, list", 0, [] { return GetDPPositionInfoFromDll(0, nullptr, nullptr, nullptr); }},
+        {"upload", -1, [] { return UpdateDPPositionInfo(nullptr); }},
+        {"fund request", -1, [&] { return RMSFundAllocation(nullptr, &row); }},
+        {"fund row", -1, [&] { return RMSFundAllocation(&fund, nullptr); }},
         {"account record", -1, [&] { return GetClientCode1(0, {}, nullptr, code); }},
     };
     for (const auto& [name, result, call] : cases) EXPECT_EQ(call(), result) << name;
