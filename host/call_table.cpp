@@ -14,35 +14,34 @@ namespace {
 // ---------------------------------------------------------------------------------------------------------------
 // Life cycle and settings
 
-/// The rows of these lists have no record here so far.
-void RefuseRows(const Arguments& arguments, std::string_view name) {
-    if (const Json* list = arguments.Find(name); list && *list != Json::array()) {
-        throw ScriptError(fmt::format("the rows of \"{}\" are not available yet", name));
-    }
-}
-
 /// Whether the rows handed in are the library's afterwards depends on the settings before and after the call.
 void CallInitialize(Session& session, const Arguments& arguments, Json& answer) {
     const std::string form = arguments.Has("form") ? arguments.Text("form") : "long";
     if (form != "long" && form != "short") throw ScriptError("\"form\" must be \"long\" or \"short\"");
-    for (const std::string_view list : {"securityList", "dpList", "sarList"}) RefuseRows(arguments, list);
     LimitRows limits;
     PositionRows positions;
     arguments.AddRows("limitList", limits);
     arguments.AddRows("exposureList", positions);
-    CPtrList none[3];
+    RowList<tagSecurityIsinRow> securities;
+    HoldingRows holdings;
+    RowList<tagSarRow> sarHoldings;
+    arguments.AddRows("securityList", securities);
+    arguments.AddRows("dpList", holdings);
+    arguments.AddRows("sarList", sarHoldings);
     const std::int16_t marginMode = arguments.Short("rpfMarginMode");
     const bool refused = session.Started();  // nothing is stored then, and no row is taken
 
     short result = 0;
     if (form == "short") {
         // The short form keeps every setting; arguments that only the long form has do nothing.
-        result = ::InitializeSurvManager(limits.Get(), positions.Get(), marginMode, &none[0], &none[1], &none[2]);
+        result = ::InitializeSurvManager(limits.Get(), positions.Get(), marginMode, securities.Get(), holdings.Get(),
+                                         sarHoldings.Get());
     } else {
         const std::int16_t positionMode = arguments.Short("positionMode");
-        result = ::InitializeSurvManager(limits.Get(), positions.Get(), marginMode,
-                                         arguments.Short("limitDetailMessages"), arguments.Short("mtmMode"), 0,
-                                         positionMode, arguments.Long("featureBits"), 0, &none[0], &none[1], &none[2]);
+        result =
+            ::InitializeSurvManager(limits.Get(), positions.Get(), marginMode, arguments.Short("limitDetailMessages"),
+                                    arguments.Short("mtmMode"), 0, positionMode, arguments.Long("featureBits"), 0,
+                                    securities.Get(), holdings.Get(), sarHoldings.Get());
         if (!refused) session.SetPositionMode(positionMode);
     }
     if (!refused) {
@@ -115,6 +114,18 @@ void CallGetLiveLimit(Session&, const Arguments& arguments, Json& answer) {
     answer["result"] = ::GetSurvPositions(arguments.Buffer("entityCode").data(), arguments.Short("limitMask"),
                                           arguments.Long("token"), limit);
     answer["limit"] = limit ? DecodeRecord(*limit) : Json(nullptr);
+}
+
+/// The request comes back with the answer in its out fields; what was asked is left out of it.
+void CallFund(Session&, const Arguments& arguments, Json& answer) {
+    auto request = arguments.Record<tagRMSFundAllocationRequest>("request");
+    BKSurveillanceLimitDefTag limit{};
+    const short result = ::RMSFundAllocation(&request, &limit);
+    answer["result"] = result;
+    Json out = DecodeRecord(request);
+    for (const char* asked : {"entityName", "entityKey", "requestedFund"}) out.erase(asked);
+    Put(answer, "request", std::move(out));
+    if (result == 0) answer["limit"] = DecodeRecord(limit);
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -237,6 +248,21 @@ void CallDownload(Session& session, const Arguments& arguments, Json& answer) {
 }
 
 // ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+void CallGetHoldings(Session&, const Arguments& arguments, Json& answer) {
+    HoldingRows holdings;
+    answer["result"] = ::GetDPPositionInfoFromDll(arguments.Long("kind"), arguments.Buffer("categoryCode").data(),
+                                                  arguments.Buffer("isinCode").data(), holdings.Get());
+    Put(answer, "holdings", holdings.Decode());
+}
+
+void CallUpload(Session&, const Arguments& arguments, Json& answer) {
+    auto upload = arguments.Record<tagDPUpload>("upload");
+    answer["result"] = ::UpdateDPPositionInfo(&upload);
+}
+
+// ---------------------------------------------------------------------------------------------------------------
 // The table
 
 using Limit = BKSurveillanceLimitDefTag;
@@ -283,7 +309,7 @@ constexpr std::array kCalls{
     Call{"RemoveSurvLimits", "limit", &CallOnLimit<[](Limit& l, Error& e) { return ::RemoveSurvLimits(l, &e); }>},
     Call{"GetSurveillancePositions", "limit", &CallGetLimit},
     Call{"GetSurvPositions", "entityCode limitMask token", &CallGetLiveLimit},
-    Call{"RMSFundAllocation", "request", nullptr},
+    Call{"RMSFundAllocation", "request", &CallFund},
 
     Call{"ProcessRPFInfo", "messageCode segment toStaging underlying contract count messageLength", &CallProcessRpf},
     Call{"InitializeMarginInfo", "list", nullptr},
@@ -316,8 +342,8 @@ constexpr std::array kCalls{
     Call{"GetAllSurveillancePositions", "want", &CallDump<&::GetAllSurveillancePositions>},
     Call{"CaptureAllSurveillancePositions", "want", &CallDump<&::CaptureAllSurveillancePositions>},
     Call{"DownloadSurvInfo", "code", &CallDownload},
-    Call{"GetDPPositionInfoFromDll", "kind categoryCode isinCode", nullptr},
-    Call{"UpdateDPPositionInfo", "upload", nullptr},
+    Call{"GetDPPositionInfoFromDll", "kind categoryCode isinCode", &CallGetHoldings},
+    Call{"UpdateDPPositionInfo", "upload", &CallUpload},
 };
 
 const Call& FindCall(const std::string& name) {

@@ -25,6 +25,7 @@ struct Call {
 
 using LimitRows = RowList<BKSurveillanceLimitDefTag>;
 using PositionRows = RowList<BKExposureTag>;
+using HoldingRows = RowList<tagDPHolding>;
 using BreachRows = RowList<tagBreachRow>;
 using PreferenceRows = RowList<tagClientRiskPreferenceInfoForSurv>;
 

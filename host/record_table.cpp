@@ -268,6 +268,52 @@ constexpr auto kCompulsorySeries = [] {
     return std::array{FIELD(series), FIELD(exchange)};
 }();
 
+// ---------------------------------------------------------------------------------------------------------------
+// Depository and funds
+
+constexpr auto kDpHolding = [] {
+    using R = tagDPHolding;
+    return std::array{
+        FIELD(categoryCode),      FIELD(carriedText1),       FIELD(carriedText2),     FIELD(carriedLong1),
+        FIELD(carriedLong2),      FIELD(carriedText3),       FIELD(isinCode),         FIELD(holdingQty),
+        FIELD(nseBlockedQty),     FIELD(bseBlockedQty),      FIELD(nseSarQty),        FIELD(nseSarBlockedQty),
+        FIELD(bseSarQty),         FIELD(bseSarBlockedQty),   FIELD(nseOrderBuyQty),   FIELD(nseOrderSellQty),
+        FIELD(nseTradedBuyQty),   FIELD(nseTradedSellQty),   FIELD(nseOrderBuyValue), FIELD(nseOrderSellValue),
+        FIELD(nseTradedBuyValue), FIELD(nseTradedSellValue), FIELD(bseOrderBuyQty),   FIELD(bseOrderSellQty),
+        FIELD(bseTradedBuyQty),   FIELD(bseTradedSellQty),   FIELD(bseOrderBuyValue), FIELD(bseOrderSellValue),
+        FIELD(bseTradedBuyValue), FIELD(bseTradedSellValue), FIELD(carriedText4),     FIELD(collateralQty),
+        FIELD(collateralPrice),   FIELD(collateralValue),    FIELD(saleCredit),       FIELD(haircutRate)};
+}();
+
+constexpr auto kDpUpload = [] {
+    using R = tagDPUpload;
+    return std::array{FIELD(categoryCode), FIELD(carriedText1), FIELD(carriedText2),    FIELD(isinCode),
+                      FIELD(carriedText3), FIELD(quantity),     FIELD(collateralPrice), FIELD(haircutRate)};
+}();
+
+constexpr auto kSarRow = [] {
+    using R = tagSarRow;
+    return std::array{FIELD(categoryCode), FIELD(carriedText1), FIELD(carriedText2),
+                      FIELD(limitMask),    FIELD(quantity),     FIELD(isinCode)};
+}();
+
+constexpr auto kSecurityIsin = [] {
+    using R = tagSecurityIsinRow;
+    return std::array{FIELD(token), FIELD(isinCode), FIELD(symbol), FIELD(series), FIELD(exchange)};
+}();
+
+constexpr auto kFundRequest = [] {
+    using R = tagRMSFundAllocationRequest;
+    return std::array{FIELD(timeStamp).NeverWritten(),
+                      FIELD(messageCode),
+                      FIELD(headCode),
+                      FIELD(entityName),
+                      FIELD(entityKey),
+                      FIELD(requestedFund),
+                      FIELD(usedMargin),
+                      FIELD(errorText)};
+}();
+
 #undef FIELD
 
 }  // namespace
@@ -303,6 +349,11 @@ RECORD(tagCompulsoryDeliverySeries, kCompulsorySeries)
 RECORD(tagBcastMBOOrMBPTouchline, kTouchline)
 RECORD(BKSurveillanceLimitDefTag, kLimitRow)
 RECORD(BKExposureTag, kPositionRow)
+RECORD(tagDPHolding, kDpHolding)
+RECORD(tagDPUpload, kDpUpload)
+RECORD(tagSarRow, kSarRow)
+RECORD(tagSecurityIsinRow, kSecurityIsin)
+RECORD(tagRMSFundAllocationRequest, kFundRequest)
 RECORD(tagClientRiskPreferenceInfoForSurv, kPreference)
 
 #undef RECORD
@@ -325,6 +376,11 @@ std::span<const RecordTable* const> AllTables() {
                                  &TableOf<tagBcastMBOOrMBPTouchline>(),
                                  &TableOf<BKSurveillanceLimitDefTag>(),
                                  &TableOf<BKExposureTag>(),
+                                 &TableOf<tagDPHolding>(),
+                                 &TableOf<tagDPUpload>(),
+                                 &TableOf<tagSarRow>(),
+                                 &TableOf<tagSecurityIsinRow>(),
+                                 &TableOf<tagRMSFundAllocationRequest>(),
                                  &TableOf<tagClientRiskPreferenceInfoForSurv>()};
     return kAll;
 }

@@ -140,6 +140,16 @@ const RecordTable& TableOf<BKSurveillanceLimitDefTag>();
 template <>
 const RecordTable& TableOf<BKExposureTag>();
 template <>
+const RecordTable& TableOf<tagDPHolding>();
+template <>
+const RecordTable& TableOf<tagDPUpload>();
+template <>
+const RecordTable& TableOf<tagSarRow>();
+template <>
+const RecordTable& TableOf<tagSecurityIsinRow>();
+template <>
+const RecordTable& TableOf<tagRMSFundAllocationRequest>();
+template <>
 const RecordTable& TableOf<tagClientRiskPreferenceInfoForSurv>();
 
 std::span<const RecordTable* const> AllTables();

@@ -31,6 +31,7 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 //                         limit rows    BKSurveillanceLimitDefTag, unless live
 //                         position rows BKExposureTag
 //   GetNetPositionInfoFromDll           BKExposureTag
+//   GetDPPositionInfoFromDll            tagDPHolding
 //   GetClientPreferencesInfo            the library's live records: never freed by the host
 //
 // Live: in positionMode 2 and 3 limit rows in a list are the library's own. Read them before the next call and free
@@ -42,6 +43,10 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // belong to the library from the moment they are loaded until CleanupSurvManager, after which the list's pointers are
 // dead: ForgetRows it before a clean-up, and never FreeRows. A start that failed there may be tried again with the same
 // lists. No list may hold a row twice.
+//
+// The lists of securities, holdings and sale-against-receipt shares are read only, in every mode: the host frees their
+// rows after the call. They are read once all limit rows are loaded, so a start that failed at a position row is tried
+// again without them: holdings of the same ISIN add up.
 
 /// Empties a list and frees its rows.
 template <class Row>

@@ -754,6 +754,178 @@ static_assert(offsetof(tagCompulsoryDeliverySeries, series) == 0);
 static_assert(offsetof(tagCompulsoryDeliverySeries, exchange) == 3);
 
 // ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+/// Shares of one ISIN that one entity holds at the depository. Of a row of a start the head down to holdingQty,
+/// carriedText4, collateralPrice and haircutRate are read. Carried: passed through as it came.
+struct [[gnu::packed]] tagDPHolding {  // 303 bytes
+    char categoryCode[6];                   //   0
+    char carriedText1[16];                  //   6
+    char carriedText2[16];                  //  22
+    std::int32_t carriedLong1;              //  38
+    std::int32_t carriedLong2;              //  42
+    char carriedText3[36];                  //  46
+    char isinCode[14];                      //  82
+    std::int32_t holdingQty;                //  96  shares held
+    std::int32_t nseBlockedQty;             // 100  used up by today's sales
+    std::int32_t bseBlockedQty;             // 104
+    std::int32_t nseSarQty;                 // 108  on the sale-against-receipt account
+    std::int32_t nseSarBlockedQty;          // 112  the part of it that is used up
+    std::int32_t bseSarQty;                 // 116
+    std::int32_t bseSarBlockedQty;          // 120
+    std::int32_t nseOrderBuyQty;            // 124
+    std::int32_t nseOrderSellQty;           // 128
+    std::int32_t nseTradedBuyQty;           // 132
+    std::int32_t nseTradedSellQty;          // 136
+    double nseOrderBuyValue;                // 140
+    double nseOrderSellValue;               // 148
+    double nseTradedBuyValue;               // 156
+    double nseTradedSellValue;              // 164
+    std::int32_t bseOrderBuyQty;            // 172
+    std::int32_t bseOrderSellQty;           // 176
+    std::int32_t bseTradedBuyQty;           // 180
+    std::int32_t bseTradedSellQty;          // 184
+    double bseOrderBuyValue;                // 188
+    double bseOrderSellValue;               // 196
+    double bseTradedBuyValue;               // 204
+    double bseTradedSellValue;              // 212
+    char carriedText4[51];                  // 220
+    std::int32_t collateralQty;             // 271  that counts as collateral
+    double collateralPrice;                 // 275
+    double collateralValue;                 // 283  after the haircut
+    double saleCredit;                      // 291
+    std::int32_t haircutRate;               // 299  ten-thousandths
+};
+static_assert(sizeof(tagDPHolding) == 303 && std::is_trivially_copyable_v<tagDPHolding> &&
+              std::is_standard_layout_v<tagDPHolding>);
+static_assert(offsetof(tagDPHolding, categoryCode) == 0);
+static_assert(offsetof(tagDPHolding, carriedText1) == 6);
+static_assert(offsetof(tagDPHolding, carriedText2) == 22);
+static_assert(offsetof(tagDPHolding, carriedLong1) == 38);
+static_assert(offsetof(tagDPHolding, carriedLong2) == 42);
+static_assert(offsetof(tagDPHolding, carriedText3) == 46);
+static_assert(offsetof(tagDPHolding, isinCode) == 82);
+static_assert(offsetof(tagDPHolding, holdingQty) == 96);
+static_assert(offsetof(tagDPHolding, nseBlockedQty) == 100);
+static_assert(offsetof(tagDPHolding, bseBlockedQty) == 104);
+static_assert(offsetof(tagDPHolding, nseSarQty) == 108);
+static_assert(offsetof(tagDPHolding, nseSarBlockedQty) == 112);
+static_assert(offsetof(tagDPHolding, bseSarQty) == 116);
+static_assert(offsetof(tagDPHolding, bseSarBlockedQty) == 120);
+static_assert(offsetof(tagDPHolding, nseOrderBuyQty) == 124);
+static_assert(offsetof(tagDPHolding, nseOrderSellQty) == 128);
+static_assert(offsetof(tagDPHolding, nseTradedBuyQty) == 132);
+static_assert(offsetof(tagDPHolding, nseTradedSellQty) == 136);
+static_assert(offsetof(tagDPHolding, nseOrderBuyValue) == 140);
+static_assert(offsetof(tagDPHolding, nseOrderSellValue) == 148);
+static_assert(offsetof(tagDPHolding, nseTradedBuyValue) == 156);
+static_assert(offsetof(tagDPHolding, nseTradedSellValue) == 164);
+static_assert(offsetof(tagDPHolding, bseOrderBuyQty) == 172);
+static_assert(offsetof(tagDPHolding, bseOrderSellQty) == 176);
+static_assert(offsetof(tagDPHolding, bseTradedBuyQty) == 180);
+static_assert(offsetof(tagDPHolding, bseTradedSellQty) == 184);
+static_assert(offsetof(tagDPHolding, bseOrderBuyValue) == 188);
+static_assert(offsetof(tagDPHolding, bseOrderSellValue) == 196);
+static_assert(offsetof(tagDPHolding, bseTradedBuyValue) == 204);
+static_assert(offsetof(tagDPHolding, bseTradedSellValue) == 212);
+static_assert(offsetof(tagDPHolding, carriedText4) == 220);
+static_assert(offsetof(tagDPHolding, collateralQty) == 271);
+static_assert(offsetof(tagDPHolding, collateralPrice) == 275);
+static_assert(offsetof(tagDPHolding, collateralValue) == 283);
+static_assert(offsetof(tagDPHolding, saleCredit) == 291);
+static_assert(offsetof(tagDPHolding, haircutRate) == 299);
+
+/// Shares that came to an entity during the day.
+struct [[gnu::packed]] tagDPUpload {  // 105 bytes
+    char host0[24];
+    char categoryCode[6];                   //  24
+    char carriedText1[16];                  //  30
+    char carriedText2[16];                  //  46
+    char isinCode[14];                      //  62
+    char carriedText3[9];                   //  76
+    std::int32_t quantity;                  //  85  joins the shares held; below 0 takes off
+    char host89[4];
+    double collateralPrice;                 //  93
+    std::int32_t haircutRate;               // 101  ten-thousandths
+};
+static_assert(sizeof(tagDPUpload) == 105 && std::is_trivially_copyable_v<tagDPUpload> &&
+              std::is_standard_layout_v<tagDPUpload>);
+static_assert(offsetof(tagDPUpload, categoryCode) == 24);
+static_assert(offsetof(tagDPUpload, carriedText1) == 30);
+static_assert(offsetof(tagDPUpload, carriedText2) == 46);
+static_assert(offsetof(tagDPUpload, isinCode) == 62);
+static_assert(offsetof(tagDPUpload, carriedText3) == 76);
+static_assert(offsetof(tagDPUpload, quantity) == 85);
+static_assert(offsetof(tagDPUpload, collateralPrice) == 93);
+static_assert(offsetof(tagDPUpload, haircutRate) == 101);
+
+/// Shares of one ISIN on an entity's sale-against-receipt account. The host's record may be longer.
+struct [[gnu::packed]] tagSarRow {  // 206 bytes
+    char host0[24];
+    char categoryCode[6];                   //  24
+    char host30[32];
+    char carriedText1[16];                  //  62
+    char carriedText2[16];                  //  78
+    char host94[40];
+    std::int16_t limitMask;                 // 134  3 NSE, 0x11 BSE; another brings no shares
+    char host136[40];
+    std::int32_t quantity;                  // 176
+    char host180[12];
+    char isinCode[14];                      // 192
+};
+static_assert(sizeof(tagSarRow) == 206 && std::is_trivially_copyable_v<tagSarRow> &&
+              std::is_standard_layout_v<tagSarRow>);
+static_assert(offsetof(tagSarRow, categoryCode) == 24);
+static_assert(offsetof(tagSarRow, carriedText1) == 62);
+static_assert(offsetof(tagSarRow, carriedText2) == 78);
+static_assert(offsetof(tagSarRow, limitMask) == 134);
+static_assert(offsetof(tagSarRow, quantity) == 176);
+static_assert(offsetof(tagSarRow, isinCode) == 192);
+
+/// The ISIN of an equity.
+struct [[gnu::packed]] tagSecurityIsinRow {  // 36 bytes
+    std::int32_t token;                     //   0
+    char isinCode[14];                      //   4
+    char symbol[13];                        //  18
+    char series[3];                         //  31
+    std::int16_t exchange;                  //  34  exchange mask; 1 and 8 are kept
+};
+static_assert(sizeof(tagSecurityIsinRow) == 36 && std::is_trivially_copyable_v<tagSecurityIsinRow> &&
+              std::is_standard_layout_v<tagSecurityIsinRow>);
+static_assert(offsetof(tagSecurityIsinRow, token) == 0);
+static_assert(offsetof(tagSecurityIsinRow, isinCode) == 4);
+static_assert(offsetof(tagSecurityIsinRow, symbol) == 18);
+static_assert(offsetof(tagSecurityIsinRow, series) == 31);
+static_assert(offsetof(tagSecurityIsinRow, exchange) == 34);
+
+// ---------------------------------------------------------------------------------------------------------------
+// Funds
+
+/// Money that joins or leaves the fund of an entity, and the answer.
+struct [[gnu::packed]] tagRMSFundAllocationRequest {  // 388 bytes
+    std::int32_t timeStamp;                 //   0  out: calendar seconds of the answer
+    char host4[3];
+    std::int16_t messageCode;               //   7  out: 13002
+    std::int16_t headCode;                  //   9  out: 0 done; -100 no such entity, or none with limits over all exchanges; -1 refused
+    char host11[13];
+    char entityName[32];                    //  24  shown in a refusal
+    char entityKey[60];                     //  56  code of the entity
+    double requestedFund;                   // 116  above 0 a deposit, else a withdrawal
+    double usedMargin;                      // 124  out: rupees
+    char errorText[256];                    // 132  out: why it was refused
+};
+static_assert(sizeof(tagRMSFundAllocationRequest) == 388 && std::is_trivially_copyable_v<tagRMSFundAllocationRequest> &&
+              std::is_standard_layout_v<tagRMSFundAllocationRequest>);
+static_assert(offsetof(tagRMSFundAllocationRequest, timeStamp) == 0);
+static_assert(offsetof(tagRMSFundAllocationRequest, messageCode) == 7);
+static_assert(offsetof(tagRMSFundAllocationRequest, headCode) == 9);
+static_assert(offsetof(tagRMSFundAllocationRequest, entityName) == 24);
+static_assert(offsetof(tagRMSFundAllocationRequest, entityKey) == 56);
+static_assert(offsetof(tagRMSFundAllocationRequest, requestedFund) == 116);
+static_assert(offsetof(tagRMSFundAllocationRequest, usedMargin) == 124);
+static_assert(offsetof(tagRMSFundAllocationRequest, errorText) == 132);
+
+// ---------------------------------------------------------------------------------------------------------------
 // Preferences
 
 /// How one entity is margined at one exchange. The bytes from exchange on travel into the order record.

@@ -6,7 +6,7 @@
 // function returns 0 (done) or -1 (not done); the refusal of an order is no failure of the call. Failures of an
 // entry are told as a text to the host window (host.h).
 //
-// Ownership. Lists stay the host's. Rows handed to InitializeSurvManager become the library's. Rows that the
+// Ownership. Lists stay the host's. Limit and position rows handed to a start become the library's. Rows that the
 // library puts into a list are the host's to free, except limit rows in positionMode 2 and 3, which are the
 // library's live rows; host.h has helpers for both.
 
@@ -20,15 +20,14 @@
 struct tagBcastMBOOrMBPTouchline;
 struct tagBcastUpdateSecurityInfo;
 struct tagCheckSurveillanceInfo;
-struct tagDPUpload;
-struct tagRMSFundAllocationRequest;
 struct tagUpdateSurveillanceInfo;
 
 // ---------------------------------------------------------------------------------------------------------------
 // Life cycle and settings
 
 /// Starts the library: stores the settings and loads the rows. The sixth and the ninth argument have no effect.
-/// featureBits: 0x10 puts the family level in force (it can only turn it on).
+/// featureBits: 0x10 puts the family level in force (it can only turn it on). securityList holds tagSecurityIsinRow,
+/// dpList tagDPHolding, sarList tagSarRow: they are read, and stay the host's.
 SURVEILLANCE_API short InitializeSurvManager(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode,
                                              short limitDetailMessages, short mtmMode, short unused6,
                                              short positionMode, std::int32_t featureBits, short unused9,
@@ -100,6 +99,8 @@ SURVEILLANCE_API short GetSurveillancePositions(BKSurveillanceLimitDefTag* limit
 /// be held beyond the next call.
 SURVEILLANCE_API short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
                                         BKSurveillanceLimitDefTag*& limit) noexcept;
+/// Adds to the fund of an entity, or withdraws what the margin in use leaves free; the limits that are set in its row
+/// over all exchanges and securities follow. limit takes that row on success; null: the row goes nowhere.
 SURVEILLANCE_API short RMSFundAllocation(tagRMSFundAllocationRequest* request,
                                          BKSurveillanceLimitDefTag* limit) noexcept;
 
@@ -170,6 +171,14 @@ SURVEILLANCE_API short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList
 SURVEILLANCE_API short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
 /// The limit rows of one entity, as stored. A code that names none adds nothing.
 SURVEILLANCE_API short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+/// The list gets a tagDPHolding for each holding of every entity (kind 0) or of the one of the code (kind 1, -1 when
+/// there is none); any other kind does nothing. isinCode "ALL": every holding, else the one of that ISIN.
 SURVEILLANCE_API short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode,
                                                 CPtrList* result) noexcept;
+/// The quantity joins the entity's holding of the ISIN, price and haircut are taken over, and the fund figures of its
+/// settlement and expiry rows across all securities follow. 0 also when there is no such entity.
 SURVEILLANCE_API short UpdateDPPositionInfo(tagDPUpload* upload) noexcept;

@@ -3,9 +3,11 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "categories/aggregate.h"
 #include "categories/client_book.h"
+#include "categories/holdings.h"
 #include "categories/limit_store.h"
 #include "margin/margin_part.h"
 #include "platform/hash_map.h"
@@ -37,6 +39,10 @@ inline constexpr std::int16_t kLevelDealerOffCash = 0x83;
 
 /// Both periods, in the order in which an order is tried and its rows are asked.
 inline constexpr std::array kPeriods{Period::kDaily, Period::kExpiry};
+/// Those in which an order is tried.
+[[nodiscard]] inline std::span<const Period> PeriodsOf(const tagOrderInfoForSurv& order) {
+    return std::span{kPeriods}.subspan(order.HasDailySide() ? 0 : 1);
+}
 /// Where a period stands in arrays by period.
 [[nodiscard]] constexpr std::size_t PeriodIndex(Period period) { return period == Period::kDaily ? 0 : 1; }
 
@@ -76,6 +82,8 @@ class CSurveillanceCategory {
     RuleAnswer LoadSurvLimit(std::unique_ptr<CSurvLimitEntry> entry);
     RuleAnswer UpdateSurvLimit(const BKSurveillanceLimitDefTag& row);
     RuleAnswer RemoveSurvLimit(const BKSurveillanceLimitDefTag& row);
+    /// The row over all exchanges and securities carries the fund (limits/funds.cpp).
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
     /// Null when there is no such mask or token.
     [[nodiscard]] CSurvLimitEntry* FindRow(std::int16_t limitMask, std::int32_t token) const;
     void AppendLimitRows(CPtrList& list) const;
@@ -97,6 +105,25 @@ class CSurveillanceCategory {
     std::int16_t AddPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
     /// The same for a row of the MTF product.
     std::int16_t AddMtfPositionRow(BKExposureTag& row, tagOrderInfoForSurv& order);
+
+    // Depository (holdings.cpp) -------------------------------------------------------------------------------
+    Holdings holdingsByIsin{17};
+    double collateralTotal = 0;  ///< paise; sum of the holdings' collateral value
+    double saleCreditTotal = 0;  ///< paise; sum of the holdings' sale credit
+
+    /// Makes room for the holding of an ISIN, so that a row which fills it needs no memory.
+    void ReserveHolding(std::string_view isinCode);
+    /// Shares of the start join a holding: its blocked quantities start at 0 again, price and haircut are the row's.
+    void AddDPInfo(const tagDPHolding& row);
+    /// Shares on the sale-against-receipt account; collateral stays as it is.
+    void AddSARInfo(const tagSarRow& row);
+    /// Shares of the day join a holding; nothing is unblocked.
+    void UpdateDPInfo(const tagDPUpload& upload);
+    /// Appends the holding of an ISIN ("ALL": every one) as a new row that the list's owner frees.
+    void GetDPInfo(std::string_view isinCode, CPtrList& list) const;
+    /// "ALL" forms every holding's worth and the totals anew. In any case the rows across all securities of the
+    /// settlement and expiry masks take the totals; no limit is derived from them here.
+    void RecomputeCollateral(std::string_view isinCode);
 
     // Positions by client (client_records.cpp) ----------------------------------------------------------------
     /// Null until the first row or order is recorded.

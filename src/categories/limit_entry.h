@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,6 +13,8 @@
 namespace surv {
 
 struct ScripTrial;
+struct RuleInput;
+enum class RuleSet : std::uint8_t;
 
 // Bits of limitOptions.
 inline constexpr std::uint8_t kRetainMultiplier = 1 << 0;  ///< limits stay as defined; 0: multipliers rebuild them
@@ -34,15 +37,26 @@ struct RuleAnswer {
     [[nodiscard]] bool Passed() const { return code == 0; }
 };
 
-/// What a judgement needs beside the order and its figures.
-struct RuleContext {
-    const Settings& settings;
-    CUndoLog& undo;
+/// What a row judges or takes in: one order with its figures.
+struct Judgement {
+    const tagOrderInfoForSurv& order;
+    const ScripTrial& trial;
+    struct Context {
+        const Settings& settings;
+        CUndoLog& undo;
+    };
+    const Context& context;
+    tagBreachRow* breach = nullptr;  ///< not null: an enquiry; the row stays as it is, and this tells what breaks
 };
 
 /// Derives the seven limits that have a multiplier from a fund in paise. A limit that comes out as exactly -1.0 is
 /// stored just below it: no limit is never the result of arithmetic.
 void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise);
+
+/// A limit that was derived, as it is stored: one of exactly -1.0 just below it.
+[[nodiscard]] inline double StoredLimit(double derived) {
+    return derived == kNoLimit ? std::nextafter(kNoLimit, -2.0) : derived;
+}
 
 /// One limit row: the definition and its running account in one record.
 ///
@@ -59,18 +73,38 @@ class CSurvLimitEntry {
     [[nodiscard]] BKSurveillanceLimitDefTag& Row() { return *row_; }
     [[nodiscard]] const BKSurveillanceLimitDefTag& Row() const { return *row_; }
 
-    // Judging (limits/) ---------------------------------------------------------------------------------------
-    /// Every order that no product set takes: all rules in order, the first that breaks answers.
-    [[nodiscard]] RuleAnswer CheckGeneralOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                                               const RuleContext& context);
-    /// The same for an enquiry: every rule is tried, `breach` tells all that break, the row stays as it is.
-    [[nodiscard]] RuleAnswer CheckReportOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                                              const RuleContext& context, tagBreachRow& breach) const;
+    // Judging (limits/): each set takes its own rules, in order; the first that breaks answers ------------------
+    /// By the trial's set.
+    [[nodiscard]] RuleAnswer CheckOrder(const Judgement& judgement);
+    [[nodiscard]] RuleAnswer CheckGeneralOrder(const Judgement& judgement);
+    /// For an enquiry: every rule is tried, the last that breaks answers.
+    [[nodiscard]] RuleAnswer CheckReportOrder(const Judgement& judgement);
+    [[nodiscard]] RuleAnswer CheckDeliveryOrder(const Judgement& judgement);
+    [[nodiscard]] RuleAnswer CheckMarginPlusOrder(const Judgement& judgement);
+    [[nodiscard]] RuleAnswer CheckMtfOrder(const Judgement& judgement);
 
     // Taking in without judging (limits/) -----------------------------------------------------------------------
-    void UpdateGeneralOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial, const RuleContext& context);
+    void UpdateOrder(const Judgement& judgement);
+    void UpdateGeneralOrder(const Judgement& judgement);
+    void UpdateDeliveryOrder(const Judgement& judgement);
+    void UpdateMarginPlusOrder(const Judgement& judgement);
+    void UpdateMtfOrder(const Judgement& judgement);
+
+    // The fund (limits/funds.cpp) -----------------------------------------------------------------------------
+    /// The fund and the limits that are set follow the request; a withdrawal is tested before. `limit`, if given, takes
+    /// the row on success.
+    std::int16_t AllocateFund(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+    /// Whether the margin in use leaves free what is withdrawn. The margin limit follows the whole fund of the moment
+    /// before anything is compared, and keeps that if too little is free.
+    std::int16_t CheckFundWithdrawal(tagRMSFundAllocationRequest& request);
 
  private:
+    /// prepare moves the figures of the row it is given, and gives its traded margin with the order in it, rupees.
+    template <class Prepare>
+    RuleAnswer Judge(const Judgement& judgement, RuleSet set, Prepare prepare);
+    static RuleAnswer Report(const RuleInput& input, const Judgement& judgement);
+    void TakeDeliveryFunds(const Judgement& judgement);
+
     std::unique_ptr<BKSurveillanceLimitDefTag> own_;
     BKSurveillanceLimitDefTag* row_;
 };

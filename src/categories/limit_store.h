@@ -27,6 +27,9 @@ class CSurvLimitStore {
     RuleAnswer RemoveRow(std::int32_t token);
     [[nodiscard]] CSurvLimitEntry* Find(std::int32_t token) const { return entries.Find(token); }
 
+    /// The row across all securities carries the fund (limits/funds.cpp).
+    std::int16_t AllocateFund(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+
     /// Appends every row: the live one, or a new copy that the list's owner frees.
     void AppendRows(CPtrList& list, bool live) const;
 };
@@ -35,6 +38,8 @@ class CSurvLimitStore {
 class CSurveillanceInfo {
  public:
     CSurvLimitStore store;
+
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
 };
 
 /// Puts a row into a list of the host: the live one, or a new copy that the list's owner frees.

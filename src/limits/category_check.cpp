@@ -2,7 +2,9 @@
 
 #include <array>
 
+#include "limits/conversion_trial.h"
 #include "limits/early_stop.h"
+#include "limits/holding_trial.h"
 #include "limits/period_trial.h"
 #include "limits/row_masks.h"
 #include "limits/row_tokens.h"
@@ -11,19 +13,16 @@
 namespace surv {
 namespace {
 
+bool AnswersForAllSecurities(const tagOrderInfoForSurv& order) { return !order.IsDelivery() && !order.IsConversion(); }
+
 /// What a check of one category carries from row to row.
 struct CheckRun {
     LevelTrial& level;
     TrialBuffers& buffers;
     CheckMode mode;
     CPtrList* limitRows;
-    RuleContext context;
+    Judgement::Context context;
 };
-
-bool AnswersForAllSecurities(const tagOrderInfoForSurv& order) {
-    return order.productType != product::kDelivery && order.productType != product::kConvertToDelivery &&
-           order.productType != product::kConvertToMargin;
-}
 
 /// The three rows of one store in turn: all securities, the scrip's group, the scrip. A Net Quantity refusal of a
 /// wider row is put off until the scrip's row has been asked, and a scrip row that passes lifts it.
@@ -64,14 +63,14 @@ class CStoreCheck {
     }
 
     RuleAnswer Judge(CSurvLimitEntry& entry) {
-        RuleAnswer answer = entry.CheckGeneralOrder(order_, trial_, run_.context);
+        RuleAnswer answer = entry.CheckOrder({order_, trial_, run_.context});
         if (answer.Passed()) run_.buffers.touched.push_back(&entry);
         return answer;
     }
 
-    RuleAnswer Report(const CSurvLimitEntry& entry) {
-        tagBreachRow breach;
-        RuleAnswer answer = entry.CheckReportOrder(order_, trial_, run_.context, breach);
+    RuleAnswer Report(CSurvLimitEntry& entry) {
+        tagBreachRow breach{};
+        RuleAnswer answer = entry.CheckOrder({order_, trial_, run_.context, &breach});
         if (!answer.Passed()) run_.buffers.breaches.push_back(breach);
         return answer;
     }
@@ -131,29 +130,63 @@ void ReportBreaches(const TrialBuffers& buffers, std::size_t from, CPtrList* lis
     }
 }
 
+/// Asks the store of one mask. False: the check ends here.
+bool AskMask(CheckRun& run, std::int16_t mask, CSurveillanceInfo& info, const ScripTrial& trial,
+             CategoryAnswer& answer) {
+    run.level.order.periodicity = mask;
+    const std::size_t breachesBefore = run.buffers.breaches.size();
+    CStoreCheck store(run, info.store, trial);
+    answer.asked = true;
+    answer.passed = store.Run();
+    if (!answer.passed) answer.refusal = store.Refusal();
+    if (run.mode == CheckMode::kProbe) {
+        ReportBreaches(run.buffers, breachesBefore, run.limitRows);
+        return true;
+    }
+    if (!answer.passed) answer.refusal.text.append(LimitMaskLabel(mask));
+    return answer.passed;
+}
+
+/// A delivery reaches the settlement and expiry rows of every other scope, too.
+void CheckOutsideScope(CheckRun& run, const ScripTrial& trial, CategoryAnswer& answer) {
+    tagOrderInfoForSurv& order = run.level.order;
+    order.secondPass = true;
+    for (const std::int16_t mask : MasksOutsideScope(order.marketSegment).expiry) {
+        CSurveillanceInfo* const info = run.level.category->limitStores.Find(mask);
+        if (info && !AskMask(run, mask, *info, trial, answer)) break;
+    }
+    order.secondPass = false;
+}
+
 /// Asks the stores of one period in the order of the masks. The first refusal ends it; in a probe all are asked, and
 /// the last answer decides.
 void CheckPeriodicities(CheckRun& run, Period period, const ScripTrial& trial, CategoryAnswer& answer) {
-    tagOrderInfoForSurv& order = run.level.order;
+    const tagOrderInfoForSurv& order = run.level.order;
     CEarlyStop stop(*run.level.category, period);
     for (const std::int16_t mask : MasksOfScope(order.marketSegment).Of(period)) {
-        order.periodicity = mask;
         if (CSurveillanceInfo* info = run.level.category->limitStores.Find(mask)) {
             stop.Matched();
-            const std::size_t breachesBefore = run.buffers.breaches.size();
-            CStoreCheck store(run, info->store, trial);
-            answer.asked = true;
-            answer.passed = store.Run();
-            if (!answer.passed) answer.refusal = store.Refusal();
-            if (run.mode == CheckMode::kProbe) {
-                ReportBreaches(run.buffers, breachesBefore, run.limitRows);
-            } else if (!answer.passed) {
-                answer.refusal.text.append(LimitMaskLabel(mask));
-                return;
-            }
+            if (!AskMask(run, mask, *info, trial, answer)) return;
         }
-        if (stop.AllMet()) return;
+        if (stop.AllMet()) break;
     }
+    if (order.IsDelivery()) CheckOutsideScope(run, trial, answer);
+}
+
+CategoryAnswer RefuseCategory(const char* text) {
+    CategoryAnswer answer;
+    answer.passed = false;
+    answer.asked = true;
+    answer.refusal = {code::kRefused, text};
+    return answer;
+}
+
+/// Margin funding sells what it holds, and no more. Null: nothing against the order.
+const char* MtfSellRefusal(const LevelTrial& level, const ScripTrial& expiry) {
+    if (level.order.productType != product::kMtf || level.order.buySell != kSell) return nullptr;
+    if (!level.flatPositions[PeriodIndex(Period::kExpiry)]) return "Fresh SELL order not allowed for MTF";
+    const tagSurvPositionData& after = expiry.after.data;
+    return after.orderSellQty > after.tradedBuyQty ? "Only Square Off Orders allowed for MTF" : nullptr;
 }
 
 }  // namespace
@@ -169,22 +202,33 @@ CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode
     const GrossMode grossMode = apart ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
     category.NoteOrderMarket(order, OrderRoad::kCheck);
+    ConversionTrial conversion;
+    const bool converts = order.IsConversion() && order.deliveryLevel;
+    if (converts && !TryConversion(category, order, conversion)) return RefuseCategory(kNoFreeQuantity);
     order.ownerInfo = category.OwnerOf(order);
     const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
     CUndoGuard guard(undo);  // runs out before the trials' new accounts do: the log never points at a dead one
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) {
-        TryPeriod(level, kPeriods[i], accountKey, FlatPosition::kMoves, grossMode, trials[i]);
+    for (const Period period : PeriodsOf(order)) {
+        PeriodTrial& trial = trials[PeriodIndex(period)];
+        trial.scrip.set = RuleSetOf(order, mode);
+        if (converts) trial.scrip.conversionMargin = ConversionMargin(order, conversion);
+        TryPeriod(level, period, accountKey, FlatPosition::kMoves, grossMode, trial);
     }
+    const ScripTrial& expiry = trials[PeriodIndex(Period::kExpiry)].scrip;
+    TryHolding(category, order, expiry.before, expiry.after);
+    if (const char* text = MtfSellRefusal(level, expiry)) return RefuseCategory(text);
+
     CategoryAnswer answer;
-    for (std::size_t i = 0; i < kPeriods.size() && answer.passed; ++i) {
-        CheckPeriodicities(run, kPeriods[i], trials[i].scrip, answer);
+    for (const Period period : PeriodsOf(order)) {
+        CheckPeriodicities(run, period, trials[PeriodIndex(period)].scrip, answer);
+        if (!answer.passed) break;
     }
     if (!answer.passed) {
         buffers.touched.resize(touchedBefore);
         return answer;
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(level, accountKey, kPeriods[i], trials[i]);
+    for (const Period period : PeriodsOf(order)) KeepAccount(level, accountKey, period, trials[PeriodIndex(period)]);
     guard.Keep();
     return answer;
 }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "limits/level_trial.h"
+#include "limits/rule_set.h"
 #include "surveillance/containers.h"
 
 namespace surv {
 
-/// kProbe: an enquiry; every rule of every row is tried, and nothing is kept.
-enum class CheckMode : std::uint8_t { kReal, kProbe };
+/// How a conversion is refused that nothing held covers.
+inline constexpr const char* kNoFreeQuantity = "Free Qty not available for Position Conversion";
 
 /// What a category says about an order.
 struct CategoryAnswer {

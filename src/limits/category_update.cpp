@@ -1,9 +1,11 @@
 // A category takes an order in that it isn't asked to judge.
 
+#include <algorithm>
 #include <array>
 
 #include "limits/category_check.h"
 #include "limits/early_stop.h"
+#include "limits/holding_trial.h"
 #include "limits/period_trial.h"
 #include "limits/row_masks.h"
 #include "limits/row_tokens.h"
@@ -12,33 +14,73 @@
 namespace surv {
 namespace {
 
-void UpdateRow(CSurvLimitStore& store, std::int32_t token, const tagOrderInfoForSurv& order, const ScripTrial& trial,
-               const RuleContext& context, TrialBuffers& buffers) {
+void UpdateRow(CSurvLimitStore& store, std::int32_t token, const Judgement& judgement, TrialBuffers& buffers) {
     CSurvLimitEntry* entry = store.Find(token);
     if (!entry) return;
-    entry->UpdateGeneralOrder(order, trial, context);
+    entry->UpdateOrder(judgement);
     buffers.touched.push_back(entry);
 }
 
 /// The rows of one store: all securities, the scrip's group, the scrip, each token once.
-void UpdateLimits(CSurvLimitStore& store, const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                  const RuleContext& context, TrialBuffers& buffers) {
-    UpdateRow(store, kAllSecurities, order, trial, context, buffers);
-    if (HasGroupRow(order)) UpdateRow(store, order.scripGroupNumber, order, trial, context, buffers);
-    if (HasScripRow(order)) UpdateRow(store, order.token, order, trial, context, buffers);
+void UpdateLimits(CSurvLimitStore& store, const Judgement& judgement, TrialBuffers& buffers) {
+    const tagOrderInfoForSurv& order = judgement.order;
+    UpdateRow(store, kAllSecurities, judgement, buffers);
+    if (HasGroupRow(order)) UpdateRow(store, order.scripGroupNumber, judgement, buffers);
+    if (HasScripRow(order)) UpdateRow(store, order.token, judgement, buffers);
 }
 
-void UpdatePeriodicities(LevelTrial& level, Period period, const ScripTrial& trial, const RuleContext& context,
+/// The rows of one mask, if the category has any.
+bool UpdateMask(LevelTrial& level, std::int16_t mask, const ScripTrial& trial, const Judgement::Context& context,
+                TrialBuffers& buffers) {
+    CSurveillanceInfo* const info = level.category->limitStores.Find(mask);
+    if (!info) return false;
+    level.order.periodicity = mask;
+    UpdateLimits(info->store, {level.order, trial, context}, buffers);
+    return true;
+}
+
+void UpdatePeriodicities(LevelTrial& level, Period period, const ScripTrial& trial, const Judgement::Context& context,
                          TrialBuffers& buffers) {
     CEarlyStop stop(*level.category, period);
     for (const std::int16_t mask : MasksOfScope(level.order.marketSegment).Of(period)) {
-        level.order.periodicity = mask;
-        if (CSurveillanceInfo* info = level.category->limitStores.Find(mask)) {
-            stop.Matched();
-            UpdateLimits(info->store, level.order, trial, context, buffers);
-        }
+        if (UpdateMask(level, mask, trial, context, buffers)) stop.Matched();
         if (stop.AllMet()) break;
     }
+    if (!level.order.IsDelivery()) return;
+    level.order.secondPass = true;
+    for (const std::int16_t mask : MasksOutsideScope(level.order.marketSegment).expiry) {
+        UpdateMask(level, mask, trial, context, buffers);
+    }
+    level.order.secondPass = false;
+}
+
+/// Of a margin order and of a conversion to one, by the rate of the scrip; of a delivery where it counts, by value,
+/// buys alone for an NRI.
+MarginChange EquityMarginChange(const tagOrderInfoForSurv& order, const ScripTrial& expiry) {
+    if (order.IsDelivery() && order.deliveryLevel) {
+        if (!order.nriClient) return NetValueChange(expiry.before, expiry.after);
+        constexpr double kPaisePerRupee = 100.0;
+        const tagSurvPositionData& a = expiry.before.data;
+        const tagSurvPositionData& b = expiry.after.data;
+        return {(b.orderBuyValue - a.orderBuyValue) / kPaisePerRupee,
+                (b.tradedBuyValue - a.tradedBuyValue) / kPaisePerRupee,
+                (std::max(b.orderBuyValue, b.tradedBuyValue) - std::max(a.orderBuyValue, a.tradedBuyValue)) /
+                    kPaisePerRupee};
+    }
+    if (order.productType != product::kMargin && order.productType != product::kConvertToMargin) return {};
+    return expiry.positionMargin.Raised(order.riskPreference);
+}
+
+/// The category's margin of its equity positions.
+void MoveEquityMargin(CSurveillanceCategory& category, const tagOrderInfoForSurv& order, const ScripTrial& expiry) {
+    if (!IsCashSegment(order.marketSegment)) return;
+    const bool nse = order.ExchangeMask() == kMaskNseCash;
+    CashMargin& margin = nse ? category.cashMarginNse : category.cashMarginBse;
+    const MarginChange change = EquityMarginChange(order, expiry);
+    category.Context().undo.Save(margin);
+    margin[0] += change.orderSide;
+    margin[1] += change.tradedSide;
+    margin[2] += change.worst;
 }
 
 }  // namespace
@@ -47,8 +89,9 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
     CSurveillanceCategory& category = *level.category;
     tagOrderInfoForSurv& order = level.order;
     SurvContext& context = category.Context();
-    const RuleContext rowContext{context.settings, context.undo};
+    const Judgement::Context rowContext{context.settings, context.undo};
     const bool active = updateAllLevels || IsAlwaysUpdatedLevel(category.lastLevel);
+    const FlatPosition flat = active ? FlatPosition::kMoves : FlatPosition::kStays;
     const GrossMode mode = order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted;
 
     category.NoteOrderMarket(order, OrderRoad::kUpdate);
@@ -56,16 +99,21 @@ void UpdateCategory(LevelTrial& level, TrialBuffers& buffers, bool updateAllLeve
     const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
     CUndoGuard guard(context.undo);
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) {
-        TryPeriod(level, kPeriods[i], accountKey, active ? FlatPosition::kMoves : FlatPosition::kStays, mode,
-                  trials[i]);
-        ScripTrial& scrip = trials[i].scrip;
-        // The narrowest mask of the period is that of the segment alone, and the only one with a total.
-        category.MoveTotal(order, PeriodicityOf(order.marketSegment, kPeriods[i]));
-        scrip.mtm = FormMtmFigures(order, scrip.before, scrip.after, context.settings);
-        if (active) UpdatePeriodicities(level, kPeriods[i], trials[i].scrip, rowContext, buffers);
+    for (const Period period : PeriodsOf(order)) {
+        PeriodTrial& trial = trials[PeriodIndex(period)];
+        trial.scrip.set = RuleSetOf(order, CheckMode::kReal);
+        TryPeriod(level, period, accountKey, flat, mode, trial);
+        trial.scrip.mtm = FormMtmFigures(order, trial.scrip.before, trial.scrip.after, context.settings);
     }
-    for (std::size_t i = 0; i < kPeriods.size(); ++i) KeepAccount(level, accountKey, kPeriods[i], trials[i]);
+    const ScripTrial& expiry = trials[PeriodIndex(Period::kExpiry)].scrip;
+    TryHolding(category, order, expiry.before, expiry.after);
+    for (const Period period : PeriodsOf(order)) {
+        // The narrowest mask of the period is that of the segment alone, and the only one with a total.
+        category.MoveTotal(order, PeriodicityOf(order.marketSegment, period));
+        if (active) UpdatePeriodicities(level, period, trials[PeriodIndex(period)].scrip, rowContext, buffers);
+    }
+    MoveEquityMargin(category, order, expiry);
+    for (const Period period : PeriodsOf(order)) KeepAccount(level, accountKey, period, trials[PeriodIndex(period)]);
     category.RecordOrder(order, level.accounts);
     guard.Keep();
 }

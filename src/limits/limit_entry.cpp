@@ -104,8 +104,16 @@ void MoveForCheck(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& ord
     }
 }
 
+/// The product that a set always answers in the short texts.
+std::int16_t ShortlyToldProduct(RuleSet set) {
+    if (set == RuleSet::kGeneral) return product::kConvertToMargin;
+    return set == RuleSet::kDelivery ? product::kConvertToDelivery : product::kNone;
+}
+
 /// The house may want no figures shown at the root, at ADMIN and at entities of type 7.
-Wording WordingAt(const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const Settings& settings) {
+Wording WordingAt(RuleSet set, const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order,
+                  const Settings& settings) {
+    if (order.productType != product::kNone && order.productType == ShortlyToldProduct(set)) return Wording::kShort;
     const bool discreet = order.levelCode == std::string_view{"-"} || order.levelCode == std::string_view{"ADMIN"} ||
                           row.entityLevel == kShortTextLevel;
     return discreet && settings.limitDetailMessages == 0 ? Wording::kShort : Wording::kLong;
@@ -113,8 +121,21 @@ Wording WordingAt(const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSur
 
 /// Whether an event also counts on the traded side of an update.
 bool MovesTradedSide(const tagOrderInfoForSurv& order) {
-    return order.orderEventKind == event::kTrade || order.orderEventKind == event::kCorrection ||
-           order.productType == product::kConvertToDelivery || order.productType == product::kConvertToMargin;
+    return order.orderEventKind == event::kTrade || order.orderEventKind == event::kCorrection || order.IsConversion();
+}
+
+/// A check keeps the traded margin of corrections alone.
+TradedMargin TradedMarginOfCheck(const tagOrderInfoForSurv& order) {
+    return order.orderEventKind == event::kCorrection ? TradedMargin::kMoves : TradedMargin::kStays;
+}
+
+/// Two-leg orders and margin funding in a check. Gives the traded margin of the row with the order in it.
+double MoveProductMargin(BKSurveillanceLimitDefTag& row, const Judgement& judgement) {
+    const double traded = row.usedMarginTraded + judgement.trial.positionMargin.tradedSide;
+    if (IsAmong(kSettlementRows, row.limitMask)) {
+        MoveMargin(row, judgement.trial.positionMargin, TradedMarginOfCheck(judgement.order));
+    }
+    return traded;
 }
 
 }  // namespace
@@ -135,61 +156,138 @@ void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise) {
     row.turnoverLimit = derive(row.turnoverLimit, row.turnoverMultiplier);
 }
 
-RuleAnswer CSurvLimitEntry::CheckGeneralOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                                              const RuleContext& context) {
+template <class Prepare>
+RuleAnswer CSurvLimitEntry::Judge(const Judgement& judgement, RuleSet set, Prepare prepare) {
+    const auto& [order, trial, context, breach] = judgement;
+    if (breach) {
+        BKSurveillanceLimitDefTag now = *row_;
+        const double traded = prepare(now);
+        const RuleInput input{set, *row_, now, order, trial, RowShape(now.limitMask), traded};
+        return Report(input, judgement);
+    }
     BKSurveillanceLimitDefTag& now = *row_;
     const CUndoLog::Mark before = context.undo.Here();
     const BKSurveillanceLimitDefTag& stored = context.undo.Save(now);
-    AddFundDeltas(now, order);
-    RebuildLimitsFromFund(now, order);
-    MoveForCheck(now, order, trial);
-    MoveMarginForCheck(now, order, trial);
-
-    const RuleInput input{stored, now, order, trial, RowShape(now.limitMask)};
+    const double traded = prepare(now);
+    const RuleInput input{set, stored, now, order, trial, RowShape(now.limitMask), traded};
     const tagLimitRule* broken = FirstBrokenRule(input);
     if (!broken) return {};
-    const bool conversion = order.productType == product::kConvertToMargin;
-    const Wording wording = conversion ? Wording::kShort : WordingAt(now, order, context.settings);
-    RuleAnswer answer{broken->code, RefusalText(*broken, input, wording)};
+    RuleAnswer answer{broken->code, RefusalText(*broken, input, WordingAt(set, now, order, context.settings))};
     context.undo.RestoreBackTo(before);
     return answer;
 }
 
-RuleAnswer CSurvLimitEntry::CheckReportOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                                             const RuleContext& context, tagBreachRow& breach) const {
-    BKSurveillanceLimitDefTag now = *row_;
-    AddFundDeltas(now, order);
-    RebuildLimitsFromFund(now, order);
-    MoveForCheck(now, order, trial);
+RuleAnswer CSurvLimitEntry::Report(const RuleInput& input, const Judgement& judgement) {
+    tagBreachRow& breach = *judgement.breach;
+    std::memcpy(breach.rowHead, &input.stored, sizeof breach.rowHead);
+    breach.token = input.now.token;
+    breach.limitMask = input.now.limitMask;
+    WriteField(breach.entityCode, FieldText(input.now.entityCode));
 
-    breach = tagBreachRow{};
-    std::memcpy(breach.rowHead, row_, sizeof breach.rowHead);
-    breach.token = now.token;
-    breach.limitMask = now.limitMask;
-    WriteField(breach.entityCode, FieldText(now.entityCode));
-
-    RuleAnswer answer;
-    const RuleInput input{*row_, now, order, trial, RowShape(now.limitMask)};
-    const std::vector<const tagLimitRule*> broken = BrokenReportRules(input);
+    std::vector<const tagLimitRule*> broken;
+    if (input.set == RuleSet::kReport) {
+        broken = BrokenReportRules(input);
+    } else if (const tagLimitRule* first = FirstBrokenRule(input)) {
+        broken.push_back(first);
+    }
+    if (broken.empty()) return {};
     for (const tagLimitRule* rule : broken) {
         breach.breachBitsA |= rule->breachBitsA;
         breach.breachBitsB |= rule->breachBitsB;
     }
-    if (!broken.empty()) {
-        const tagLimitRule& last = *broken.back();
-        answer = {last.code, ReportText(last, input, WordingAt(now, order, context.settings))};
-    }
-    return answer;
+    const tagLimitRule& last = *broken.back();
+    const Wording wording = WordingAt(input.set, input.now, input.order, judgement.context.settings);
+    return {last.code, RefusalText(last, input, wording)};
 }
 
-void CSurvLimitEntry::UpdateGeneralOrder(const tagOrderInfoForSurv& order, const ScripTrial& trial,
-                                         const RuleContext& context) {
+RuleAnswer CSurvLimitEntry::CheckGeneralOrder(const Judgement& judgement) {
+    return Judge(judgement, RuleSet::kGeneral, [&](BKSurveillanceLimitDefTag& now) {
+        const tagOrderInfoForSurv& order = judgement.order;
+        const ScripTrial& trial = judgement.trial;
+        AddFundDeltas(now, order);
+        RebuildLimitsFromFund(now, order);
+        MoveForCheck(now, order, trial);
+        MoveExposureMargin(now, order, trial);
+        const MarginChange margin = GeneralMarginChange(now, order, trial);
+        const double traded = now.usedMarginTraded + (WeighsTradedMargin(now.limitMask, order) ? margin.tradedSide : 0);
+        MoveMargin(now, margin, TradedMarginOfCheck(order));
+        return traded;
+    });
+}
+
+RuleAnswer CSurvLimitEntry::CheckReportOrder(const Judgement& judgement) {
+    return Judge(judgement, RuleSet::kReport, [&](BKSurveillanceLimitDefTag& now) {
+        AddFundDeltas(now, judgement.order);
+        RebuildLimitsFromFund(now, judgement.order);
+        MoveForCheck(now, judgement.order, judgement.trial);
+        return now.usedMarginTraded;
+    });
+}
+
+RuleAnswer CSurvLimitEntry::CheckDeliveryOrder(const Judgement& judgement) {
+    const tagOrderInfoForSurv& order = judgement.order;
+    if (order.secondPass) {
+        if (!judgement.breach) TakeDeliveryFunds(judgement);
+        return {};
+    }
+    return Judge(judgement, RuleSet::kDelivery, [&](BKSurveillanceLimitDefTag& now) {
+        AddFundDeltas(now, order);
+        RebuildLimitsFromFund(now, order);
+        if (IsAmong(kSettlementRows, now.limitMask)) {
+            MoveMargin(now, judgement.trial.positionMargin, TradedMargin::kMoves);
+        }
+        return now.usedMarginTraded;
+    });
+}
+
+RuleAnswer CSurvLimitEntry::CheckMarginPlusOrder(const Judgement& judgement) {
+    return Judge(judgement, RuleSet::kMarginPlus,
+                 [&](BKSurveillanceLimitDefTag& now) { return MoveProductMargin(now, judgement); });
+}
+
+RuleAnswer CSurvLimitEntry::CheckMtfOrder(const Judgement& judgement) {
+    return Judge(judgement, RuleSet::kMtf, [&](BKSurveillanceLimitDefTag& now) {
+        RebuildLimitsFromFund(now, judgement.order);
+        return MoveProductMargin(now, judgement);
+    });
+}
+
+void CSurvLimitEntry::TakeDeliveryFunds(const Judgement& judgement) {
+    judgement.context.undo.Save(*row_);
+    AddFundDeltas(*row_, judgement.order);
+}
+
+void CSurvLimitEntry::UpdateDeliveryOrder(const Judgement& judgement) {
+    TakeDeliveryFunds(judgement);
+    if (judgement.order.secondPass) return;
+    RebuildLimitsFromFund(*row_, judgement.order);
+    if (!IsAmong(kSettlementRows, row_->limitMask)) return;
+    MoveMargin(*row_, judgement.trial.positionMargin, TradedMargin::kMoves);
+}
+
+void CSurvLimitEntry::UpdateMarginPlusOrder(const Judgement& judgement) {
+    judgement.context.undo.Save(*row_);
+    if (!IsAmong(kSettlementRows, row_->limitMask)) return;
+    MoveMargin(*row_, judgement.trial.positionMargin, TradedMargin::kMoves);
+}
+
+void CSurvLimitEntry::UpdateMtfOrder(const Judgement& judgement) {
+    judgement.context.undo.Save(*row_);
+    RebuildLimitsFromFund(*row_, judgement.order);
+    if (!IsAmong(kSettlementRows, row_->limitMask)) return;
+    MoveMargin(*row_, judgement.trial.positionMargin, TradedMargin::kMoves);
+}
+
+void CSurvLimitEntry::UpdateGeneralOrder(const Judgement& judgement) {
+    const tagOrderInfoForSurv& order = judgement.order;
+    const ScripTrial& trial = judgement.trial;
+    const Judgement::Context& context = judgement.context;
     BKSurveillanceLimitDefTag& row = *row_;
     context.undo.Save(row);
     AddFundDeltas(row, order);
     RebuildLimitsFromFund(row, order);
 
-    MoveMarginForUpdate(row, order, trial);
+    MoveMargin(row, GeneralMarginChange(row, order, trial), TradedMargin::kMoves);
     const std::int32_t pct = OptionNetPercent(row, RowShape(row.limitMask));
     const double sign = Sign(order);
     MoveExposures(row, trial, pct, &Changed);
@@ -205,7 +303,30 @@ void CSurvLimitEntry::UpdateGeneralOrder(const tagOrderInfoForSurv& order, const
         row.usedNetPositionTraded += sign * trial.newValue;
         row.usedTurnoverTraded += trial.newValue;
     }
+    TakeExposureOption(row, order);
+    MoveExposureMargin(row, order, trial);
     UpdateRowMtm(row, order.riskPreference.marginFlags, trial.mtm);
+}
+
+RuleAnswer CSurvLimitEntry::CheckOrder(const Judgement& judgement) {
+    switch (judgement.trial.set) {
+        case RuleSet::kGeneral: break;
+        case RuleSet::kReport: return CheckReportOrder(judgement);
+        case RuleSet::kDelivery: return CheckDeliveryOrder(judgement);
+        case RuleSet::kMarginPlus: return CheckMarginPlusOrder(judgement);
+        case RuleSet::kMtf: return CheckMtfOrder(judgement);
+    }
+    return CheckGeneralOrder(judgement);
+}
+
+void CSurvLimitEntry::UpdateOrder(const Judgement& judgement) {
+    switch (judgement.trial.set) {
+        case RuleSet::kGeneral:
+        case RuleSet::kReport: UpdateGeneralOrder(judgement); break;
+        case RuleSet::kDelivery: UpdateDeliveryOrder(judgement); break;
+        case RuleSet::kMarginPlus: UpdateMarginPlusOrder(judgement); break;
+        case RuleSet::kMtf: UpdateMtfOrder(judgement); break;
+    }
 }
 
 }  // namespace surv

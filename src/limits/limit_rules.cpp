@@ -1,9 +1,11 @@
 #include "limits/limit_rules.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
 
+#include "limits/margin_rule.h"
 #include "platform/format.h"
 
 namespace surv {
@@ -70,13 +72,51 @@ bool MtmLossApplies(const RuleInput& in) {
     if (!HasMtmLoss(in) || (in.shape.single && in.shape.hasFutOpt)) return false;
     return in.shape.single || !in.shape.hasOther || in.shape.odd;
 }
-bool SquareOffModeApplies(const RuleInput& in) { return in.order.squareOffOnlyFlag && in.shape.odd; }
+bool SquareOffModeApplies(const RuleInput& in) { return in.order.squareOffOnlyFlag; }
 bool AutoSquareOffPossible(const RuleInput& in) { return in.now.limitMask == kWholeHouseMask && HasMtmLoss(in); }
 bool PreAutoSquareOffApplies(const RuleInput& in) { return in.order.preAutoSquareOffOn && AutoSquareOffPossible(in); }
 bool AutoSquareOffApplies(const RuleInput& in) { return in.order.autoSquareOffOn && AutoSquareOffPossible(in); }
 bool NriConversionApplies(const RuleInput& in) {
     return IsAmong(kMarginRows, in.now.limitMask) && in.order.productType == product::kConvertToMargin &&
            IsCashExchange(in.order.ExchangeMask()) && in.order.nriClient;
+}
+
+bool IsinMissing(const RuleInput& in) { return in.order.isinCode.Empty(); }
+bool NriDeliveryApplies(const RuleInput& in) {
+    return in.order.nriClient && in.order.productType == product::kConvertToDelivery;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// The sale of deliveries: what is held and bought must cover it
+
+struct DeliverySell {
+    std::int64_t used;       ///< shares that the order takes beyond those bought
+    std::int64_t available;  ///< at the depository
+};
+
+/// Sold beyond bought; where buys and sells don't net, sold.
+std::int64_t SoldQty(const CSurvPosition& position, bool netting) {
+    return position.data.orderSellQty - (netting ? position.data.tradedBuyQty : 0);
+}
+DeliverySell FormDeliverySell(const RuleInput& in) {
+    const bool netting = !in.order.NoNetting();
+    return {SoldQty(in.trial.after, netting) - SoldQty(in.trial.before, netting),
+            std::int64_t{in.order.dpSetQty} - in.order.dpPrevBlockedQty};
+}
+/// Sells only, and only beyond what is bought already.
+bool DeliverySellApplies(const RuleInput& in) {
+    const tagSurvPositionData& after = in.trial.after.data;
+    if (!Sells(in) || (after.tradedBuyQty >= after.orderSellQty && !in.order.NoNetting())) return false;
+    const DeliverySell sell = FormDeliverySell(in);
+    return sell.available - (sell.used - in.order.dpTodayFreeQty) < 0;
+}
+std::string DeliverySellText(const RuleInput& in) {
+    const bool conversion = in.order.productType == product::kConvertToDelivery;
+    const char* const form = conversion ? "Limit exceeded Set = %d, N.Used = %ld ,Prev= %d, T.Free Qty = %d "
+                                        : "Delivery Order Sell Qty Limit exceeded QTY (DP+SAR) Set = %d, Net Used = "
+                                          "%ld , (DP+SAR)Prev Blocked = %d, Today Free Qty = %d ";
+    return Format(form, in.order.dpSetQty, static_cast<long>(FormDeliverySell(in).used), in.order.dpPrevBlockedQty,
+                  in.order.dpTodayFreeQty);
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -123,6 +163,28 @@ constexpr std::array kRules{
         "Min. Single Transaction Qty. Not Satisfied ",
         {kLF, "Order failed Min. Single Transaction Qty Check where the limit is %ld and current value is %ld "},
         false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kIsin, code::kRefused, Breaks::kAlways, kMoney, kNobody, &IsinMissing, &NoFigure,
+        nullptr,
+        {TextNumbers::kNone, "ISIN Code Not Available for Buy Delivery Order"},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kNriDelivery, code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriDeliveryApplies, &NoFigure,
+        nullptr,
+        {TextNumbers::kNone, "NRI Client Position Conversion Not Allowed"},
+        false, 0, 0, {}},
+    tagLimitRule{
+        RuleId::kDeliveryMargin, code::kRefused, kAbove, kMoney, kNobody, &Buys, &DeliveryMargin,
+        nullptr, {}, false, 0x20, 0, {}, &DeliveryMarginText},
+    tagLimitRule{
+        RuleId::kDeliverySell, code::kRefused, Breaks::kAlways, kQuantity, kNobody, &DeliverySellApplies, &NoFigure,
+        nullptr, {}, false, 0, 0, {}, &DeliverySellText},
+    tagLimitRule{
+        RuleId::kMarginPlusMargin, code::kRefused, kAbove, kMoney, kNobody, nullptr, &MarginPlusMargin,
+        nullptr, {}, false, 0x20, 0, {}, &MarginPlusMarginText},
+    tagLimitRule{
+        RuleId::kMtfMargin, code::kRefused, kAbove, kMoney, kNobody, nullptr, &MtfMargin,
+        nullptr, {}, false, 0x20, 0, {}, &MtfMarginText},
     tagLimitRule{
         RuleId::kGross, code::kGrossExposure, kAbove, kMoney, Exempt::kSquareOffUnlessNoNetting, nullptr, &Gross,
         "Gross Exposure Limit exceeded",
@@ -204,6 +266,16 @@ constexpr std::array kRules{
         {kLF, "Only Square Off Orders allowed - MTM AutoSquareOff Mode (limit is %.2f, prev. utilized was %.2f)"},
         false, 0, 0, {}},
     tagLimitRule{
+        RuleId::kMargin, code::kRefused, kAbove, kMoney, Exempt::kSquareOffUnlessNoNettingOrConversion,
+        &MarginApplies, &GeneralMargin,
+        "Margin Limit exceeded", {}, false, 0x20, 0, {}, &GeneralMarginText},
+    tagLimitRule{
+        RuleId::kInitialMargin, code::kRefused, kAbove, kMoney, kSquareOff, &InitialMarginApplies, &InitialMargin,
+        "Initial Margin Limit exceeded", {}, false, 0x20, 0, {}, &InitialMarginText},
+    tagLimitRule{
+        RuleId::kSpanMargin, code::kRefused, kAbove, kMoney, kSquareOff, &SpanMarginApplies, &SpanMargin,
+        "SPAN Margin Limit exceeded", {}, false, 0x20, 0, {}, &SpanMarginText},
+    tagLimitRule{
         RuleId::kNriConversion, code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriConversionApplies, &NoFigure,
         nullptr,
         {TextNumbers::kNone, "NRI client Position Conversion Not allowed"},
@@ -221,27 +293,85 @@ static_assert(RulesStandInOrder(), "one row per RuleId, in its order");
 
 const tagLimitRule& RuleOf(RuleId id) { return kRules[static_cast<std::size_t>(id)]; }
 
-/// The margin rule takes its place between the square-off modes and the NRI rule.
-constexpr std::array kGeneralRules{
-    RuleId::kNetQuantity,   RuleId::kMaxValue,         RuleId::kMaxQuantity,
-    RuleId::kMinValue,      RuleId::kMinQuantity,      RuleId::kGross,
-    RuleId::kNet,           RuleId::kNetSale,          RuleId::kNetPosition,
-    RuleId::kPendingOrder,  RuleId::kTurnover,         RuleId::kMtmLoss,
-    RuleId::kSquareOffMode, RuleId::kPreAutoSquareOff, RuleId::kAutoSquareOff,
-    RuleId::kNriConversion,
+// ---------------------------------------------------------------------------------------------------------------
+// The rule sets: which rules each has, and on which rows
+
+enum class On : std::uint8_t {
+    kNo,
+    kYes,         ///< wherever the rule applies
+    kOdd,         ///< rows of expiry and settlement
+    kSettlement,  ///< rows of cash settlement, alone or with others
 };
-/// An enquiry is told no minimum, no MTM loss and no mode. Its two margin rules take their place at the end.
-constexpr std::array kReportRules{
-    RuleId::kNetQuantity, RuleId::kMaxValue,    RuleId::kMaxQuantity,  RuleId::kGross,    RuleId::kNet,
-    RuleId::kNetSale,     RuleId::kNetPosition, RuleId::kPendingOrder, RuleId::kTurnover,
+struct RuleUse {
+    RuleId rule;
+    std::array<On, kRuleSetCount> on;
 };
+
+// clang-format off
+constexpr On o = On::kNo, x = On::kYes, odd = On::kOdd, sett = On::kSettlement;
+constexpr std::array kRuleUses{
+    //                                  General  Report  Delivery  Margin+  MTF
+    RuleUse{RuleId::kNetQuantity,      {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kMaxValue,         {x,       x,      x,        x,       x}},
+    RuleUse{RuleId::kMaxQuantity,      {x,       x,      x,        x,       x}},
+    RuleUse{RuleId::kMinValue,         {x,       o,      x,        x,       x}},
+    RuleUse{RuleId::kMinQuantity,      {x,       o,      x,        x,       x}},
+    RuleUse{RuleId::kIsin,             {o,       o,      sett,     o,       o}},
+    RuleUse{RuleId::kNriDelivery,      {o,       o,      sett,     o,       o}},
+    RuleUse{RuleId::kDeliveryMargin,   {o,       o,      sett,     o,       o}},
+    RuleUse{RuleId::kDeliverySell,     {o,       o,      sett,     o,       o}},
+    RuleUse{RuleId::kMarginPlusMargin, {o,       o,      o,        sett,    o}},
+    RuleUse{RuleId::kMtfMargin,        {o,       o,      o,        o,       sett}},
+    RuleUse{RuleId::kGross,            {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kNet,              {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kNetSale,          {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kNetPosition,      {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kPendingOrder,     {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kTurnover,         {x,       x,      o,        o,       o}},
+    RuleUse{RuleId::kMtmLoss,          {x,       o,      o,        o,       o}},
+    RuleUse{RuleId::kSquareOffMode,    {odd,     o,      o,        x,       o}},
+    RuleUse{RuleId::kPreAutoSquareOff, {x,       o,      x,        x,       x}},
+    RuleUse{RuleId::kAutoSquareOff,    {x,       o,      x,        x,       x}},
+    RuleUse{RuleId::kMargin,           {x,       o,      o,        o,       o}},
+    RuleUse{RuleId::kInitialMargin,    {o,       x,      o,        o,       o}},
+    RuleUse{RuleId::kSpanMargin,       {o,       x,      o,        o,       o}},
+    RuleUse{RuleId::kNriConversion,    {x,       o,      o,        o,       o}},
+};
+// clang-format on
+
+constexpr bool UsesStandInOrder() {
+    if (kRuleUses.size() != kRules.size()) return false;
+    for (std::size_t i = 0; i < kRuleUses.size(); ++i) {
+        if (static_cast<std::size_t>(kRuleUses[i].rule) != i) return false;
+    }
+    return true;
+}
+static_assert(UsesStandInOrder(), "one row per RuleId, in its order");
+
+constexpr On UseIn(RuleSet set, const RuleUse& use) { return use.on[static_cast<std::size_t>(set)]; }
+
+/// The rules of one set, in order.
+template <RuleSet kSet>
+constexpr auto ListRules() {
+    constexpr auto kCount = static_cast<std::size_t>(std::count_if(
+        kRuleUses.begin(), kRuleUses.end(), [](const RuleUse& use) { return UseIn(kSet, use) != On::kNo; }));
+    std::array<RuleId, kCount> rules{};
+    std::size_t at = 0;
+    for (const RuleUse& use : kRuleUses) {
+        if (UseIn(kSet, use) != On::kNo) rules[at++] = use.rule;
+    }
+    return rules;
+}
+template <RuleSet kSet>
+constexpr auto kRulesOf = ListRules<kSet>();
 
 // ---------------------------------------------------------------------------------------------------------------
 // Judging and wording
 
 [[gnu::always_inline]] inline bool IsExempt(const tagLimitRule& rule, const RuleInput& in, bool netting) {
     if (rule.exempt == Exempt::kNobody) return false;
-    if (rule.exempt == Exempt::kSquareOffUnlessNoNetting && !netting) return false;
+    if (rule.exempt != Exempt::kSquareOff && !netting) return false;
+    if (rule.exempt == Exempt::kSquareOffUnlessNoNettingOrConversion && in.order.IsConversion()) return false;
     const bool onGross =
         in.GrossBasis() && (rule.id == RuleId::kGross || rule.id == RuleId::kNet || rule.id == RuleId::kNetSale);
     return onGross ? in.trial.grossSquareOff : in.trial.squareOff;
@@ -254,22 +384,34 @@ constexpr std::array kReportRules{
     return rule.breaks == Breaks::kAbove ? !(figures.figure <= figures.limit) : !(figures.figure >= figures.limit);
 }
 
-/// One rule of the general set. The rule is known when this is compiled, so that its row of the table costs nothing.
-template <RuleId kId>
-[[gnu::always_inline]] inline bool BreaksGeneralRule(const RuleInput& in) {
+/// One rule of a set that stops at the first. Both are known when this is compiled, so that their rows of the tables
+/// cost nothing.
+template <RuleSet kSet, RuleId kId>
+[[gnu::always_inline]] inline bool BreaksRule(const RuleInput& in) {
     constexpr const tagLimitRule& kRule = kRules[static_cast<std::size_t>(kId)];
+    constexpr On kOn = UseIn(kSet, kRuleUses[static_cast<std::size_t>(kId)]);
+    if constexpr (kOn == On::kOdd) {
+        if (!in.shape.odd) return false;
+    }
+    if constexpr (kOn == On::kSettlement) {
+        if (!IsAmong(kSettlementRows, in.now.limitMask)) return false;
+    }
     if constexpr (kRule.applies != nullptr) {
         if (!kRule.applies(in)) return false;
     }
     return IsBroken(kRule, kRule.figures(in)) && !IsExempt(kRule, in, !in.order.NoNetting());
 }
 
-template <std::size_t... kAt>
+template <RuleSet kSet, std::size_t... kAt>
 const tagLimitRule* FirstBroken(const RuleInput& in, std::index_sequence<kAt...>) {
     const tagLimitRule* broken = nullptr;
     static_cast<void>(
-        ((BreaksGeneralRule<kGeneralRules[kAt]>(in) ? (broken = &RuleOf(kGeneralRules[kAt]), true) : false) || ...));
+        ((BreaksRule<kSet, kRulesOf<kSet>[kAt]>(in) ? (broken = &RuleOf(kRulesOf<kSet>[kAt]), true) : false) || ...));
     return broken;
+}
+template <RuleSet kSet>
+const tagLimitRule* FirstBroken(const RuleInput& in) {
+    return FirstBroken<kSet>(in, std::make_index_sequence<kRulesOf<kSet>.size()>{});
 }
 
 const char* PickForm(const RuleText& text, const RuleInput& in) {
@@ -304,16 +446,34 @@ std::string Word(const RuleText& text, Unit unit, const RuleInput& in, const Rul
     return Format(form, numbers[0] / kPaisePerRupee, numbers[1] / kPaisePerRupee, numbers[2] / kPaisePerRupee);
 }
 
+/// The square-off modes of a client are told in full, but on conversions to delivery.
+Wording WordingOf(const tagLimitRule& rule, const RuleInput& in, Wording row) {
+    const bool mode = rule.id == RuleId::kPreAutoSquareOff || rule.id == RuleId::kAutoSquareOff;
+    if (!mode || in.set == RuleSet::kGeneral) return row;
+    return in.order.productType == product::kConvertToDelivery ? Wording::kShort : Wording::kLong;
+}
+
 }  // namespace
 
 const tagLimitRule* FirstBrokenRule(const RuleInput& input) {
-    return FirstBroken(input, std::make_index_sequence<kGeneralRules.size()>{});
+    switch (input.set) {
+        case RuleSet::kGeneral: return FirstBroken<RuleSet::kGeneral>(input);
+        case RuleSet::kDelivery: return FirstBroken<RuleSet::kDelivery>(input);
+        case RuleSet::kMarginPlus: return FirstBroken<RuleSet::kMarginPlus>(input);
+        case RuleSet::kMtf: return FirstBroken<RuleSet::kMtf>(input);
+        case RuleSet::kReport: break;
+    }
+    const std::vector<const tagLimitRule*> broken = BrokenReportRules(input);
+    return broken.empty() ? nullptr : broken.front();
 }
 
 std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input) {
     std::vector<const tagLimitRule*> broken;
-    for (const RuleId id : kReportRules) {
+    for (const RuleId id : kRulesOf<RuleSet::kReport>) {
         const tagLimitRule& rule = RuleOf(id);
+        // Buys and sells are told of alike.
+        const bool byDirection = id == RuleId::kNet || id == RuleId::kNetSale;
+        if (!byDirection && rule.applies && !rule.applies(input)) continue;
         const RuleFigures figures = rule.figures(input);
         if (rule.reportOnlyIfRaised && figures.figure <= figures.stored) continue;
         if (IsBroken(rule, figures) && !IsExempt(rule, input, true)) broken.push_back(&rule);
@@ -321,14 +481,11 @@ std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input) {
     return broken;
 }
 
-std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording) {
-    if (wording == Wording::kShort && rule.shortText) return rule.shortText;
-    return Word(rule.longText, rule.unit, input, rule.figures(input));
-}
-
-std::string ReportText(const tagLimitRule& rule, const RuleInput& input, Wording wording) {
-    if (wording == Wording::kShort && rule.shortText) return rule.shortText;
-    return Word(rule.reportText, rule.unit, input, rule.figures(input));
+std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording row) {
+    if (rule.shortText && WordingOf(rule, input, row) == Wording::kShort) return rule.shortText;
+    if (rule.wordOf) return rule.wordOf(input);
+    const RuleText& text = input.set == RuleSet::kReport ? rule.reportText : rule.longText;
+    return Word(text, rule.unit, input, rule.figures(input));
 }
 
 }  // namespace surv

@@ -13,12 +13,19 @@
 
 namespace surv {
 
+/// In the order of judgement.
 enum class RuleId : std::uint8_t {
     kNetQuantity,
     kMaxValue,
     kMaxQuantity,
     kMinValue,
     kMinQuantity,
+    kIsin,
+    kNriDelivery,
+    kDeliveryMargin,
+    kDeliverySell,
+    kMarginPlusMargin,
+    kMtfMargin,
     kGross,
     kNet,
     kNetSale,
@@ -29,31 +36,41 @@ enum class RuleId : std::uint8_t {
     kSquareOffMode,
     kPreAutoSquareOff,
     kAutoSquareOff,
+    kMargin,
+    kInitialMargin,
+    kSpanMargin,
     kNriConversion,
 };
 
 /// What a rule may look at for one row.
 struct RuleInput {
+    RuleSet set;
     const BKSurveillanceLimitDefTag& stored;  ///< the row before the order
     const BKSurveillanceLimitDefTag& now;     ///< the row as it would be after it; its limits are rebuilt
     const tagOrderInfoForSurv& order;
     const ScripTrial& trial;
     RowShape shape;
+    double tradedMargin = 0;  ///< rupees, of the row with the order in it; the other two views stand in `now`
 
     [[nodiscard]] bool GrossBasis() const { return (now.limitOptions & kGrossBasis) != 0; }
 };
 
-/// The numbers of one rule at one row: quantities, or paise.
+/// The numbers of one rule at one row: quantities, paise, or for the margin rules rupees.
 struct RuleFigures {
     double figure = 0;
     double limit = 0;       ///< what the figure is compared with
     double stored = 0;      ///< what was used before
-    double shownLimit = 0;  ///< the limit that the text shows
+    double shownLimit = 0;  ///< the limit as the row holds it
 };
 
 enum class Breaks : std::uint8_t { kAbove, kBelow, kAlways };
 enum class Unit : std::uint8_t { kQuantity, kMoney };
-enum class Exempt : std::uint8_t { kNobody, kSquareOff, kSquareOffUnlessNoNetting };
+enum class Exempt : std::uint8_t {
+    kNobody,
+    kSquareOff,
+    kSquareOffUnlessNoNetting,
+    kSquareOffUnlessNoNettingOrConversion,
+};
 /// Which numbers a text takes, in its order.
 enum class TextNumbers : std::uint8_t { kNone, kLimitFigure, kLimitStoredFigure, kFigureLimit, kFigureLimitStored };
 
@@ -81,18 +98,20 @@ struct tagLimitRule {
     std::uint8_t breachBitsA;
     std::uint8_t breachBitsB;
     RuleText reportText;
+    /// A text with numbers of its own, in place of the long ones; null: none.
+    std::string (*wordOf)(const RuleInput&) = nullptr;
 };
 
 // Judging. A figure equal to its limit passes; a figure that isn't a number refuses, and a limit that isn't finite
 // counts as exceeded.
 
-/// The first rule of the general set that the order breaks at the row; null when it breaks none.
+/// The first rule of the input's set that the order breaks at the row; null when it breaks none.
 [[nodiscard]] const tagLimitRule* FirstBrokenRule(const RuleInput& input);
 /// Every rule of the report set that it breaks, in order.
 [[nodiscard]] std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input);
 
 enum class Wording : std::uint8_t { kShort, kLong };
-[[nodiscard]] std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording wording);
-[[nodiscard]] std::string ReportText(const tagLimitRule& rule, const RuleInput& input, Wording wording);
+/// What the set says of a broken rule. `row`: the wording of the row; a set may have its own for a rule.
+[[nodiscard]] std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording row);
 
 }  // namespace surv

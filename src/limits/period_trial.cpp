@@ -1,6 +1,17 @@
 #include "limits/period_trial.h"
 
 namespace surv {
+namespace {
+
+void MoveFlatPosition(CSurvPosition& position, const tagOrderInfoForSurv& order) {
+    if (order.productType == product::kMarginPlus) {
+        position.ApplyLegChange(order);
+    } else {
+        position.ApplyChange(order);
+    }
+}
+
+}  // namespace
 
 void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, FlatPosition flat, GrossMode mode,
                PeriodTrial& trial) {
@@ -15,7 +26,7 @@ void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, F
     level.flatPositions[PeriodIndex(period)] = position;
     if (position) scrip.before = *position;
     scrip.after = scrip.before;
-    if (flat == FlatPosition::kMoves) scrip.after.ApplyChange(order);
+    if (flat == FlatPosition::kMoves) MoveFlatPosition(scrip.after, order);
 
     CClientExposure* account = book.accounts.accounts.Find(accountKey);
     if (!account) {

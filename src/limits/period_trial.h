@@ -19,7 +19,7 @@ struct PeriodTrial {
 enum class FlatPosition : std::uint8_t { kMoves, kStays };
 
 /// Runs the level's order. Sets its periodicity and leaves it at the period's mask.
-/// REQUIRES: order.ownerInfo is the category's; accountKey is the order's.
+/// REQUIRES: order.ownerInfo is the category's; accountKey is the order's; the trial has its rule set.
 void TryPeriod(LevelTrial& level, Period period, const AccountKey& accountKey, FlatPosition flat, GrossMode mode,
                PeriodTrial& trial);
 

@@ -8,7 +8,6 @@ namespace surv {
 namespace {
 
 constexpr std::int16_t kMarginlessEntity = 7;  ///< entityLevel of rows without an exposure margin
-constexpr double kMillion = 1000000.0;
 constexpr double kPaisePerRupee = 100.0;
 
 bool IsDerivativeExchange(std::int16_t exchangeMask) {
@@ -32,75 +31,64 @@ bool TakesPremium(const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSur
            ((row.limitOptions & kPremiumInMargin) != 0 || (order.riskPreference.marginFlags & kPremiumCounts) != 0);
 }
 
-/// One view of a change, raised by the client's add-on.
-class CMarginChange {
- public:
-    CMarginChange(const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const ScripTrial& trial)
-        : before_(trial.marginBefore),
-          after_(trial.marginAfter),
-          addOn_(order.riskPreference.marginAddOnFactor / kMillion),
-          premium_(TakesPremium(row, order)) {}
-
-    [[nodiscard]] double Of(double MarginReading::*margin) const { return Raised(after_.*margin - before_.*margin); }
-    /// The margin and, where it counts, the premium of the same view.
-    [[nodiscard]] double Of(double MarginReading::*margin, double MarginReading::*optionValue) const {
-        if (!premium_) return Of(margin);
-        return Of(margin) + Raised((after_.*optionValue - before_.*optionValue) / kPaisePerRupee);
-    }
-
- private:
-    [[nodiscard]] double Raised(double change) const { return change + addOn_ * change; }
-
-    const MarginReading& before_;
-    const MarginReading& after_;
-    double addOn_;
-    bool premium_;
-};
-
-void MoveOrderSide(BKSurveillanceLimitDefTag& row, const CMarginChange& change) {
-    row.usedMarginOrder += change.Of(&MarginReading::orderSide, &MarginReading::optionOrderSide);
-    row.usedMarginMax += change.Of(&MarginReading::worst, &MarginReading::optionWorst);
-}
-void MoveTradedSide(BKSurveillanceLimitDefTag& row, const CMarginChange& change) {
-    row.usedMarginTraded += change.Of(&MarginReading::tradedSide, &MarginReading::optionTradedSide);
-}
-void MoveExposureMargin(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const CMarginChange& change) {
-    const std::int16_t exchange = order.ExchangeMask();
-    if (IsCashExchange(exchange) || exchange == kMaskBseDerivatives || row.entityLevel == kMarginlessEntity) return;
-    row.usedExposureMargin += change.Of(&MarginReading::exposure);
+double Difference(const ScripTrial& trial, double MarginReading::*view) {
+    return trial.marginAfter.*view - trial.marginBefore.*view;
 }
 
-/// Exposure margin of NSE derivatives and NCDEX is part of what the row's margin limit holds, if the client has it so.
-void TakeExposureOption(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order) {
-    constexpr std::int16_t kNseFutures = 2;
-    constexpr std::int16_t kNseOptions = 3;
-    constexpr std::int16_t kNcdexFutures = 8;
-    const std::int16_t segment = order.marketSegment;
-    const bool here = segment == kNseFutures || segment == kNseOptions || segment == kNcdexFutures;
-    if ((order.riskPreference.marginFlags & kExposureMarginCounts) && IsAmong(kWholeTurnoverRows, row.limitMask) &&
-        here) {
-        row.limitOptions |= kExposureMarginInLimit;
-    }
+/// By the account's tree; with premium, each view's option value too.
+MarginChange TreeChange(const ScripTrial& trial, const RiskPreference& preference, bool premium) {
+    const MarginChange margin{Difference(trial, &MarginReading::orderSide),
+                              Difference(trial, &MarginReading::tradedSide), Difference(trial, &MarginReading::worst)};
+    const MarginChange raised = margin.Raised(preference);
+    if (!premium) return raised;
+    const MarginChange options{Difference(trial, &MarginReading::optionOrderSide) / kPaisePerRupee,
+                               Difference(trial, &MarginReading::optionTradedSide) / kPaisePerRupee,
+                               Difference(trial, &MarginReading::optionWorst) / kPaisePerRupee};
+    const MarginChange paid = options.Raised(preference);
+    return {raised.orderSide + paid.orderSide, raised.tradedSide + paid.tradedSide, raised.worst + paid.worst};
+}
+
+/// Rows that margin equity by its position.
+bool TakesPositionMargin(std::int16_t mask) {
+    return IsAmong(kCashRows, mask) || mask == 0x1FF || mask == 0xF || mask == 0x7F;
 }
 
 }  // namespace
 
-void MoveMarginForCheck(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const ScripTrial& trial) {
-    const CMarginChange change(row, order, trial);
-    MoveExposureMargin(row, order, change);
-    if (!TakesTreeMargin(row.limitMask, order.ExchangeMask())) return;
-    MoveOrderSide(row, change);
-    if (order.orderEventKind == event::kCorrection) MoveTradedSide(row, change);
+MarginChange GeneralMarginChange(const BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order,
+                                 const ScripTrial& trial) {
+    if (TakesTreeMargin(row.limitMask, order.ExchangeMask())) {
+        return TreeChange(trial, order.riskPreference, TakesPremium(row, order));
+    }
+    if (!TakesPositionMargin(row.limitMask)) return {};
+    return trial.positionMargin.Raised(order.riskPreference);
 }
 
-void MoveMarginForUpdate(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const ScripTrial& trial) {
-    const CMarginChange change(row, order, trial);
-    if (TakesTreeMargin(row.limitMask, order.ExchangeMask())) {
-        MoveOrderSide(row, change);
-        MoveTradedSide(row, change);
-    }
-    TakeExposureOption(row, order);
-    MoveExposureMargin(row, order, change);
+void MoveMargin(BKSurveillanceLimitDefTag& row, const MarginChange& change, TradedMargin traded) {
+    row.usedMarginOrder += change.orderSide;
+    row.usedMarginMax += change.worst;
+    if (traded == TradedMargin::kMoves) row.usedMarginTraded += change.tradedSide;
+}
+
+bool WeighsTradedMargin(std::int16_t limitMask, const tagOrderInfoForSurv& order) {
+    if (order.orderEventKind == event::kCorrection) return true;
+    if (TakesTreeMargin(limitMask, order.ExchangeMask())) return false;
+    return order.productType == product::kConvertToDelivery || limitMask == 0x7F;
+}
+
+void MoveExposureMargin(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order, const ScripTrial& trial) {
+    const std::int16_t exchange = order.ExchangeMask();
+    if (IsCashExchange(exchange) || exchange == kMaskBseDerivatives || row.entityLevel == kMarginlessEntity) return;
+    const MarginChange change{Difference(trial, &MarginReading::exposure), 0, 0};
+    row.usedExposureMargin += change.Raised(order.riskPreference).orderSide;
+}
+
+void TakeExposureOption(BKSurveillanceLimitDefTag& row, const tagOrderInfoForSurv& order) {
+    const bool counts = (order.riskPreference.marginFlags & kExposureMarginCounts) != 0;
+    const auto segment = static_cast<Segment>(order.marketSegment);
+    const bool here =
+        segment == Segment::kNseFutures || segment == Segment::kNseOptions || segment == Segment::kNcdexFutures;
+    if (counts && here && IsAmong(kWholeTurnoverRows, row.limitMask)) row.limitOptions |= kExposureMarginInLimit;
 }
 
 }  // namespace surv

@@ -20,6 +20,10 @@ inline constexpr std::array<std::int16_t, 14> kMarginRows{2,    3,    0xD,  0xF,
 inline constexpr std::array<std::int16_t, 4> kDerivativeRows{0xD, 0x61, 0x81, 0x101};
 /// Margin from the derivative tree for an order of a derivative exchange.
 inline constexpr std::array<std::int16_t, 4> kCombinedRows{0xF, 0x7F, 0x181, 0x1FF};
+/// Margin from the position, whatever the order.
+inline constexpr std::array<std::int16_t, 6> kCashRows{2, 3, 0x10, 0x11, 0x12, 0x13};
+/// Cash settlement, alone or with others: the product rule sets test more than the order's own size here alone.
+inline constexpr std::array<std::int16_t, 6> kSettlementRows{3, 0x11, 0x13, 0xF, 0x7F, 0x1FF};
 /// The exposure margin counts towards the margin rule; a check doesn't move usedTurnoverOrder.
 inline constexpr std::array<std::int16_t, 6> kWholeTurnoverRows{0xD, 0xF, 0x7F, 0x101, 0x181, 0x1FF};
 

@@ -3,10 +3,10 @@
 namespace surv {
 namespace {
 
-/// Worth of a quantity at a price, by lot on MCX when the house weights so.
-double OrderValue(const tagOrderInfoForSurv& order, std::int32_t quantity, std::int32_t price) {
+/// Worth of a quantity at a price; `weighted`: by lot on MCX when the house weights so.
+double OrderValue(const tagOrderInfoForSurv& order, bool weighted, std::int32_t quantity, std::int32_t price) {
     constexpr std::int16_t kMcxFutures = 7;
-    if (order.marketSegment == kMcxFutures && order.lotWeighting == LotWeighting::kOn) {
+    if (weighted && order.marketSegment == kMcxFutures && order.lotWeighting == LotWeighting::kOn) {
         return LotWeightedValue(order.marginRates, quantity, price);
     }
     return static_cast<double>(quantity) * static_cast<double>(price);
@@ -15,14 +15,18 @@ double OrderValue(const tagOrderInfoForSurv& order, std::int32_t quantity, std::
 }  // namespace
 
 void ScripTrial::FormFigures(const tagOrderInfoForSurv& order, GrossMode mode) {
-    figuresBefore = ExposureFigures::Of(before, mode);
-    figuresAfter = ExposureFigures::Of(after, mode);
-    grossFiguresBefore = ExposureFigures::Of(grossBefore, mode);
-    grossFiguresAfter = ExposureFigures::Of(grossAfter, mode);
+    const bool judgesExposures = set == RuleSet::kGeneral || set == RuleSet::kReport;
+    if (judgesExposures) {
+        figuresBefore = ExposureFigures::Of(before, mode);
+        figuresAfter = ExposureFigures::Of(after, mode);
+        grossFiguresBefore = ExposureFigures::Of(grossBefore, mode);
+        grossFiguresAfter = ExposureFigures::Of(grossAfter, mode);
+    }
+    positionMargin = PositionMarginChange(set, order, before, after);
     squareOff = IsSquareOffOrder(order, after);
     grossSquareOff = IsSquareOffOrder(order, grossAfter);
-    newValue = OrderValue(order, order.quantity, order.price);
-    oldValue = OrderValue(order, order.prevQuantity, order.prevPrice);
+    newValue = OrderValue(order, judgesExposures, order.quantity, order.price);
+    oldValue = OrderValue(order, judgesExposures, order.prevQuantity, order.prevPrice);
 }
 
 bool IsSquareOffOrder(const tagOrderInfoForSurv& order, const CSurvPosition& after) {

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "limits/margin_change.h"
+#include "limits/rule_set.h"
 #include "margin/margin_records.h"
 #include "positions/exposure_figures.h"
 #include "positions/position.h"
@@ -24,6 +26,7 @@ struct ScripTrial {
     CSurvPosition grossBefore;  ///< the account's own
     CSurvPosition grossAfter;
 
+    RuleSet set = RuleSet::kGeneral;  ///< the rules that judge the order here
     ExposureFigures figuresBefore;
     ExposureFigures figuresAfter;
     ExposureFigures grossFiguresBefore;
@@ -34,9 +37,11 @@ struct ScripTrial {
     double oldValue = 0;          ///< paise, before it
     MarginReading marginBefore;   ///< of the account on the order's exchange
     MarginReading marginAfter;
-    MtmFigures mtm;  ///< formed for updates alone: a check moves no MTM
+    MarginChange positionMargin;  ///< of the netted position
+    double conversionMargin = 0;  ///< rupees that a conversion frees on the side it takes from
+    MtmFigures mtm;               ///< formed for updates alone: a check moves no MTM
 
-    /// Forms the figures from the four positions. REQUIRES: they are in place.
+    /// Forms the figures from the four positions. REQUIRES: they and the set are in place.
     void FormFigures(const tagOrderInfoForSurv& order, GrossMode mode);
 };
 

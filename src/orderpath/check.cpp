@@ -3,6 +3,7 @@
 #include "orderpath/hierarchy.h"
 #include "orderpath/intake.h"
 #include "orderpath/level_walk.h"
+#include "orderpath/market_price.h"
 #include "orderpath/policy.h"
 #include "orderpath/refusal.h"
 #include "orderpath/risk_lookup.h"
@@ -14,16 +15,6 @@ namespace {
 
 constexpr std::int16_t kNoOrder = 2070;
 
-bool TakesMarketPrice(const tagOrderInfoForSurv& order) {
-    return order.productType != product::kConvertToDelivery && order.productType != product::kConvertToMargin;
-}
-
-/// Deliveries are looked up under a key of their own.
-std::int64_t PriceKey(const tagOrderInfoForSurv& order) {
-    const bool delivery = order.productType == product::kDelivery || order.productType == product::kConvertToDelivery;
-    return PlainKey(static_cast<std::int16_t>(order.ExchangeMask() + (delivery ? 5 : 0)), order.token);
-}
-
 Refusal NoMarket(const OrderIntake& intake) {
     const std::string symbol{FieldText(intake.order.contract.symbol)};
     const std::string series{FieldText(intake.order.contract.series)};
@@ -33,12 +24,10 @@ Refusal NoMarket(const OrderIntake& intake) {
 }
 
 /// Takes the scrip's prices, and a price for an order at market. False: there is no market.
-bool TakeMarketPrices(const CSurveillanceManager& manager, OrderIntake& intake) {
+bool PriceOrder(const CSurveillanceManager& manager, OrderIntake& intake) {
     tagOrderInfoForSurv& order = intake.order;
-    if (!TakesMarketPrice(order)) return true;
-    if (const CBroadcastScrip* scrip = manager.broadcastHash.Find(PriceKey(order))) {
-        FillPrices(order, *scrip, PriceScale::kOrder);
-    }
+    if (order.IsConversion()) return true;
+    TakeMarketPrices(manager, order);
     // A stored order at market went in at the price that the check would have taken.
     if (intake.view.message->code == 2040 && order.prevQuantity > 0 && order.prevPrice == 0) {
         order.prevPrice = MarketPrice(order);
@@ -58,21 +47,21 @@ Refusal NoRiskParameters(const OrderIntake& intake) {
             WithClientText(intake.clientText, "RPF Details not available")};
 }
 
-/// Products come with their own rules; until then an order in them is refused, not let through. A derivative order
-/// needs no product.
-bool IsServed(const tagOrderInfoForSurv& order) {
-    if (order.productType == product::kMargin || order.productType == product::kAmoMargin) return true;
-    return order.productType == product::kNone && !IsCashSegment(order.marketSegment);
-}
-
-Refusal NotServed() {
-    return {status::kRefused, code::kRefused, CodeUse::kErrorCode, "Product or segment not served by this version "};
+/// Whose conversions are answered in the order's record, too.
+bool WantsRejectionText(const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order) {
+    constexpr int kOwnDealing = 4;
+    return order.IsConversion() && (IsOwnClient(request.dealerType) ||
+                                    (request.dealerType == level::kClientsDealer && request.clientType == kOwnDealing));
 }
 
 /// The text of a refusal in the walk climbs to the host with the client ahead and " of " behind.
-Refusal AtEndOfWalk(const OrderIntake& intake, Refusal refusal) {
+Refusal AtEndOfWalk(const tagSurveillanceInfo& request, const OrderIntake& intake, Refusal refusal) {
     refusal.status = status::kRefused;
-    refusal.text = WithClientText(intake.clientText, refusal.text.append(" of "));
+    refusal.text.append(" of ");
+    if (intake.view.order && WantsRejectionText(request, intake.order)) {
+        WriteField(intake.view.order->rejectionText, refusal.text);
+    }
+    refusal.text = WithClientText(intake.clientText, refusal.text);
     return refusal;
 }
 
@@ -88,7 +77,7 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
     intake.view = ViewRequest(request);
     if (!intake.view.message || !intake.view.message->inCheck) return kNotDone;
     if (intake.view.message->code == kNoOrder) return kDone;
-    if (!ReadCheckRequest(request, context_, intake)) return kNotDone;
+    if (!ReadRequest(request, context_, OrderRoad::kCheck, intake)) return kNotDone;
     tagOrderInfoForSurv& order = intake.order;
     WriteField(request.failedLevelCode, order.levelCode.View());
 
@@ -102,17 +91,17 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
 
     FillCheckEvent(intake);
     ScaleNcdexPrices(order);  // before the market's prices come in, which are scaled already
-    const bool priced = TakeMarketPrices(*this, intake);
+    const bool priced = PriceOrder(*this, intake);
     order.scripInfo = context_.stores.FindOrMakeScrip(order);
     if (!priced) return refuse(NoMarket(intake));
-    if (NeedsRiskParameters(order) && !TakeRiskParameters(*this, hierarchy, order)) {
-        return refuse(NoRiskParameters(intake));
+    if (NeedsRiskParameters(order)) {
+        if (!FindRiskParameters(context_, order)) return refuse(NoRiskParameters(intake));
+        RegisterContract(*this, hierarchy, order);
     }
     order.parentCode = ParentCodeOf(order, request);
     const PolicyAnswer policy = TestOrderPolicy(*this, request, intake, hierarchy);
     if (policy.end == PolicyEnd::kRefused) return refuse(policy.refusal);
     if (policy.end == PolicyEnd::kPassesAtOnce) return kDone;
-    if (!IsServed(order)) return refuse(NotServed());
 
     CLevelWalk walk(*this, request, intake, hierarchy, lists, probe ? CheckMode::kProbe : CheckMode::kReal);
     const CLevelWalk::End end = walk.Run();
@@ -121,7 +110,8 @@ std::int16_t CSurveillanceManager::CheckSurveillance(tagSurveillanceInfo& reques
         return kDone;
     }
     walk.Rollback();
-    return refuse(end == CLevelWalk::End::kRefused ? AtEndOfWalk(intake, walk.GetRefusal()) : walk.GetRefusal());
+    return refuse(end == CLevelWalk::End::kRefused ? AtEndOfWalk(request, intake, walk.GetRefusal())
+                                                   : walk.GetRefusal());
 }
 
 }  // namespace surv

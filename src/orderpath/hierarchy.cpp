@@ -1,5 +1,7 @@
 #include "orderpath/hierarchy.h"
 
+#include <algorithm>
+
 #include "service/manager.h"
 
 namespace surv {
@@ -31,6 +33,32 @@ constexpr std::array kTests{
     HierarchyTest{Level::kRoot, "Limits not Set or Invalid dealer Code", "Relevant Limits not Set for Dealer Code",
                   LimitTest::kAlways, 0},
 };
+
+const HierarchyTest& TestOf(Level level) {
+    return *std::find_if(kTests.begin(), kTests.end(),
+                         [level](const HierarchyTest& test) { return test.level == level; });
+}
+
+/// In the order of an event's tests.
+constexpr std::array kEventTests{Level::kDealer, Level::kGroup,     Level::kFamily,
+                                 Level::kClient, Level::kSubClient, Level::kRoot};
+
+/// Where the request keeps the flags of a level.
+struct LevelFlags {
+    int checkBit;
+    int marginBit;
+};
+LevelFlags FlagsOf(Level level) {
+    switch (level) {
+        case Level::kSubClient: return {5, 4};
+        case Level::kClient: return {4, 3};
+        case Level::kFamily: return {3, 2};
+        case Level::kDealer: return {2, 1};
+        case Level::kGroup: return {1, 0};
+        case Level::kRoot: break;
+    }
+    return {8, 8};  // no such bit in a byte
+}
 
 enum class Presence : std::uint8_t { kAbsent, kOptional, kRequired };
 
@@ -91,6 +119,28 @@ std::int16_t LevelTypeOf(Level level, const tagSurveillanceInfo& request) {
         case Level::kRoot: break;
     }
     return -1;
+}
+
+bool HasCheckFlag(Level level, const tagSurveillanceInfo& request) {
+    return (request.levelCheckFlags >> FlagsOf(level).checkBit & 1) != 0;
+}
+bool HasMarginFlag(Level level, const tagSurveillanceInfo& request) {
+    return (request.levelMarginFlags >> FlagsOf(level).marginBit & 1) != 0;
+}
+
+HierarchyRefusal FindEventHierarchy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,
+                                    const tagOrderInfoForSurv& order, bool dealerOnly, CHierarchy& hierarchy) {
+    const bool familiesInForce = manager.Context().settings.familyLevelEnabled;
+    for (const Level level : kEventTests) {
+        const Presence presence = PresenceOf(level, request, order, familiesInForce);
+        if (presence == Presence::kAbsent) continue;
+        const CodeText code = LevelCodeOf(level, request);
+        CSurveillanceCategory* category = manager.FindCategory(code);
+        hierarchy.Set(level, category);
+        if (!category && presence == Presence::kRequired) return {TestOf(level).unknown, code};
+        if (dealerOnly) break;
+    }
+    return {};
 }
 
 HierarchyRefusal FindHierarchy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,

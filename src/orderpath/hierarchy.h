@@ -41,9 +41,22 @@ struct HierarchyRefusal {
 /// Level type as the answer shows it: the family's is 8, the root's -1.
 [[nodiscard]] std::int16_t LevelTypeOf(Level level, const tagSurveillanceInfo& request);
 
+/// In the order in which categories are entered among those that a scrip concerns.
+inline constexpr std::array kEntryOrder{Level::kDealer, Level::kGroup,  Level::kRoot,
+                                        Level::kFamily, Level::kClient, Level::kSubClient};
+
+/// The level's flags in the request; the root has none. The two bytes differ by one place.
+[[nodiscard]] bool HasCheckFlag(Level level, const tagSurveillanceInfo& request);
+[[nodiscard]] bool HasMarginFlag(Level level, const tagSurveillanceInfo& request);
+
 /// Finds the categories of an order and tests, level after level, that each required one exists and has limits for
 /// the order's segment.
 [[nodiscard]] HierarchyRefusal FindHierarchy(const CSurveillanceManager& manager, const tagSurveillanceInfo& request,
                                              const tagOrderInfoForSurv& order, CHierarchy& hierarchy);
+
+/// The same for an event, which needs no limits; dealerOnly: the dealer alone.
+[[nodiscard]] HierarchyRefusal FindEventHierarchy(const CSurveillanceManager& manager,
+                                                  const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order,
+                                                  bool dealerOnly, CHierarchy& hierarchy);
 
 }  // namespace surv

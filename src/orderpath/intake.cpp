@@ -14,7 +14,9 @@ bool HasNoClientLevel(const tagOrderInfoForSurv& order) {
     return order.clientLevelType == kOwnLevel || order.clientLevelType == kNoLevel;
 }
 
-void ReadOrderRecord(OrderIntake& intake, const tagOrderRequest& record, std::int16_t messageCode) {
+/// Of an order as it is requested, or as the host has stored it.
+template <class Record>
+void ReadOrderRecord(OrderIntake& intake, const Record& record, std::int16_t messageCode) {
     tagOrderInfoForSurv& order = intake.order;
     intake.clientText = ClientTextOf(record.clientAccount);
     order.accountCode = AccountOf(record.accountText);
@@ -36,6 +38,44 @@ void ReadCorrectionRecord(OrderIntake& intake, const tagTradeCorrectionRequest& 
     if (order.buySell == kSell) intake.clientText = ClientTextOf(record.sellClientAccount);
     order.contract = record.contract;
     if (intake.view.orderInfo) order.proClient = intake.view.orderInfo->proClient;
+}
+
+/// A trade's account and holder stand in its stored order.
+void ReadTradeRecord(OrderIntake& intake, const tagTradeInfo& record, std::int16_t messageCode) {
+    tagOrderInfoForSurv& order = intake.order;
+    intake.clientText = ClientTextOf(record.clientAccount);
+    order.contract = record.contract;
+    order.marginPlusLeg = record.marginPlusLeg;
+    order.buySell = record.buySell;
+    order.productType = ProductTypeOf(record.productType, messageCode);
+    if (const tagOrderInfo* stored = intake.view.orderInfo) {
+        order.accountCode = AccountOf(stored->accountText);
+        order.proClient = stored->proClient;
+        order.nriClient = stored->clientCategory[0] == 'N';
+    }
+}
+
+/// Reads the record that the message code makes the primary one. Gives its exchange mask; 0: there is none.
+std::int16_t ReadPrimaryRecord(OrderIntake& intake) {
+    const RequestView& view = intake.view;
+    const std::int16_t messageCode = view.message->code;
+    if (const tagOrderRequest* record = view.order) {
+        ReadOrderRecord(intake, *record, messageCode);
+        return record->exchangeMask;
+    }
+    if (const tagTradeCorrectionRequest* record = view.correction) {
+        ReadCorrectionRecord(intake, *record);
+        return record->exchangeMask;
+    }
+    if (const tagTradeInfo* record = view.primaryTrade) {
+        ReadTradeRecord(intake, *record, messageCode);
+        return record->exchangeMask;
+    }
+    if (const tagOrderInfo* record = view.orderInfo) {
+        ReadOrderRecord(intake, *record, messageCode);
+        return record->exchangeMask;
+    }
+    return 0;
 }
 
 void CopyHead(tagOrderInfoForSurv& order, const tagSurveillanceInfo& request, const Settings& settings) {
@@ -79,13 +119,14 @@ void SetLevelTypes(tagOrderInfoForSurv& order, const tagSurveillanceInfo& reques
 }
 
 /// A client or dealer of type 3 or 5 off the commodity exchange reaches only levels of type 3, 5 and 8.
-void NarrowLevels(OrderIntake& intake, tagSurveillanceInfo& request, std::int16_t exchangeMask) {
+void NarrowLevels(OrderIntake& intake, tagSurveillanceInfo& request, std::int16_t exchangeMask, OrderRoad road) {
     constexpr int kCommodityBits = 0x30;
-    constexpr std::uint8_t kClearedChecks = 0b0011'0111;  // bits 0, 1, 2, 4 and 5
+    // Bits 0, 1, 2, 4 and 5; an update leaves the sub client's.
+    const std::uint8_t clearedChecks = road == OrderRoad::kCheck ? 0b0011'0111 : 0b0001'0111;
     const bool narrow = request.clientType == 3 || request.clientType == 5 || request.dealerType == 5;
     if ((exchangeMask & kCommodityBits) != 0 || !narrow) return;
     intake.updateAllLevels = false;
-    request.levelCheckFlags &= static_cast<std::uint8_t>(~kClearedChecks);
+    request.levelCheckFlags &= static_cast<std::uint8_t>(~clearedChecks);
 }
 
 /// Prices and quantity of the two legs of a bracket order.
@@ -104,21 +145,15 @@ void FillLegs(tagOrderInfoForSurv& order, const tagOrderRequest& record, std::in
 
 }  // namespace
 
-bool ReadCheckRequest(tagSurveillanceInfo& request, const SurvContext& context, OrderIntake& intake) {
+bool ReadRequest(tagSurveillanceInfo& request, const SurvContext& context, OrderRoad road, OrderIntake& intake) {
     tagOrderInfoForSurv& order = intake.order;
-    std::int16_t exchangeMask = 0;
-    if (const tagOrderRequest* record = intake.view.order) {
-        exchangeMask = record->exchangeMask;
-        ReadOrderRecord(intake, *record, request.messageCode);
-    } else if (const tagTradeCorrectionRequest* correction = intake.view.correction) {
-        exchangeMask = correction->exchangeMask;
-        ReadCorrectionRecord(intake, *correction);
-    }
+    const std::int16_t exchangeMask = ReadPrimaryRecord(intake);
     if (exchangeMask == 0) return false;
     CopyHead(order, request, context.settings);
     SetLevelTypes(order, request);
     order.marketSegment = SegmentOfContract(exchangeMask, order.contract.strikePrice);
-    NarrowLevels(intake, request, exchangeMask);
+    order.isinCode = context.stores.FindIsin(exchangeMask, order.token);
+    NarrowLevels(intake, request, exchangeMask, road);
     return true;
 }
 

@@ -1,6 +1,10 @@
 #include "orderpath/level_commit.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "categories/limit_store.h"
+#include "limits/holding_trial.h"
 #include "limits/period_trial.h"
 
 namespace surv {
@@ -33,7 +37,7 @@ bool MovesTotalMtm(const LevelTrial& level) {
 double ScripMtm(const PeriodBook& book, const tagOrderInfoForSurv& order) {
     CSurvPosition sum;
     for (const CExposureDetails* set : {&book.clientLevelExposures, &book.exposures}) {
-        const CSurvPosition* position = set->Find(FlatKey(order));
+        const CSurvPosition* position = set->Find(TreeKey(order));
         const bool traded = position && (position->data.tradedBuyQty > 0 || position->data.tradedSellQty > 0);
         if (traded) sum.AddPositionData(position->data);
     }
@@ -86,8 +90,28 @@ bool Moves(const LevelTrial& level, bool updateAllLevels) {
     return updateAllLevels || IsAlwaysUpdatedLevel(EffectiveLevelOf(level));
 }
 
-}  // namespace
+/// The level's own position of the period takes the order, and with a delivery's the holding.
+void CommitPositions(LevelTrial& level, Period period) {
+    CSurveillanceCategory& category = *level.category;
+    const tagOrderInfoForSurv& order = level.order;
+    CUndoLog& undo = category.Context().undo;
+    CExposureDetails& exposures = category.Book(period).exposures;
+    if (order.productType == product::kMarginPlus) {
+        exposures.CommitLegPosition(order, 1, undo);
+        exposures.CommitLegPosition(order, 2, undo);
+        return;
+    }
+    CSurvPosition* const known = level.flatPositions[PeriodIndex(period)];
+    if (!order.deliveryLevel || !order.IsDelivery()) {
+        exposures.CommitPosition(order, known, undo);
+        return;
+    }
+    const CSurvPosition before = known ? *known : CSurvPosition{};
+    const CSurvPosition& after = exposures.CommitPosition(order, known, undo);
+    CommitHolding(category, order, before, after);
+}
 
+/// Makes the order real at one level.
 void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     CSurveillanceCategory& category = *level.category;
     tagOrderInfoForSurv& order = level.order;
@@ -98,18 +122,19 @@ void CommitOrder(LevelTrial& level, bool updateAllLevels) {
     if (level.road == LevelRoad::kPassedOver) category.NoteOrderMarket(order, OrderRoad::kUpdate);
     order.ownerInfo = category.OwnerOf(order);
     for (const Period period : kPeriods) {
+        const bool tried = period == Period::kExpiry || order.HasDailySide();
         order.periodicity = PeriodicityOf(order.marketSegment, period);
-        PeriodBook& book = category.Book(period);
         CTotalMtm totalMtm(level, period);
-        if (moves) book.exposures.CommitPosition(order, level.flatPositions[PeriodIndex(period)], undo);
-        if (level.road == LevelRoad::kPassedOver) RunAccount(level, period);
-        if (clientLevelSets) book.clientLevelExposures.CommitPosition(order, nullptr, undo);
+        if (moves && tried) CommitPositions(level, period);
+        if (tried && level.road == LevelRoad::kPassedOver) RunAccount(level, period);
+        if (clientLevelSets) category.Book(period).clientLevelExposures.CommitAt(TreeKey(order), order, undo);
         totalMtm.Follow(undo);
     }
     // A level that was only updated has recorded the order there and then.
     if (level.road != LevelRoad::kUpdated) category.RecordOrder(order, level.accounts);
 }
 
+/// Ends the trial of the rows of one level.
 void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,
                 CPtrList* limitRows) {
     SurvContext& context = level.category->Context();
@@ -120,6 +145,43 @@ void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows,
         } else if (limitRows) {
             AppendRow(*limitRows, *row, context.settings.RowsAreLive());
         }
+    }
+}
+
+/// The rows that a level hands out. Where one category stands at two levels, the first to commit hands out the rows
+/// of both, each once.
+std::vector<CSurvLimitEntry*> TakeSharedRows(std::span<LevelTrial* const> levels, const TrialBuffers& buffers,
+                                             const CSurveillanceCategory* category) {
+    std::vector<CSurvLimitEntry*> rows;
+    for (LevelTrial* trial : levels) {
+        if (trial->category != category) continue;
+        for (std::size_t i = trial->touched.from; i < trial->touched.to; ++i) {
+            CSurvLimitEntry* const row = buffers.touched[i];
+            if (std::find(rows.begin(), rows.end(), row) == rows.end()) rows.push_back(row);
+        }
+        trial->touched = {};
+    }
+    return rows;
+}
+
+bool IsShared(std::span<LevelTrial* const> levels, const CSurveillanceCategory* category) {
+    return std::count_if(levels.begin(), levels.end(),
+                         [category](const LevelTrial* trial) { return trial->category == category; }) > 1;
+}
+
+}  // namespace
+
+void CommitLevels(std::span<LevelTrial* const> levels, const TrialBuffers& buffers, bool updateAllLevels,
+                  CPtrList* limitRows) {
+    for (LevelTrial* trial : levels) CommitOrder(*trial, updateAllLevels);
+    for (LevelTrial* trial : levels) {
+        if (IsShared(levels, trial->category)) {
+            CommitRows(*trial, TakeSharedRows(levels, buffers, trial->category), updateAllLevels, limitRows);
+            continue;
+        }
+        const std::span<CSurvLimitEntry* const> rows{buffers.touched.data() + trial->touched.from,
+                                                     trial->touched.to - trial->touched.from};
+        CommitRows(*trial, rows, updateAllLevels, limitRows);
     }
 }
 

@@ -7,13 +7,10 @@
 
 namespace surv {
 
-/// Makes the order real at one level: the flat positions take it, and a level that the walk passed over runs its
-/// accounts.
-void CommitOrder(LevelTrial& level, bool updateAllLevels);
-
-/// Ends the trial of the rows that a level has touched: they go to limitRows, which may be null. Where the level's
-/// positions don't move they get their images back instead.
-void CommitRows(const LevelTrial& level, std::span<CSurvLimitEntry* const> rows, bool updateAllLevels,
-                CPtrList* limitRows);
+/// Makes the order real at the levels, one after the other: the flat positions take it, and a level that the walk
+/// passed over runs its accounts. Then the trials of the rows that they have touched end: they go to limitRows, which
+/// may be null; where a level's positions don't move they get their images back instead.
+void CommitLevels(std::span<LevelTrial* const> levels, const TrialBuffers& buffers, bool updateAllLevels,
+                  CPtrList* limitRows);
 
 }  // namespace surv

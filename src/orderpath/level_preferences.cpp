@@ -1,5 +1,7 @@
 #include "orderpath/level_preferences.h"
 
+#include "limits/conversion_trial.h"
+#include "platform/numeric.h"
 #include "reference/preferences.h"
 #include "service/manager.h"
 
@@ -66,13 +68,19 @@ const Record* OverallRecord(const CSurveillanceCategory& category, Level level, 
     return own ? own : family;
 }
 
+constexpr const char* kConversionAfterSession = "Position conversion Not Allowed after squareoff session";
+
+bool IsAfterSquareOffSession(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
+    return settings.Get(CAutoSquareOffSettings::kSession, order.ExchangeMask()) == 1;
+}
+
 bool IsSquareOffOnly(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
     const RiskPreference& preference = order.riskPreference;
     if (preference.fundFlags & kSquareOffOnly) return true;
     if (order.productType == product::kAmoMargin || order.productType == product::kAmoDelivery) return false;
     const std::int16_t mask = order.ExchangeMask();
     const bool byTime = settings.Get(CAutoSquareOffSettings::kTime, mask) == 1;
-    const bool bySession = settings.Get(CAutoSquareOffSettings::kSession, mask) == 1;
+    const bool bySession = IsAfterSquareOffSession(order, settings);
     return (byTime && (preference.marginFlags & kSquareOffByTime)) ||
            (bySession && (preference.marginFlags & kSquareOffBySession));
 }
@@ -95,8 +103,9 @@ void LoadEffectivePreference(const CSurveillanceManager& manager, const CSurveil
     }
 }
 
-bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
-                           const tagSurveillanceInfo& request, tagOrderInfoForSurv& order, Refusal& refusal) {
+std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager, Level level,
+                                                  CSurveillanceCategory& category, const tagSurveillanceInfo& request,
+                                                  tagOrderInfoForSurv& order) {
     const Settings& settings = manager.Context().settings;
     const bool familyCounts =
         settings.familyLevelEnabled && (level == Level::kClient || IsOwnClient(request.dealerType));
@@ -107,13 +116,70 @@ bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveill
     if (found) {
         order.riskPreference = TravellingPart(*found);
         if (const char* text = ProductRefusal(order)) {
-            refusal = {status::kRefused, code::kRefused, CodeUse::kErrorCode, text};
-            return false;
+            return LevelRefusal{{status::kRefused, code::kRefused, CodeUse::kErrorCode, text}, level == Level::kClient};
         }
     }
     if (const Record* overall = OverallRecord(category, level, familyCounts)) TakeOverall(order, *overall);
     order.squareOffOnlyFlag = IsSquareOffOnly(order, settings.autoSquareOff);
-    return true;
+
+    if (!CountsDeliveries(level, request)) return std::nullopt;
+    if (order.IsConversion() && IsAfterSquareOffSession(order, settings.autoSquareOff)) {
+        return LevelRefusal{{status::kRefused, 0, CodeUse::kNone, kConversionAfterSession}, true};
+    }
+    order.deliveryLevel = order.IsDelivery() || order.IsConversion() || order.productType == product::kMtf;
+    return std::nullopt;
+}
+
+namespace {
+
+/// What stands for a missing record lies over that of the level before.
+void LayDefaults(RiskPreference& preference, std::int16_t exchangeMask) {
+    constexpr std::uint8_t kModeBits = 0b0001'1111;
+    preference.exchange = exchangeMask;
+    preference.token = kAllSecurities;
+    preference.prefMarginRate = 0;
+    preference.marginAddOnFactor = 0;
+    preference.prefMarginMode = 0;
+    preference.marginFlags = 0;
+    preference.carried = 1;
+    preference.fundFlags &= static_cast<std::uint8_t>(~kModeBits);
+}
+
+}  // namespace
+
+void TakeOwnPreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category, PreferenceRoad road,
+                       tagOrderInfoForSurv& order) {
+    if (!category.ownPreferences) return;
+    if (const Record* record = manager.FindOwnPreference(category, order.ExchangeMask())) {
+        order.riskPreference = TravellingPart(*record);
+    } else if (road == PreferenceRoad::kEvent) {
+        order.riskPreference = DefaultPreferenceOf(order.ExchangeMask());
+    } else if (manager.defaultRiskPreference) {
+        LayDefaults(order.riskPreference, order.ExchangeMask());
+    }
+}
+
+void ApplyEventPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
+                           const tagSurveillanceInfo& request, PreferenceRoad road, tagOrderInfoForSurv& order) {
+    const bool familyCounts = manager.Context().settings.familyLevelEnabled && CountsDeliveries(level, request);
+    if (familyCounts) LinkFamily(manager, category, LevelCodeOf(level, request), request);
+    const Record* family = FamilyRecord(category, familyCounts, order.ExchangeMask());
+    if (family) order.riskPreference = TravellingPart(*family);
+    if (!family || level == Level::kClient) TakeOwnPreference(manager, category, road, order);
+}
+
+bool CountsDeliveries(Level level, const tagSurveillanceInfo& request) {
+    return level == Level::kClient || (level == Level::kDealer && IsOwnClient(request.dealerType));
+}
+
+std::int32_t ConversionPrice(const CSurveillanceCategory& category, const tagOrderInfoForSurv& order) {
+    const CSurvPosition* const source = FindConversionSource(category, order);
+    if (!source) return 0;
+    const tagSurvPositionData& held = source->data;
+    const std::int64_t quantity = order.IsBuy() ? held.tradedBuyQty : held.tradedSellQty;
+    const double value = order.IsBuy() ? held.tradedBuyValue : held.tradedSellValue;
+    if (quantity < order.quantity || quantity == 0) return 0;
+    return order.price != 0 ? order.price : ClampToInt32(value / static_cast<double>(quantity));
 }
 
 }  // namespace surv

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
+#include "orderpath/event_sweep.h"
 #include "orderpath/hierarchy.h"
 #include "orderpath/refusal.h"
 
@@ -14,10 +18,31 @@ class CSurveillanceManager;
 void LoadEffectivePreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category,
                              tagOrderInfoForSurv& order);
 
-/// At the client and the dealer: the family's preference before the own one, the square-off settings and the product
-/// test. True when the product is allowed; else `refusal` tells why.
-[[nodiscard]] bool ApplyLevelPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
-                                         const tagSurveillanceInfo& request, tagOrderInfoForSurv& order,
-                                         Refusal& refusal);
+/// A level whose preferences have something against the order.
+struct LevelRefusal {
+    Refusal refusal;
+    bool endsCall = false;  ///< the refusal is the answer as it stands; else it climbs like that of a rule
+};
+
+/// At the client and the dealer: the family's preference before the own one, the square-off settings, the product test,
+/// and whether deliveries count here. Null: nothing against the order.
+[[nodiscard]] std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager, Level level,
+                                                                CSurveillanceCategory& category,
+                                                                const tagSurveillanceInfo& request,
+                                                                tagOrderInfoForSurv& order);
+
+/// A level of an event: its own preference, else everybody's; where it has a map without either, the defaults.
+void TakeOwnPreference(const CSurveillanceManager& manager, const CSurveillanceCategory& category, PreferenceRoad road,
+                       tagOrderInfoForSurv& order);
+/// The client and the dealer of an event: the family's first. A client's own goes before it, a dealer's behind.
+void ApplyEventPreferences(CSurveillanceManager& manager, Level level, CSurveillanceCategory& category,
+                           const tagSurveillanceInfo& request, PreferenceRoad road, tagOrderInfoForSurv& order);
+
+/// The level at which the deliveries of an order count: the client, or a dealer that is its own. False: no level.
+[[nodiscard]] bool CountsDeliveries(Level level, const tagSurveillanceInfo& request);
+
+/// What a unit of a conversion is worth, paise: the order's price, else the average at which the source position was
+/// traded; 0 when the category hasn't got the quantity.
+[[nodiscard]] std::int32_t ConversionPrice(const CSurveillanceCategory& category, const tagOrderInfoForSurv& order);
 
 }  // namespace surv

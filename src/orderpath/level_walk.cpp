@@ -10,17 +10,6 @@
 namespace surv {
 namespace {
 
-/// Where the request keeps the flags of a level. The two bytes differ by one place.
-struct LevelFlags {
-    Level level;
-    int checkBit;
-    int marginBit;
-};
-constexpr std::array kLevelFlags{
-    LevelFlags{Level::kSubClient, 5, 4}, LevelFlags{Level::kClient, 4, 3}, LevelFlags{Level::kFamily, 3, 2},
-    LevelFlags{Level::kDealer, 2, 1},    LevelFlags{Level::kGroup, 1, 0},
-};
-
 constexpr std::array kWalkOrder{Level::kSubClient, Level::kClient, Level::kFamily,
                                 Level::kDealer,    Level::kGroup,  Level::kRoot};
 constexpr std::array kCommitOrder{Level::kGroup,     Level::kDealer, Level::kClient,
@@ -28,7 +17,8 @@ constexpr std::array kCommitOrder{Level::kGroup,     Level::kDealer, Level::kCli
 constexpr std::array kRollbackOrder{Level::kGroup,  Level::kDealer,    Level::kFamily,
                                     Level::kClient, Level::kSubClient, Level::kRoot};
 
-bool Flag(std::uint8_t flags, int bit) { return (flags >> bit & 1) != 0; }
+/// Deliveries, conversions to them and margin funding are no matter of the group and the house.
+bool SkipsHouse(const tagOrderInfoForSurv& order) { return order.IsDelivery() || order.productType == product::kMtf; }
 
 }  // namespace
 
@@ -40,28 +30,20 @@ CLevelWalk::CLevelWalk(CSurveillanceManager& manager, tagSurveillanceInfo& reque
       intake_(intake),
       hierarchy_(hierarchy),
       lists_(lists),
-      mode_(mode) {}
-
-CLevelWalk::~CLevelWalk() {
-    if (ended_) return;
-    // An exception cut the call short: nothing it changed may stand.
-    context_.undo.Restore(CUndoLog::Mark{}, context_.undo.Here());
-    EndTrial();
-}
-
-void CLevelWalk::EndTrial() {
-    context_.undo.Clear();
-    manager_.Buffers().Clear();
-    ended_ = true;
-}
+      mode_(mode),
+      scope_(context_.undo, manager.Buffers()) {}
 
 bool CLevelWalk::IsChecked(Level level) const {
     if (level == Level::kRoot) return true;
-    return Flag(request_.levelCheckFlags, kLevelFlags[static_cast<std::size_t>(level)].checkBit);
+    // Of the products that a group doesn't see, a dealer that isn't its own client only takes the order in.
+    if (level == Level::kDealer && SkipsHouse(intake_.order) && !CountsDeliveries(level, request_)) return false;
+    return HasCheckFlag(level, request_);
 }
 
 bool CLevelWalk::WalkComesTo(Level level) const {
     if (!hierarchy_.At(level) || !Continues()) return false;
+    const bool house = level == Level::kGroup || level == Level::kRoot;
+    if (house && SkipsHouse(intake_.order)) return false;
     return level != Level::kRoot || intake_.updateAllLevels;
 }
 
@@ -73,38 +55,60 @@ LevelTrial& CLevelWalk::Open(Level level) {
     tagOrderInfoForSurv& order = trial.order;
     order.levelCode = LevelCodeOf(level, request_);
     if (level == Level::kSubClient) order.parentCode = FieldText(request_.clientCode);
-    const bool marginApplies =
-        level == Level::kRoot ? order.contract.expiryDate != 0
-                              : Flag(request_.levelMarginFlags, kLevelFlags[static_cast<std::size_t>(level)].marginBit);
+    const bool marginApplies = level == Level::kRoot ? order.contract.expiryDate != 0 : HasMarginFlag(level, request_);
     order.levelMarginFlag = marginApplies ? 1 : 0;
     order.riskPreference = DefaultPreferenceOf(order.ExchangeMask());
     return trial;
 }
 
 CLevelWalk::End CLevelWalk::Run() {
+    if (!PriceConversion()) return End::kRefused;
     for (const Level level : kWalkOrder) {
         if (WalkComesTo(level) && !TryLevel(level)) return End::kRefusedAtOnce;
     }
     return passing_ && mode_ == CheckMode::kReal ? End::kPass : End::kRefused;
 }
 
+bool CLevelWalk::PriceConversion() {
+    tagOrderInfoForSurv& order = intake_.order;
+    if (!order.IsConversion()) return true;
+    const auto* const counting = std::find_if(kWalkOrder.begin(), kWalkOrder.end(), [&](Level level) {
+        return hierarchy_.At(level) && CountsDeliveries(level, request_);
+    });
+    if (counting != kWalkOrder.end()) order.price = ConversionPrice(*hierarchy_.At(*counting), order);
+    priced_ = order.price != 0;
+    if (!priced_ && counting == kWalkOrder.end()) RefuseConversion();
+    return passing_;
+}
+
+void CLevelWalk::RefuseConversion() {
+    refusal_ = {status::kRefused, code::kRefused, CodeUse::kErrorAndHeadCode, kNoFreeQuantity};
+    passing_ = false;
+}
+
 bool CLevelWalk::TryLevel(Level level) {
+    // What isn't held is refused where it should be held; the levels below have nothing to try.
+    if (!priced_ && !CountsDeliveries(level, request_)) return true;
     LevelTrial& trial = Open(level);
     WriteField(request_.failedLevelCode, trial.order.levelCode.View());
     request_.failedLevelType = LevelTypeOf(level, request_);
 
     if (level == Level::kClient || level == Level::kDealer) {
-        Refusal refusal;
-        if (!ApplyLevelPreferences(manager_, level, *trial.category, request_, trial.order, refusal)) {
-            refusal_ = std::move(refusal);
+        if (auto refused = ApplyLevelPreferences(manager_, level, *trial.category, request_, trial.order)) {
+            refusal_ = std::move(refused->refusal);
             passing_ = false;
-            return level == Level::kDealer;
+            return !refused->endsCall;
         }
         // In a probe too the dealer is only asked when the level below has passed.
         if (level == Level::kDealer && !passing_) return true;
     } else {
         LoadEffectivePreference(manager_, *trial.category, trial.order);
     }
+    if (!priced_) {
+        RefuseConversion();
+        return true;
+    }
+    lastPreference_ = trial.order.riskPreference;
     RunLevel(level, trial);
     return true;
 }
@@ -132,53 +136,28 @@ void CLevelWalk::RunLevel(Level level, LevelTrial& trial) {
     trial.breaches.to = buffers.breaches.size();
 }
 
-/// The rows that the level hands out. Where one category stands at two levels, the first to commit hands out the rows
-/// of both, each once.
-std::vector<CSurvLimitEntry*> CLevelWalk::TakeSharedRows(const CSurveillanceCategory* category) {
-    const auto& touched = manager_.Buffers().touched;
-    std::vector<CSurvLimitEntry*> rows;
-    for (LevelTrial& trial : levels_) {
-        if (trial.category != category) continue;
-        for (std::size_t i = trial.touched.from; i < trial.touched.to; ++i) {
-            if (std::find(rows.begin(), rows.end(), touched[i]) == rows.end()) rows.push_back(touched[i]);
-        }
-        trial.touched = {};
-    }
-    return rows;
-}
-
-bool CLevelWalk::IsShared(Level level) const {
-    const CSurveillanceCategory* category = hierarchy_.At(level);
-    return std::count_if(kWalkOrder.begin(), kWalkOrder.end(),
-                         [&](Level other) { return hierarchy_.At(other) == category; }) > 1;
-}
-
-void CLevelWalk::CommitLevel(Level level) {
-    LevelTrial& trial = TrialOf(level);
-    if (IsShared(level)) {
-        CommitRows(trial, TakeSharedRows(trial.category), intake_.updateAllLevels, lists_.limitRows);
-        return;
-    }
-    const auto& touched = manager_.Buffers().touched;
-    const std::span<CSurvLimitEntry* const> rows{touched.data() + trial.touched.from,
-                                                 trial.touched.to - trial.touched.from};
-    CommitRows(trial, rows, intake_.updateAllLevels, lists_.limitRows);
-}
-
 void CLevelWalk::Commit() {
+    std::array<LevelTrial*, kLevelCount> levels{};
+    std::size_t count = 0;
     for (const Level level : kCommitOrder) {
         if (!hierarchy_.At(level)) continue;
         LevelTrial& trial = TrialOf(level);
         if (trial.road == LevelRoad::kPassedOver)
             LoadEffectivePreference(manager_, *hierarchy_.At(level), Open(level).order);
-        CommitOrder(trial, intake_.updateAllLevels);
+        levels[count++] = &trial;
     }
-    for (const Level level : kCommitOrder) {
-        if (hierarchy_.At(level)) CommitLevel(level);
-    }
+    CommitLevels({levels.data(), count}, manager_.Buffers(), intake_.updateAllLevels, lists_.limitRows);
     request_.failedLevelType = -1;
     WriteField(request_.failedLevelCode, {});
-    EndTrial();
+    if (intake_.order.IsConversion()) TakeOutSource();
+    scope_.End();
+}
+
+/// What has been converted leaves its source, under the preference of the last level of the walk.
+void CLevelWalk::TakeOutSource() {
+    if (intake_.view.order) intake_.view.order->price = intake_.order.price;
+    intake_.order.riskPreference = lastPreference_;
+    manager_.ConversionUpdateSurveillance(request_, intake_.order, lists_.limitRows);
 }
 
 void CLevelWalk::Rollback() {
@@ -194,7 +173,7 @@ void CLevelWalk::Rollback() {
             }
         }
     }
-    EndTrial();
+    scope_.End();
 }
 
 }  // namespace surv

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <array>
-#include <vector>
 
 #include "limits/category_check.h"
 #include "limits/level_trial.h"
 #include "orderpath/hierarchy.h"
 #include "orderpath/intake.h"
 #include "orderpath/refusal.h"
+#include "orderpath/trial_scope.h"
 
 namespace surv {
 
@@ -26,7 +26,6 @@ class CLevelWalk {
                const CHierarchy& hierarchy, const CheckLists& lists, CheckMode mode);
     CLevelWalk(const CLevelWalk&) = delete;
     CLevelWalk& operator=(const CLevelWalk&) = delete;
-    ~CLevelWalk();
 
     /// How a walk ends: the order may stand, it is refused at the end, or a level ended the call at once.
     enum class End : std::uint8_t { kPass, kRefused, kRefusedAtOnce };
@@ -41,15 +40,15 @@ class CLevelWalk {
  private:
     [[nodiscard]] bool Continues() const { return passing_ || mode_ == CheckMode::kProbe; }
     LevelTrial& Open(Level level);
+    /// Gives a conversion its price, of the level where deliveries count. False: it is refused before any level.
+    [[nodiscard]] bool PriceConversion();
+    void RefuseConversion();
     /// False when the level's preferences end the call.
     [[nodiscard]] bool TryLevel(Level level);
     void RunLevel(Level level, LevelTrial& trial);
     [[nodiscard]] bool WalkComesTo(Level level) const;
     [[nodiscard]] bool IsChecked(Level level) const;
-    void CommitLevel(Level level);
-    [[nodiscard]] bool IsShared(Level level) const;
-    [[nodiscard]] std::vector<CSurvLimitEntry*> TakeSharedRows(const CSurveillanceCategory* category);
-    void EndTrial();
+    void TakeOutSource();
     LevelTrial& TrialOf(Level level) { return levels_[static_cast<std::size_t>(level)]; }
 
     CSurveillanceManager& manager_;
@@ -59,9 +58,11 @@ class CLevelWalk {
     const CHierarchy& hierarchy_;
     CheckLists lists_;
     CheckMode mode_;
+    CTrialScope scope_;
     std::array<LevelTrial, kLevelCount> levels_;  ///< in the order of the walk, which is that of Level
     bool passing_ = true;                         ///< the last level asked has passed
-    bool ended_ = false;
+    RiskPreference lastPreference_;               ///< of the last level tried
+    bool priced_ = true;                          ///< false: a conversion of what isn't held
     Refusal refusal_;
 };
 

@@ -30,11 +30,7 @@ PolicyVerdict TestNamesProduct(PolicyInput& in) {
 }
 
 PolicyVerdict NoteCompulsoryDelivery(PolicyInput& in) {
-    const std::int16_t mask = in.order.ExchangeMask();
-    if (IsCashExchange(mask)) {
-        const SeriesKey key(mask, FieldText(in.order.contract.series));
-        in.order.compulsoryDelivery = in.manager.Context().products.compulsoryDeliverySeries.Contains(key);
-    }
+    in.order.compulsoryDelivery = IsCompulsoryDelivery(in.manager.Context(), in.order);
     return std::nullopt;
 }
 
@@ -55,6 +51,12 @@ constexpr std::array<PolicyTest, 10> kPolicyTests{
 };
 
 }  // namespace
+
+bool IsCompulsoryDelivery(const SurvContext& context, const tagOrderInfoForSurv& order) {
+    const std::int16_t mask = order.ExchangeMask();
+    if (!IsCashExchange(mask)) return false;
+    return context.products.compulsoryDeliverySeries.Contains(SeriesKey(mask, FieldText(order.contract.series)));
+}
 
 bool IsSquareOffAtRoot(const PolicyInput& in) {
     const CSurveillanceCategory* root = in.hierarchy.At(Level::kRoot);

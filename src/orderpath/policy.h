@@ -26,4 +26,13 @@ struct PolicyAnswer {
 [[nodiscard]] PolicyAnswer TestOrderPolicy(CSurveillanceManager& manager, tagSurveillanceInfo& request,
                                            OrderIntake& intake, const CHierarchy& hierarchy);
 
+/// The order's series is delivered whatever its product.
+[[nodiscard]] bool IsCompulsoryDelivery(const SurvContext& context, const tagOrderInfoForSurv& order);
+
+/// Whose preferences tell of after-market orders: the dealer's for its own orders, else the client's. Null: it has
+/// none.
+[[nodiscard]] const PreferenceMap* AfterMarketPreferences(const tagSurveillanceInfo& request,
+                                                          const tagOrderInfoForSurv& order,
+                                                          const CHierarchy& hierarchy);
+
 }  // namespace surv

@@ -216,15 +216,20 @@ PolicyVerdict TestMarginPlusShape(PolicyInput& in) {
     return second ? std::nullopt : TestLeastValue(in, prices);
 }
 
+const PreferenceMap* AfterMarketPreferences(const tagSurveillanceInfo& request, const tagOrderInfoForSurv& order,
+                                            const CHierarchy& hierarchy) {
+    const int dealerType = request.dealerType;
+    const bool dealer = order.proClient == kProClientOwn || IsOwnClient(dealerType) || dealerType == 1;
+    return OwnPreferences(hierarchy.At(dealer ? Level::kDealer : Level::kClient));
+}
+
 PolicyVerdict TestAfterMarket(PolicyInput& in) {
     constexpr std::uint8_t kAfterMarketChecked = 1 << 3;  // of fundFlags
     tagOrderInfoForSurv& order = in.order;
     const bool delivery = order.productType == product::kAmoDelivery;
     if (!delivery && order.productType != product::kAmoMargin) return std::nullopt;
 
-    const int dealerType = in.request.dealerType;
-    const bool dealer = in.IsOwnAccount() || IsOwnClient(dealerType) || dealerType == 1;
-    const PreferenceMap* map = OwnPreferences(in.hierarchy.At(dealer ? Level::kDealer : Level::kClient));
+    const PreferenceMap* map = AfterMarketPreferences(in.request, order, in.hierarchy);
     if (!map) return std::nullopt;
     const Preference* overall = map->Find(kOverallPreference);
     if (!overall) return NotSet("AMO");

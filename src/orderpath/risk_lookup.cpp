@@ -9,29 +9,24 @@ bool IsScanned(std::int16_t exchangeMask) {
     return exchangeMask == kMaskNseDerivatives || exchangeMask == kMaskBseDerivatives || exchangeMask == kMaskNcdex;
 }
 
-/// In the order in which they are entered.
-constexpr std::array kEntryOrder{Level::kDealer, Level::kGroup,  Level::kRoot,
-                                 Level::kFamily, Level::kClient, Level::kSubClient};
-
 }  // namespace
 
 bool NeedsRiskParameters(const tagOrderInfoForSurv& order) {
     return order.contract.expiryDate > 0 && order.riskModeCopy == 1 && IsScanned(order.ExchangeMask());
 }
 
-bool TakeRiskParameters(CSurveillanceManager& manager, const CHierarchy& hierarchy, tagOrderInfoForSurv& order) {
+bool FindRiskParameters(const SurvContext& context, tagOrderInfoForSurv& order) {
     const std::int16_t exchangeMask = order.ExchangeMask();
-    const CRPFUnderlyingWiseInfo* underlying =
-        manager.Context().risk.live.FindUnderlying(exchangeMask, order.underlyingToken);
-    const CRPFContractWiseInfo* contract = underlying ? underlying->FindContract(exchangeMask, order.token) : nullptr;
-    if (!contract) return false;
+    order.underlyingRpf = context.risk.live.FindUnderlying(exchangeMask, order.underlyingToken);
+    if (order.underlyingRpf) order.contractRpf = order.underlyingRpf->FindContract(exchangeMask, order.token);
+    return order.contractRpf != nullptr;
+}
 
-    CTokenCategories& reached = manager.rpfCategoriesByToken.FindOrMake(SegmentTokenKey(exchangeMask, order.token),
-                                                                        order.underlyingToken, order.token);
+void RegisterContract(CSurveillanceManager& manager, const CHierarchy& hierarchy, const tagOrderInfoForSurv& order) {
+    if (order.riskModeCopy != 1 || !IsScanned(order.ExchangeMask())) return;
+    CTokenCategories& reached = manager.rpfCategoriesByToken.FindOrMake(
+        SegmentTokenKey(order.ExchangeMask(), order.token), order.underlyingToken, order.token);
     for (const Level level : kEntryOrder) reached.AddCategory(hierarchy.At(level));
-    order.contractRpf = contract;
-    order.underlyingRpf = underlying;
-    return true;
 }
 
 }  // namespace surv

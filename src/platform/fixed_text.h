@@ -30,6 +30,14 @@ inline void WriteField(char (&field)[Width], std::string_view text) {
     if (length != 0) std::memcpy(field, text.data(), length);
 }
 
+/// Writes a text into a field up to its last character; a text that fills it has no zero behind.
+template <std::size_t Width>
+inline void WriteWholeField(char (&field)[Width], std::string_view text) {
+    const std::size_t length = std::min(text.size(), Width);
+    std::memset(field, 0, Width);
+    if (length != 0) std::memcpy(field, text.data(), length);
+}
+
 /// Blanks are taken off both ends.
 [[nodiscard]] inline std::string_view Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(' ');

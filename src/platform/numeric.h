@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -12,6 +13,13 @@ namespace surv {
     if (value >= kHighest) return std::numeric_limits<std::int32_t>::max();
     if (value <= kLowest) return std::numeric_limits<std::int32_t>::min();
     return value == value ? static_cast<std::int32_t>(value) : 0;
+}
+
+/// A quantity in a row's field of 32 bits: beyond their range its nearest end.
+[[nodiscard]] constexpr std::int32_t RowQuantity(std::int64_t quantity) {
+    constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::clamp(quantity, kLowest, kHighest));
 }
 
 }  // namespace surv

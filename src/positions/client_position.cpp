@@ -1,17 +1,9 @@
 #include "positions/client_position.h"
 
 namespace surv {
-namespace {
-
-bool IsConversion(const tagOrderInfoForSurv& order) {
-    return order.productType == product::kConvertToDelivery || order.productType == product::kConvertToMargin;
-}
-
-}  // namespace
-
 void CClientPosition::ApplyOrder(const tagOrderInfoForSurv& order, const TreeContext& context) {
     context.Save(position.data);
-    if (IsConversion(order)) {
+    if (order.IsConversion()) {
         position.ApplyChange(order);
     } else {
         position.ApplyAddition(order);
@@ -31,8 +23,8 @@ void CClientPosition::ApplyPrice(const tagOrderInfoForSurv& order, const Setting
 }
 
 bool CClientPositions::Counts(const tagOrderInfoForSurv& order, const Settings& settings) {
-    return order.orderEventKind == event::kTrade || order.orderEventKind == event::kCorrection || IsConversion(order) ||
-           settings.orderBasedPosition == 1;
+    return order.orderEventKind == event::kTrade || order.orderEventKind == event::kCorrection ||
+           order.IsConversion() || settings.orderBasedPosition == 1;
 }
 
 CClientPosition& CClientPositions::FindOrMake(const PositionKey& key, const tagOrderInfoForSurv& order,

@@ -12,13 +12,15 @@ CSurvPosition& CExposureDetails::CommitPosition(const tagOrderInfoForSurv& order
     return position;
 }
 
+CSurvPosition& CExposureDetails::CommitAt(const PositionKey& key, const tagOrderInfoForSurv& order, CUndoLog& undo) {
+    return CommitPosition(order, &positions.FindOrMake(key), undo);
+}
+
 CSurvPosition& CExposureDetails::CommitLegPosition(const tagOrderInfoForSurv& order, int leg, CUndoLog& undo) {
     CSurvPosition& position = positions.FindOrMake(FlatKey(order, leg));
     undo.Save(position.data);
     if (order.productType == product::kMarginPlus && leg == 1) {
-        position.ReverseMarginPlusLeg(order);
-        position.ApplyMarginPlusLeg(order);
-        position.DiscardSavedPosition();
+        position.ApplyLegChange(order);
     } else {
         position.ApplyChange(order);
     }

@@ -26,6 +26,8 @@ class CExposureDetails {
     /// The order's position, or a new one, takes the change. Its image goes to the log, for a call that is cut short.
     /// known: the position, if the caller has found it; null looks it up.
     CSurvPosition& CommitPosition(const tagOrderInfoForSurv& order, CSurvPosition* known, CUndoLog& undo);
+    /// As CommitPosition, for the position under a key of the caller's.
+    CSurvPosition& CommitAt(const PositionKey& key, const tagOrderInfoForSurv& order, CUndoLog& undo);
     /// As CommitPosition; leg 1 of a two-leg order takes the two-leg arithmetic.
     CSurvPosition& CommitLegPosition(const tagOrderInfoForSurv& order, int leg, CUndoLog& undo);
     /// Gives back the saved image. -1 for a missing key.

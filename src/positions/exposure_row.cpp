@@ -1,18 +1,13 @@
 #include "positions/exposure_row.h"
 
 #include <algorithm>
-#include <limits>
+
+#include "platform/numeric.h"
 
 namespace surv {
 namespace {
 
 constexpr std::int16_t kMtfRow = 8;  ///< messageKind
-
-std::int32_t RowQuantity(std::int64_t quantity) {
-    constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
-    constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(std::clamp(quantity, kLowest, kHighest));
-}
 
 void FillFigures(const tagSurvPositionData& data, BKExposureTag& row) {
     row.limitMask = data.limitMask;

@@ -7,10 +7,6 @@ namespace surv {
 
 namespace {
 
-bool IsConversion(std::int16_t productType) {
-    return productType == product::kConvertToDelivery || productType == product::kConvertToMargin;
-}
-
 bool IsFill(std::int16_t orderEventKind) {
     return orderEventKind == event::kTrade || orderEventKind == event::kCorrection;
 }
@@ -26,7 +22,7 @@ Amount AtPrice(std::int64_t quantity, double price) { return {quantity, price * 
 /// Conversions and two-leg orders never are.
 bool IsLotWeighted(const tagOrderInfoForSurv& order) {
     return order.marketSegment == static_cast<std::int16_t>(Segment::kMcxFutures) &&
-           order.lotWeighting == LotWeighting::kOn && !IsConversion(order.productType) &&
+           order.lotWeighting == LotWeighting::kOn && !order.IsConversion() &&
            order.productType != product::kMarginPlus;
 }
 
@@ -141,7 +137,7 @@ double LotWeightedValue(const tagMarginRateBlock& rates, std::int64_t quantity, 
 }
 
 void CSurvPosition::Update11(const tagOrderInfoForSurv& order) {
-    const bool conversion = IsConversion(order.productType);
+    const bool conversion = order.IsConversion();
     // A change keeps the image from before its reversal, also when it takes the whole quantity away.
     const bool reversed = order.prevQuantity != 0 && (order.quantity != 0 || HasSavedPosition());
     if (!conversion && !reversed) SavePosition();
@@ -151,7 +147,7 @@ void CSurvPosition::Update11(const tagOrderInfoForSurv& order) {
 void CSurvPosition::PutIn(const tagOrderInfoForSurv& order) {
     if (order.lastTradedPrice != 0) data.lastPrice = order.lastTradedPrice;
 
-    const bool conversion = IsConversion(order.productType);
+    const bool conversion = order.IsConversion();
     const bool fill = IsFill(order.orderEventKind);
     const bool withoutLegs = order.productType == product::kMarginPlus && order.marginPlusLeg == 0;
     const Amount amount = NewAmount(order);
@@ -174,13 +170,17 @@ void CSurvPosition::TakeOut(const tagOrderInfoForSurv& order) {
     const Amount amount = OldAmount(order);
     Totals own = Own(data, order);
     own.TakeFromOrders(amount);
-    if (IsConversion(order.productType)) own.TakeFromTrades(amount);
+    if (order.IsConversion()) own.TakeFromTrades(amount);
     // A trade's old quantity was only open; a correction's had traded.
     if (order.orderEventKind == event::kCorrection) own.TakeFromTrades(amount);
 }
 
 void CSurvPosition::ApplyMarginPlusLeg(const tagOrderInfoForSurv& order) {
     SavePosition();
+    PutInLeg(order);
+}
+
+void CSurvPosition::PutInLeg(const tagOrderInfoForSurv& order) {
     if (order.lastTradedPrice != 0) data.lastPrice = order.lastTradedPrice;
 
     const bool fill = IsFill(order.orderEventKind);
@@ -207,6 +207,10 @@ void CSurvPosition::ApplyMarginPlusLeg(const tagOrderInfoForSurv& order) {
 
 void CSurvPosition::ReverseMarginPlusLeg(const tagOrderInfoForSurv& order) {
     SavePosition();
+    TakeOutLeg(order);
+}
+
+void CSurvPosition::TakeOutLeg(const tagOrderInfoForSurv& order) {
     Totals own = Own(data, order);
     const Amount open = AtDistance(order.prevQuantity, order.firstLegPrice, order.prevPrice);
     if (order.marginPlusLeg != kSecondLeg) {

@@ -91,6 +91,10 @@ class CSurvPosition {
     /// The same two for a two-leg order.
     void ApplyMarginPlusLeg(const tagOrderInfoForSurv& order);
     void ReverseMarginPlusLeg(const tagOrderInfoForSurv& order);
+    void ApplyLegChange(const tagOrderInfoForSurv& order) {
+        TakeOutLeg(order);
+        PutInLeg(order);
+    }
     /// Even if the order's last traded price is 0.
     void SetLastPrice(const tagOrderInfoForSurv& order) { data.lastPrice = order.lastTradedPrice; }
 
@@ -196,6 +200,8 @@ class CSurvPosition {
  private:
     void TakeOut(const tagOrderInfoForSurv& order);
     void PutIn(const tagOrderInfoForSurv& order);
+    void TakeOutLeg(const tagOrderInfoForSurv& order);
+    void PutInLeg(const tagOrderInfoForSurv& order);
 
     std::unique_ptr<tagSurvPositionData> saved_;  ///< the undo image, while a change is in progress
 };

@@ -10,6 +10,10 @@ namespace surv {
 
 // Bits of marginFlags.
 inline constexpr std::uint8_t kExposureMarginCounts = 1 << 0;
+inline constexpr std::uint8_t kMtmProfitCounts = 1 << 1;  ///< towards the margin limit, like the three below
+inline constexpr std::uint8_t kMtmLossCounts = 1 << 2;
+inline constexpr std::uint8_t kBookedProfitCounts = 1 << 3;
+inline constexpr std::uint8_t kBookedLossCounts = 1 << 4;
 inline constexpr std::uint8_t kPremiumCounts = 1 << 5;       ///< option premium counts as margin
 inline constexpr std::uint8_t kSquareOffByTime = 1 << 6;     ///< square-off only when the exchange's time setting is 1
 inline constexpr std::uint8_t kSquareOffBySession = 1 << 7;  ///< the same with its session setting

@@ -2,18 +2,11 @@
 
 #include <cstring>
 
+#include "platform/host_list.h"
 #include "surveillance/codes.h"
 
 namespace surv {
 namespace {
-
-/// Hands each record of the list to `take`.
-template <class Record, class Take>
-void ForEach(const CPtrList& records, Take take) {
-    for (CPtrList::Position at = records.GetHeadPosition(); at;) {
-        if (const auto* record = static_cast<const Record*>(records.GetNext(at))) take(*record);
-    }
-}
 
 /// The message head isn't kept.
 tagProductTypeScripBasket WithoutHead(const tagProductTypeScripBasket& record) {
@@ -25,7 +18,7 @@ tagProductTypeScripBasket WithoutHead(const tagProductTypeScripBasket& record) {
 }  // namespace
 
 void ProductReference::LoadBaskets(const CPtrList& records) {
-    ForEach<tagProductTypeScripBasket>(records, [this](const tagProductTypeScripBasket& record) {
+    ForEachRow<tagProductTypeScripBasket>(&records, [this](const tagProductTypeScripBasket& record) {
         scripBaskets.FindOrMake(record.token, WithoutHead(record));
     });
 }
@@ -35,7 +28,7 @@ void ProductReference::SetBasket(const tagProductTypeScripBasket& record) {
 }
 
 void ProductReference::LoadSeries(const CPtrList& records) {
-    ForEach<tagCompulsoryDeliverySeries>(records, [this](const tagCompulsoryDeliverySeries& record) {
+    ForEachRow<tagCompulsoryDeliverySeries>(&records, [this](const tagCompulsoryDeliverySeries& record) {
         if (IsCashExchange(record.exchange)) {
             compulsoryDeliverySeries.Insert(SeriesKey(record.exchange, FieldText(record.series)));
         }
@@ -43,7 +36,7 @@ void ProductReference::LoadSeries(const CPtrList& records) {
 }
 
 void ProductReference::LoadTokenPrices(const CPtrList& records) {
-    ForEach<tagTokenPriceRecord>(records, [this](const tagTokenPriceRecord& record) {
+    ForEachRow<tagTokenPriceRecord>(&records, [this](const tagTokenPriceRecord& record) {
         if (record.exchange == kMaskNseCash) tokenPrices.FindOrMake(record.token, record);
     });
 }

@@ -43,6 +43,12 @@ tagExposureScripSpecificInfo* ReferenceStores::FindOrMakeScrip(const BKExposureT
     return scrip;
 }
 
+FixedText<16> ReferenceStores::FindIsin(std::int16_t exchangeMask, std::int32_t token) const {
+    if (!IsCashExchange(exchangeMask)) return {};
+    const FixedText<16>* isin = (exchangeMask == kMaskNseCash ? isinByNseToken : isinByBseToken).Find(token);
+    return isin ? *isin : FixedText<16>{};
+}
+
 const ReferenceStores::AdditionalMargins* ReferenceStores::AdditionalMarginsOf(std::int32_t exchangeMask) const {
     switch (exchangeMask) {
         case kMaskNseDerivatives: return &additionalMarginNse_;
@@ -75,6 +81,8 @@ void ReferenceStores::ClearDay() {
     for (AdditionalMargins* store : {&additionalMarginNse_, &additionalMarginNcdex_, &additionalMarginMcx_}) {
         store->Clear();
     }
+    isinByNseToken.Clear();
+    isinByBseToken.Clear();
 }
 
 }  // namespace surv

@@ -22,6 +22,8 @@ inline constexpr const char* kRootCode = "-";
 struct ReferenceStores {
     HashMap<CodeText, PreferenceMap> clientPreferences{1013};
     HashMap<CodeText, CodeText> clientFamilyMap{1013};  ///< client code to family code
+    HashMap<std::int32_t, FixedText<16>> isinByNseToken{1003};
+    HashMap<std::int32_t, FixedText<16>> isinByBseToken{1003};
 
     /// The token's description in the store of its exchange mask; null for a mask without a store.
     [[nodiscard]] tagExposureScripSpecificInfo* FindScrip(std::int16_t exchangeMask, std::int32_t token) const;
@@ -30,6 +32,9 @@ struct ReferenceStores {
 
     /// The same for a position row, whose head a new record keeps. `order` is filled from the row.
     tagExposureScripSpecificInfo* FindOrMakeScrip(const BKExposureTag& row, const tagOrderInfoForSurv& order);
+
+    /// The ISIN of an equity; empty when none was loaded, and off the cash exchanges.
+    [[nodiscard]] FixedText<16> FindIsin(std::int16_t exchangeMask, std::int32_t token) const;
 
     /// Keeps the record of an exchange and token, the first standing; a record of any other exchange is dropped.
     void AddAdditionalMargin(const tagAdditionalMarginInfo& record);

@@ -184,9 +184,11 @@ short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, s
     return result;
 }
 
-short UpdateSurveillance(tagSurveillanceInfo* /*request*/, tagAdminErrMessage* /*error*/, CPtrList* /*limitRows*/,
-                         CPtrList* /*breachRows*/, short /*dealerOnly*/) noexcept {
-    return GuardedNotServed(kUpdateNotStarted);
+short UpdateSurveillance(tagSurveillanceInfo* request, tagAdminErrMessage* error, CPtrList* limitRows,
+                         CPtrList* /*breachRows*/, short dealerOnly) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return request ? manager.UpdateSurveillance(*request, error, limitRows, dealerOnly != 0) : kNotDone;
+    });
 }
 
 short GetClientCode1(short kind, const tagOrderInfo& orderInfo, const char* rawRecord, char* text) noexcept {
@@ -291,8 +293,11 @@ short GetSurvPositions(char* entityCode, short limitMask, std::int32_t token,
     });
 }
 
-short RMSFundAllocation(tagRMSFundAllocationRequest* /*request*/, BKSurveillanceLimitDefTag* /*limit*/) noexcept {
-    return GuardedNotServed("RMSFund Allocation !!!. Surveillance Manager not initialized");
+short RMSFundAllocation(tagRMSFundAllocationRequest* request, BKSurveillanceLimitDefTag* limit) noexcept {
+    return Guarded("RMSFund Allocation !!!. Surveillance Manager not initialized",
+                   [&](surv::CSurveillanceManager& manager) -> short {
+                       return request ? manager.RMSFundAllocation(*request, limit) : kNotDone;
+                   });
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -450,8 +455,19 @@ short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
                    });
 }
 
-short GetDPPositionInfoFromDll(int /*kind*/, char* /*categoryCode*/, char* /*isinCode*/,
-                               CPtrList* /*result*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+// ---------------------------------------------------------------------------------------------------------------
+// Depository
+
+short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPtrList* result) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) {
+        const auto code = surv::HostText(categoryCode, kEntityCodeWidth);
+        const auto isin = surv::HostText(isinCode, sizeof(tagDPHolding::isinCode));
+        return manager.GetDPPositionInfoFromDll(kind, code, isin, result);
+    });
 }
-short UpdateDPPositionInfo(tagDPUpload* /*upload*/) noexcept { return GuardedNotServed(kUpdateNotStarted); }
+
+short UpdateDPPositionInfo(tagDPUpload* upload) noexcept {
+    return Guarded(kUpdateNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        return upload ? manager.UpdateDPPositionInfo(*upload) : kNotDone;
+    });
+}

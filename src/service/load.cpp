@@ -1,4 +1,4 @@
-// The start of a day: the host's limit rows become categories, and its position rows what they hold.
+// The start of a day: the host's limit rows become categories, and its other rows what they hold.
 
 #include <new>
 
@@ -16,7 +16,6 @@ constexpr const char* kNoMemoryLine = "Insufficient memory (CSurveillanceManager
 constexpr const char* kAddNoMemory = "Not enough memory (CSurveillanceInfo::AddSurvLimits)";
 constexpr const char* kAddExposures = "AddExposures";
 constexpr const char* kAddMtfExposures = "AddMTFExposures";
-constexpr const char* kHoldingsLine = "Holdings are not read by this version (CSurveillanceManager::Initialize) \n";
 
 std::string LimitFailureLine(const char* errorText, const BKSurveillanceLimitDefTag& row) {
     const std::string code{FieldText(row.entityCode)};
@@ -30,8 +29,6 @@ std::string ExposureFailureLine(const char* operation, const BKExposureTag& row)
     return Format("Invalid Periodicity  %s, %s, %ld, %d ((%s)CSurveillanceManager::Initialize) \n", level.c_str(),
                   account.c_str(), static_cast<long>(row.token), row.limitMask, operation);
 }
-
-bool HasRows(const CPtrList* list) { return list && !list->IsEmpty(); }
 
 /// Figures that the closing of a load forms anew, whatever the row said.
 void ResetFormedFigures(BKSurveillanceLimitDefTag& row, const Settings& settings) {
@@ -143,16 +140,16 @@ std::int16_t CSurveillanceManager::Initialize(const LoadLists& lists) {
     const RowOwner owner = adopts ? RowOwner::kAdopted : RowOwner::kCopied;
     const auto loadLimit = [&](BKSurveillanceLimitDefTag& row) { return LoadLimit(row, owner); };
     const auto loadExposure = [&](BKExposureTag& row) { return LoadExposure(row, owner); };
-    if (HasRows(lists.dpHoldings) || HasRows(lists.sarHoldings)) {
-        AppendLogLine(settings.survLogFileName, kHoldingsLine);
-    }
     if (lists.limits && TakeRows<BKSurveillanceLimitDefTag>(*lists.limits, adopts, adoptedRows_, loadLimit) != kDone) {
         return kNotDone;
     }
+    // A start without its holdings is a start: no sale is covered and nothing counts as collateral.
+    static_cast<void>(InitializeDPPositionInfo(lists.securities, lists.dpHoldings, lists.sarHoldings));
     if (lists.exposures &&
         TakeRows<BKExposureTag>(*lists.exposures, adopts, adoptedExposures_, loadExposure) != kDone) {
         return kNotDone;
     }
+    static_cast<void>(CollateralRecompute(0, "ALL", "ALL"));
     LayInOpeningMtm();
     RecomputeAllIM();
     return kDone;

@@ -14,6 +14,8 @@
 
 namespace surv {
 
+class CHierarchy;
+
 /// The five lists of a start.
 struct LoadLists {
     CPtrList* limits = nullptr;
@@ -43,9 +45,21 @@ class CSurveillanceManager {
     std::int16_t GetSurvPositions(std::string_view entityCode, std::int16_t limitMask, std::int32_t token,
                                   BKSurveillanceLimitDefTag*& limit);
 
+    // Funds (limits/funds.cpp) -----------------------------------------------------------------------------------
+    /// Moves the fund of an entity and derives its limits anew; the request takes the answer, and `limit`, if given,
+    /// the row on success. A withdrawal that the margin in use doesn't allow is refused.
+    std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
+
     // Orders (orderpath/) -----------------------------------------------------------------------------------------
     std::int16_t CheckSurveillance(tagSurveillanceInfo& request, tagOrdErrMessage& error, short& status,
                                    const CheckLists& lists, bool probe);
+    /// Takes an event in at every level. error and limitRows may be null.
+    std::int16_t UpdateSurveillance(tagSurveillanceInfo& request, tagAdminErrMessage* error, CPtrList* limitRows,
+                                    bool dealerOnly);
+    /// Takes what a conversion has put into its target product out of the source. `order` is the conversion with its
+    /// quantity and price. The caller holds the trial scope. -1: a category of the hierarchy is missing.
+    std::int16_t ConversionUpdateSurveillance(const tagSurveillanceInfo& request, tagOrderInfoForSurv order,
+                                              CPtrList* limitRows);
 
     // Preferences (service/preference_links.cpp) -----------------------------------------------------------------
     void SetDefaultRiskPreference();
@@ -86,6 +100,20 @@ class CSurveillanceManager {
     /// The category is marked by the scrip of the key, if there is one.
     void AddToBroadcastUpdateHash(std::int64_t key, CSurveillanceCategory* category);
 
+    // Depository (categories/depository.cpp) -------------------------------------------------------------------------
+    /// The holdings of a start; rows of unknown entities are passed over. The lists and their rows stay the host's.
+    /// -1: memory ran out, no holding has changed.
+    std::int16_t InitializeDPPositionInfo(const CPtrList* securities, const CPtrList* holdings,
+                                          const CPtrList* sarHoldings);
+    /// An upload for an unknown entity does nothing.
+    std::int16_t UpdateDPPositionInfo(const tagDPUpload& upload);
+    /// kind 0: every category; 1: the one of the code, -1 when it isn't there; any other does nothing. A null list
+    /// takes nothing.
+    std::int16_t GetDPPositionInfoFromDll(int kind, std::string_view categoryCode, std::string_view isinCode,
+                                          CPtrList* result) const;
+    /// The same kinds. See CSurveillanceCategory::RecomputeCollateral.
+    std::int16_t CollateralRecompute(int kind, std::string_view categoryCode, std::string_view isinCode);
+
     // Queries (queries/) --------------------------------------------------------------------------------------------
     /// Limit rows of every category.
     void AppendAllLimitRows(CPtrList& list) const;
@@ -107,6 +135,10 @@ class CSurveillanceManager {
     /// The end of a start: the MTM of the positions goes into the rows.
     void LayInOpeningMtm();
     void RecomputeScrip(CBroadcastScrip& scrip, CPtrList* changedRows);
+    /// The category of the house's own account, for its orders and where positions by client are held; else null.
+    [[nodiscard]] CSurveillanceCategory* FindOwnAccount(const tagOrderInfoForSurv& order) const;
+    void RegisterTrade(const tagOrderInfoForSurv& order, const CHierarchy& hierarchy,
+                       CSurveillanceCategory* ownAccount);
     void RecomputeSegmentMargin(CSurveillanceCategory& category, std::int16_t exchangeMask);
     enum class RowOwner : std::uint8_t { kCopied, kAdopted };
     std::int16_t LoadLimit(BKSurveillanceLimitDefTag& row, RowOwner owner);

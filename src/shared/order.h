@@ -106,6 +106,15 @@ struct tagOrderInfoForSurv {
 
     [[nodiscard]] std::int16_t ExchangeMask() const { return SegmentToExchangeMask(marketSegment); }
     [[nodiscard]] bool IsBuy() const { return buySell == kBuy; }
+    /// A delivery, or the conversion of a position to one.
+    [[nodiscard]] bool IsDelivery() const {
+        return productType == product::kDelivery || productType == product::kConvertToDelivery;
+    }
+    [[nodiscard]] bool IsConversion() const {
+        return productType == product::kConvertToDelivery || productType == product::kConvertToMargin;
+    }
+    /// Deliveries and two-leg orders are tried, kept and shown on the expiry side alone.
+    [[nodiscard]] bool HasDailySide() const { return !IsDelivery() && productType != product::kMarginPlus; }
     /// Compulsory delivery or an NRI client, on a cash exchange: buys and sells don't net.
     [[nodiscard]] bool NoNetting() const { return IsCashExchange(ExchangeMask()) && (compulsoryDelivery || nriClient); }
 };

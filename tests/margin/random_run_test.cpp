@@ -344,11 +344,12 @@ class CRandomHouse {
         OrderIntake intake;
         intake.view = ViewRequest(head);
         CHierarchy hierarchy;
-        if (!ReadCheckRequest(head, library.context, intake) ||
+        if (!ReadRequest(head, library.context, OrderRoad::kCheck, intake) ||
             FindHierarchy(*library.manager, head, intake.order, hierarchy).message ||
-            !TakeRiskParameters(*library.manager, hierarchy, intake.order)) {
+            !FindRiskParameters(library.context, intake.order)) {
             return Blame("a trade found no way into the house");
         }
+        RegisterContract(*library.manager, hierarchy, intake.order);
         FillCheckEvent(intake);
         tagOrderInfoForSurv& trade = intake.order;
         trade.orderEventKind = event::kTrade, trade.prevQuantity = fill.quantity, trade.prevPrice = order.price;

@@ -150,5 +150,30 @@ TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
     EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 9)->data.tradedBuyQty, 100);
 }
 
+TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {
+    CScenario s;
+    s.Limit("C1", 3);
+    s.library.context.window.Set(nullptr, nullptr);
+    tagDPHolding rows[2]{};
+    CPtrList list;
+    for (tagDPHolding& row : rows) {
+        WriteField(row.categoryCode, "C1");
+        row.isinCode[0] = &row == rows ? 'A' : 'B';
+        row.holdingQty = 100;
+        list.AddTail(&row);
+    }
+    CPtrList shown;
+    for (long allocations = 0, done = 0; !done; ++allocations) {
+        ASSERT_LT(allocations, 100);
+        allocationsLeft = allocations;
+        done = s.library.manager->InitializeDPPositionInfo(nullptr, &list, nullptr) == kDone;
+        allocationsLeft = -1;
+        s.library.manager->GetDPPositionInfoFromDll(0, "", "ALL", &shown);
+        ASSERT_EQ(shown.GetCount(), done ? 2 : 0) << allocations;
+    }
+    EXPECT_EQ(static_cast<tagDPHolding*>(shown.GetHeadPosition()->element)->holdingQty, 100) << "counted once";
+    FreeRows<tagDPHolding>(shown);
+}
+
 }  // namespace
 }  // namespace surv::test

@@ -20,7 +20,7 @@ struct Reading {
         : buffer(MakeRequest(spec)) {
         intake.view = ViewRequest(Head());
         if (edit) edit(*intake.view.order);
-        read = ReadCheckRequest(Head(), context, intake);
+        read = ReadRequest(Head(), context, OrderRoad::kCheck, intake);
         FillCheckEvent(intake);
     }
     tagSurveillanceInfo& Head() { return *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()); }
@@ -190,7 +190,7 @@ TEST(Intake, ACorrectionShowsTheClientOfItsSideAndTheAccountOfTheStoredOrder) {
         intake.view = ViewRequest(request);
         std::memcpy(intake.view.correction->buyClientAccount, "BUYER-TWELVE", 12);
         std::memcpy(intake.view.correction->sellClientAccount, "SELLR-TWELVE", 12);
-        ASSERT_TRUE(ReadCheckRequest(request, SurvContext{}, intake));
+        ASSERT_TRUE(ReadRequest(request, SurvContext{}, OrderRoad::kCheck, intake));
         EXPECT_EQ(intake.clientText, std::string_view{side == kBuy ? "BUYER-TWELVE" : "SELLR-TWELVE"});
         EXPECT_EQ(Row(intake.order.proClient, intake.order.clientLevelType), "2 -1");
     }

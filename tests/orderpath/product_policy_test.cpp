@@ -8,8 +8,6 @@
 namespace surv::test {
 namespace {
 
-/// An order that the policy lets through to the walk, which takes no such product yet.
-constexpr const char* kThrough = "Product or segment not served by this version ";
 constexpr const char* kAccepted = "";
 
 struct Request {
@@ -91,7 +89,7 @@ const Case kCases[]{
     {"own account without preferences", kP, nullptr, Own, "Product Scrip Basket Info not available for ", "-"},
     // Margin+: shape
     {"scrip closed", kP, ScripAllows<11>, Bracket, "Margin+ Order Not Allowed for the scrip - SCRIP for "},
-    {"bracket", kP, ScripAllows<4>, Bracket, kThrough},
+    {"bracket", kP, ScripAllows<4>, Bracket, kAccepted},
     {"buy below its stop", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.price = 25001; }>,
      "Wrong Price for Margin Plus Buy Order -FirstLegPrice[250.00] and SecondLegPrice[250.01] for "},
     {"sale above its stop", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.buySell = kSell; }>,
@@ -107,9 +105,9 @@ const Case kCases[]{
      "Limit Price out of Daily Price Range[225.00 - 275.00] of Symbol-[SCRIP] for "},
     {"trigger too high", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 25297; }>,
      "Trigger Price out of range[252.96 - 247.50] of Symbol-[SCRIP] for "},
-    {"trigger at the top", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 25296; }>, kThrough},
+    {"trigger at the top", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 25296; }>, kAccepted},
     {"sale in its range", kP, ScripAllows<4>,
-     BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000; }>, kThrough},
+     BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000; }>, kAccepted},
     {"sale with its trigger too high", kP, ScripAllows<4>,
      BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000, o.triggerPrice = 25049; }>,
      "Trigger Price out of range[250.48 - 245.00] of Symbol-[SCRIP] for "},
@@ -122,7 +120,7 @@ const Case kCases[]{
          r.order.marginPlusLeg = 2;
          r.order.firstLegPrice = r.order.price = 30000;
      },
-     kThrough},
+     kAccepted},
     {"by the exchange of the head", kP, DealerMay<4>,
      [](Request r) { r.head.dealerType = 4, r.head.exchangeMask = kMaskBseCash; },
      "Margin+ Order Preference Not Set for "},
@@ -131,16 +129,16 @@ const Case kCases[]{
      "Order failed Min. Margin Plus Order Value Check where the limit = 2501.00 and current value = 2500.00 for"},
     {"just large enough", kP,
      [](CScenario& s) { ScripAllows<4>(s), s.library.context.settings.marginPlusMinOrderValue = 2500; }, Bracket,
-     kThrough},
+     kAccepted},
     {"second leg takes no value and no direction", kP,
      [](CScenario& s) { ScripAllows<4>(s), s.library.context.settings.marginPlusMinOrderValue = 2501; },
-     BracketBut<[](auto& o) { o.marginPlusLeg = 2, o.firstLegPrice = 24700; }>, kThrough},
+     BracketBut<[](auto& o) { o.marginPlusLeg = 2, o.firstLegPrice = 24700; }>, kAccepted},
     {"another leg is in no range", kP, ScripAllows<4>,
-     BracketBut<[](auto& o) { o.marginPlusLeg = 1, o.firstLegPrice = 90000; }>, kThrough},
+     BracketBut<[](auto& o) { o.marginPlusLeg = 1, o.firstLegPrice = 90000; }>, kAccepted},
     // MTF
     {"MTF without preference", kF, nullptr, nullptr, "MTF Order Preference Not Set for ", "C1"},
     {"MTF forbidden", kF, ClientMay<7>, nullptr, "MTF Order Not Allowed for ", "C1"},
-    {"MTF allowed", kF, ClientMay<8>, nullptr, kThrough},
+    {"MTF allowed", kF, ClientMay<8>, nullptr, kAccepted},
     {"MTF scrip closed", kF, ScripAllows<7>, nullptr, "MTF Order Not Allowed for the scrip - SCRIP for ", "C1"},
     {"MTF everybody forbids", kF, EverybodyMay<7>, nullptr, "MTF Order Not Allowed for "},
     {"MTF dealer as client", kF, DealerElsewhere, DealerIsClient, "MTF Order Preference Not Set for ", "D1"},
@@ -149,7 +147,7 @@ const Case kCases[]{
     {"MTF own account forbidden", kF, DealerMay<7>, Own, "MarginFunding Order Not Allowed for ", "D1"},
     // Delivery and margin on the scrip
     {"delivery closed", 2, ScripAllows<13>, nullptr, "Delivery Order Not Allowed for the scrip - SCRIP for "},
-    {"delivery open", 2, ScripAllows<2>, nullptr, kThrough},
+    {"delivery open", 2, ScripAllows<2>, nullptr, kAccepted},
     {"margin closed", 1, ScripAllows<14>, nullptr, "Margin Order Not Allowed for the scrip - SCRIP for "},
     {"margin open, own account", 1, ScripAllows<1>, Own, kAccepted},
     {"after-market margin closed", 9, ScripAllows<14>, nullptr, "Margin Order Not Allowed for the scrip - SCRIP for "},
@@ -160,7 +158,7 @@ const Case kCases[]{
     {"of the dealer of type 45", 9, DealerMay<15>, [](Request r) { r.head.dealerType = 45; },
      "AMO Order Preference Not Set for "},
     {"checked", 9, AfterMarketBits<8>, nullptr, kAccepted},
-    {"delivery becomes plain delivery", 10, AfterMarketBits<8>, nullptr, kThrough},
+    {"delivery becomes plain delivery", 10, AfterMarketBits<8>, nullptr, kAccepted},
     {"own delivery", 10, AfterMarketBits<8>, Own, "AMO Pro Delivery Order Not Allowed for ."},
     // Series of compulsory delivery
     {"series", 1,
@@ -181,6 +179,7 @@ TEST(ProductPolicy, EveryTextAndTheNearestRequestWithoutIt) {
         CScenario s;
         s.House(2);
         s.House(3);
+        s.library.context.stores.isinByNseToken.FindOrMake(2885, "INE002A01018");
         if (c.house) c.house(s);
         const std::string before = s.Dump();
         std::vector<char> buffer = MakeRequest({.productType = c.product});

@@ -203,6 +203,7 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
     ASSERT_EQ(Start(0, 0, &limits), 0);
     AddHouse();
     BKSurveillanceLimitDefTag unknown = Row("X");
+    tagRMSFundAllocationRequest fund{};
     const std::tuple<const char*, short, std::function<short()>> cases[]{
         {"check request", -1, [&] { return CheckSurveillance(nullptr, &orderError, &status, {}, {}, {}, 0); }},
         {"check error", -1, [&] { return CheckSurveillance(&request.head, nullptr, &status, {}, {}, {}, 0); }},
@@ -223,6 +224,12 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
         {"preference", 0, [] { return AddUpdateClientPreferencesInfo(nullptr); }},
         {"preference query", 0, [] { return GetClientPreferencesInfo(0, nullptr, -9, nullptr); }},
         {"preference code", 0, [&] { return GetClientPreferencesInfo(1, nullptr, 4711, &list); }},
+        {"holdings, codes", -1, [&] { return GetDPPositionInfoFromDll(1, nullptr, nullptr, &list); }},
+        {"holdings, ISIN", 0, [&] { return GetDPPositionInfoFromDll(1, code, nullptr, &list); }},
+        {"holdings, list", 0, [] { return GetDPPositionInfoFromDll(0, nullptr, nullptr, nullptr); }},
+        {"upload", -1, [] { return UpdateDPPositionInfo(nullptr); }},
+        {"fund request", -1, [&] { return RMSFundAllocation(nullptr, &row); }},
+        {"fund row", -1, [&] { return RMSFundAllocation(&fund, nullptr); }},
         {"account record", -1, [&] { return GetClientCode1(0, {}, nullptr, code); }},
     };
     for (const auto& [name, result, call] : cases) EXPECT_EQ(call(), result) << name;

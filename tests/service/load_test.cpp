@@ -168,6 +168,39 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
     }
 }
 
+TEST_F(Load, HoldingsAreReadAfterTheLimitsAndStayTheHosts) {
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
+        SCOPED_TRACE(mode);
+        Add(limits, "C1")->collateralFund = 5;  // what the host believes
+        tagDPHolding holding{};
+        WriteField(holding.categoryCode, "C1");
+        WriteField(holding.isinCode, "INE002A01018");
+        holding.holdingQty = 100, holding.collateralPrice = 25000, holding.haircutRate = 2500;
+        tagSecurityIsinRow security{};
+        security.token = 2885, security.exchange = kMaskBseCash;
+        WriteField(security.isinCode, "INE002A01018");
+        CPtrList exposures, securities, holdings;
+        securities.AddTail(&security);
+        holdings.AddTail(&holding);
+        auto* failing = new BKExposureTag(PositionRow("C1", 3, 1));
+        WriteField(failing->contract.optionType, "DD");
+        exposures.AddTail(failing);
+        const Library::StartSettings settings{.positionMode = mode};
+        EXPECT_EQ(library.Start(settings, {&limits, &exposures, &securities, &holdings, nullptr}), kNotDone);
+        TakeLog();
+        WriteField(failing->contract.optionType, "");
+        EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kDone);
+        EXPECT_EQ(library.manager->FindCategory("C1")->FindRow(3, kAllSecurities)->Row().collateralFund, 1'875'000);
+        EXPECT_EQ(library.context.stores.FindIsin(kMaskBseCash, 2885), std::string_view{"INE002A01018"});
+        EXPECT_EQ(holdings.GetHeadPosition()->element, &holding);
+        EXPECT_EQ(holding.collateralValue, 0) << "the host's rows are read only";
+        library.CleanUp();
+        EXPECT_TRUE(library.context.stores.FindIsin(kMaskBseCash, 2885).Empty());
+        limits.RemoveAll();
+        exposures.RemoveAll();
+    }
+}
+
 TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
     for (const char* code : {"C1", "C2"}) Add(limits, code);
     CPtrList exposures;

@@ -70,26 +70,36 @@ RowBench::RowBench(std::int16_t mask) : row(EmptyLimit("C1", mask)) {
     order.quantity = 100, order.price = 25000;
 }
 
-ScripTrial RowBench::Trial() {
+ScripTrial RowBench::Trial(CheckMode mode) {
     order.scripInfo = held.scripInfo = ownHeld.scripInfo = &scrip;
     order.periodicity = row.limitMask;
     ScripTrial trial;
+    trial.set = RuleSetOf(order, mode);
     trial.before = trial.after = CSurvPosition(held);
     trial.grossBefore = trial.grossAfter = CSurvPosition(ownHeld);
     for (CSurvPosition* after : {&trial.after, &trial.grossAfter}) {
-        after->ReversePositions(order);
-        after->Update11(order);
+        order.productType == product::kMarginPlus ? after->ApplyLegChange(order) : after->ApplyChange(order);
     }
     trial.FormFigures(order, order.NoNetting() ? GrossMode::kBuyPlusSell : GrossMode::kNetted);
     trial.mtm = FormMtmFigures(order, trial.before, trial.after, settings);
     return trial;
 }
 
-RuleAnswer RowBench::Check() { return CSurvLimitEntry(&row).CheckGeneralOrder(order, Trial(), {settings, undo}); }
-RuleAnswer RowBench::Report(tagBreachRow& breach) {
-    return CSurvLimitEntry(&row).CheckReportOrder(order, Trial(), {settings, undo}, breach);
+RuleAnswer RowBench::Check(CheckMode mode, tagBreachRow* breach) {
+    const ScripTrial trial = Trial(mode);
+    const Judgement::Context context{settings, undo};
+    return CSurvLimitEntry(&row).CheckOrder({order, trial, context, breach});
 }
-void RowBench::Update() { CSurvLimitEntry(&row).UpdateGeneralOrder(order, Trial(), {settings, undo}); }
+RuleAnswer RowBench::Check() { return Check(CheckMode::kReal, nullptr); }
+RuleAnswer RowBench::Report(tagBreachRow& breach) {
+    breach = {};
+    return Check(CheckMode::kProbe, &breach);
+}
+void RowBench::Update() {
+    const ScripTrial trial = Trial(CheckMode::kReal);
+    const Judgement::Context context{settings, undo};
+    CSurvLimitEntry(&row).UpdateOrder({order, trial, context});
+}
 
 std::string Changes(const Row& from, const Row& to) {
     std::string text;

@@ -59,7 +59,8 @@ struct RowBench {
     void Update();
 
  private:
-    ScripTrial Trial();
+    ScripTrial Trial(CheckMode mode);
+    RuleAnswer Check(CheckMode mode, tagBreachRow* breach);
 };
 
 /// How the used figures of two rows differ, in rupees; neighbours that change alike share the number: "order:
