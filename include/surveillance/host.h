@@ -25,6 +25,8 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 //   CheckSurveillance     limitRows     BKSurveillanceLimitDefTag, unless live (below); with probe tagBreachRow
 //                         rollbackRows  tagBreachRow
 //   UpdateSurveillance    limitRows     BKSurveillanceLimitDefTag, unless live
+//   AddAndComputeMTM, RecomputeMTM
+//                         changedRows   BKSurveillanceLimitDefTag, unless live
 //   GetAllSurveillancePositions, CaptureAllSurveillancePositions, DownloadSurvInfo, GetMarketExposure
 //                         limit rows    BKSurveillanceLimitDefTag, unless live
 //                         position rows BKExposureTag

@@ -1,9 +1,7 @@
 #include "mtm/mtm_log.h"
 
+#include <array>
 #include <ctime>
-#include <string>
-
-#include "platform/format.h"
 
 namespace surv {
 namespace {
@@ -12,15 +10,19 @@ constexpr int kNoon = 12;
 
 const char* HalfOfDay(const std::tm& time) { return time.tm_hour < kNoon ? "AM" : "PM"; }
 
-/// Noon and midnight are hour 0.
-std::string FileName(const std::tm& time) {
-    return Format("BroadcastMTM_%02d%02d%02d%s.log", time.tm_hour % kNoon, time.tm_min, time.tm_sec, HalfOfDay(time));
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+/// Noon and midnight are hour 0. Takes no memory that could be missing.
+File OpenLog(const std::tm& time) {
+    std::array<char, 96> name{};
+    std::snprintf(name.data(), name.size(), "BroadcastMTM_%02d%02d%02d%s.log", time.tm_hour % kNoon, time.tm_min,
+                  time.tm_sec, HalfOfDay(time));
+    return {std::fopen(name.data(), "at"), &std::fclose};
 }
 
 }  // namespace
 
-CMtmLog::CMtmLog(const CClock& clock)
-    : clock_(clock), file_(std::fopen(FileName(clock.LocalNow()).c_str(), "at"), &std::fclose) {
+CMtmLog::CMtmLog(const CClock& clock) : clock_(clock), file_(OpenLog(clock.LocalNow())) {
     if (file_) std::fputs("Time|Token|LastTradedPrice", file_.get());
 }
 

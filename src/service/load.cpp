@@ -250,16 +250,15 @@ void CSurveillanceManager::RegisterRow(const BKExposureTag& row, CSurveillanceCa
     }
     if (!HasTraded(row)) return;
     const std::int64_t key = PlainKey(exchangeMask, row.token);
-    CBroadcastScrip* scrip = broadcastHash.Find(key);
-    if (!scrip) {
-        auto fresh = std::make_unique<CBroadcastScrip>();
-        fresh->exchange = exchangeMask;
-        fresh->broadcastToken = row.token;
-        fresh->closePrice = ClosePriceOf(row, exchangeMask);
-        fresh->SetSecurity(exchangeMask, row.token, row.underlyingToken, row.contract, row.priceMultiplier);
-        scrip = &broadcastHash.Insert(key, std::move(fresh));
+    if (!broadcastHash.Find(key)) {
+        auto scrip = std::make_unique<CBroadcastScrip>();
+        scrip->exchange = exchangeMask;
+        scrip->broadcastToken = row.token;
+        scrip->closePrice = ClosePriceOf(row, exchangeMask);
+        scrip->SetSecurity(exchangeMask, row.token, row.underlyingToken, row.contract, row.priceMultiplier);
+        broadcastHash.Insert(key, std::move(scrip));
     }
-    scrip->AddCategory(&category);
+    AddToBroadcastUpdateHash(key, &category);
 }
 
 }  // namespace surv

@@ -112,6 +112,7 @@ TEST(Touchline, ChangesWhatItNamesAndNothingElse) {
     EXPECT_EQ((std::vector<int>{other.lastTradedPrice, other.closePrice, other.priceA, other.priceB, other.priceC}),
               (std::vector{500, 25000, 1, 2, 3}));
     EXPECT_EQ(s.Row("C1", 3).usedMtm, -100 * 200);
+    EXPECT_EQ(scrip.lastTradedPrice, 24800);
     EXPECT_EQ(s.Manager().broadcastHash.Size(), 1) << "the broadcast makes no scrip";
 }
 

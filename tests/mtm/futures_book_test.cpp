@@ -56,7 +56,7 @@ TEST(FuturesBook, MarksAsThePricesOfThePublishedDaySay) {
         const auto quantity = static_cast<std::int32_t>(25 * (1 + i % 7));
         const std::int32_t closed = i % 3 == 0 ? quantity / 5 : 0;
         const bool isLong = i % 2 == 0;
-        const std::int64_t opened = std::int64_t{quantity} * days[i].previous;
+        const std::int64_t opened = std::int64_t{quantity} * days[i].previous + 1;  // averages aren't whole
         const std::int64_t undone = std::int64_t{closed} * days[i].open;
         BKExposureTag row = ContractRow("C1", 5, 0, -1, kFirstToken + static_cast<std::int32_t>(i));
         row.lastPrice = days[i].previous;

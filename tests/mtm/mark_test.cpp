@@ -205,6 +205,9 @@ TEST_F(OnlineReload, RebuildsTheMtmAndTellsEachScrip) {
     CMarkedHouse s;
     for (const std::int16_t mask : std::vector<std::int16_t>{3, 5, 0xD}) s.AddLimit("C1", mask);
     s.AddPosition(PositionRow("C1", 3, 100));
+    BKExposureTag closed = PositionRow("C1", 3, -20, "C1", 77);  // at a loss of 10.00
+    closed.tradedBuyQty = 20, closed.tradedBuyValue = 20 * 26000.0;
+    s.AddPosition(closed);
     s.AddPosition(ContractRow("C1", 5, 20, -1, kToken));
     s.Start(1, 0);
     s.library.SetMtmMode(1);
@@ -221,11 +224,12 @@ TEST_F(OnlineReload, RebuildsTheMtmAndTellsEachScrip) {
         s.library.context.clock.Set([](void*) { return now; }, nullptr);
         s.Manager().RecomputeMTMOnline();
         const std::string time = second == 309 ? "00:05:09_AM" : "00:05:09_PM";
-        EXPECT_EQ(TextOf(name), "Time|Token|LastTradedPrice\n" + time + "|2885|249.00\n" + time + "|50|245.00");
+        EXPECT_EQ(TextOf(name),
+                  "Time|Token|LastTradedPrice\n" + time + "|2885|249.00\n" + time + "|77|0.00\n" + time + "|50|245.00");
         const auto figures = [&s](std::int16_t mask) {
             return Figures{s.Row("C1", mask).usedMtm, s.Row("C1", mask).usedMtmFull, s.Row("C1", mask).usedBookedPnl};
         };
-        EXPECT_EQ(figures(3), (Figures{-10'000, -10'000, 9})) << "what is booked goes on";
+        EXPECT_EQ(figures(3), (Figures{-30'000, -30'000, -19'991})) << "what is booked goes on";
         EXPECT_EQ(figures(0xD), (Figures{-10'000, -10'000, 9}));
         EXPECT_EQ(figures(5), (Figures{0, 0, 9})) << "a row that passes leave alone stays cleared";
         EXPECT_EQ(s.library.context.settings.mtmMode, 1);
@@ -234,7 +238,7 @@ TEST_F(OnlineReload, RebuildsTheMtmAndTellsEachScrip) {
     s.library.context.clock.Set([](void*) { return std::int64_t{310}; }, nullptr);
     s.Row("C1", 3).usedMtm = 0;
     s.Manager().RecomputeMTMOnline();
-    EXPECT_EQ(s.Row("C1", 3).usedMtm, -10'000);
+    EXPECT_EQ(s.Row("C1", 3).usedMtm, -30'000);
 }
 
 TEST_F(OnlineReload, IsForModeOneAlone) {
