@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "limits/conversion_trial.h"
+#include "limits/holding_trial.h"
 #include "limits/row_masks.h"
 #include "platform/format.h"
 #include "reference/preferences.h"
@@ -318,8 +319,8 @@ TEST(DeliverySell, WhatIsHeldAndBoughtMustCoverIt) {
         {"bought today", product::kDelivery, false, false, 50, 0, 0, 0, 0, 50, 51},
         {"both", product::kDelivery, false, false, 50, 0, 100, 30, 50, 120, 121},
         {"beside an open sale", product::kDelivery, false, false, 50, 20, 100, 30, 30, 100, 101},
-        {"of an NRI, bought today", product::kDelivery, true, false, 50, 0, 100, 30, 0, 70, 71},
-        {"of compulsory delivery", product::kDelivery, false, true, 50, 20, 100, 30, 0, 70, 71},
+        {"of an NRI, bought today", product::kDelivery, true, false, 200, 0, 100, 30, 0, 70, 71},
+        {"of compulsory delivery", product::kDelivery, false, true, 200, 20, 100, 30, 0, 70, 71},
         {"conversion", product::kConvertToDelivery, false, false, 0, 0, 100, 30, 0, 70, 71},
     };
     for (const auto& c : cases) {
@@ -336,6 +337,61 @@ TEST(DeliverySell, WhatIsHeldAndBoughtMustCoverIt) {
         const std::string& form = c.productType == product::kDelivery ? plain : conversion;
         EXPECT_EQ(answer.text, Format(form.c_str(), c.set, c.used, c.blocked, c.free));
         EXPECT_EQ(answer.code, -227);
+    }
+}
+
+/// 100 are held, 80 of them as collateral at 10.00 less a tenth: 720.00. 300.00 are due of today's sales. Both
+/// exchanges have bought, sold and blocked some.
+TEST(DeliverySell, AnOrderBlocksReceiptsThenSharesAndMovesTheFund) {
+    const struct {
+        const char* name;
+        std::int16_t segment, buySell;
+        bool nri, compulsory;
+        std::array<std::int32_t, 3> asked;    ///< set, blocked before, free of today's
+        std::array<std::int64_t, 2> blocked;  ///< after an order of 60: receipts, shares
+        double collateral, saleCredit;        ///< changes, paise
+    } cases[] = {
+        {"sale", 1, kSell, false, false, {120, 10, 10}, {20, 30}, -117'00, 0},
+        {"of an NRI", 1, kSell, true, false, {100, 10, 0}, {0, 100}, -747'00, 0},
+        {"of compulsory delivery", 1, kSell, false, true, {120, 10, 0}, {20, 80}, -567'00, 0},
+        {"on BSE", 4, kSell, false, false, {107, 9, 0}, {7, 73}, -522'00, 0},
+        {"purchase", 1, kBuy, false, false, {120, 10, 10}, {0, 0}, 0, -150'00},
+        {"purchase on BSE", 4, kBuy, false, false, {107, 9, 0}, {7, 13}, 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CScenario s;
+        s.House();
+        CSurveillanceCategory& category = *s.library.manager->FindCategory("C1");
+        tagOrderInfoForSurv order;
+        order.marketSegment = c.segment, order.nriClient = c.nri, order.compulsoryDelivery = c.compulsory;
+        order.productType = product::kDelivery, order.deliveryLevel = true;
+        order.isinCode = "INE002A01018", order.levelCode = "C1";
+        Holding& held = category.holdingsByIsin.FindOrMake(order.isinCode);
+        held.holdingQty = 100, held.collateralQty = 80, held.collateralPrice = 1000, held.haircutRate = 1000;
+        held.nse.sarQty = 20, held.nse.blockedQty = 5, held.nse.sarBlockedQty = 2;
+        held.nse.tradedBuyQty = 50, held.nse.orderSellQty = 40;
+        held.nse.tradedSellValue = 500'00, held.nse.orderBuyValue = 200'00;
+        held.bse.sarQty = 7, held.bse.blockedQty = 3, held.bse.sarBlockedQty = 1;
+        held.bse.tradedBuyQty = 10, held.bse.orderSellQty = 30;
+        held.collateralValue = held.FormCollateralValue(), held.saleCredit = held.FormSaleCredit();
+        const CSurvPosition before(Traded(0, 0));
+        CSurvPosition after;
+        if (c.buySell == kSell) after.data.orderSellQty = 60, after.data.orderSellValue = 150'00;
+        if (c.buySell == kBuy) after.data.orderBuyQty = 60, after.data.orderBuyValue = 150'00;
+
+        TryHolding(category, order, before, after);
+        EXPECT_EQ((std::array{order.dpSetQty, order.dpPrevBlockedQty, order.dpTodayFreeQty}), c.asked);
+        EXPECT_NEAR(order.collateralDelta, c.collateral, 1e-6);
+        EXPECT_EQ(order.saleCreditDelta, c.saleCredit);
+        EXPECT_EQ(held.nse.blockedQty, 5) << "a trial works on a copy";
+        CommitHolding(category, order, before, after);
+        const HoldingSide& side = held.Of(c.segment);
+        EXPECT_EQ((std::array{side.sarBlockedQty, side.blockedQty}), c.blocked);
+        EXPECT_NEAR(category.collateralTotal, c.collateral, 1e-6);
+        EXPECT_EQ(category.saleCreditTotal, c.saleCredit);
+        s.library.context.undo.RestoreBackTo({});
+        EXPECT_EQ(held.bse.blockedQty, 3) << "what is undone is another holding";
     }
 }
 

@@ -136,8 +136,9 @@ TEST(ProductWalk, ARefusalAtAnyRowOfAnyLevelLeavesNoTrace) {
     }
 }
 
-/// What an accepted purchase of 25,000 leaves: at each level the gross exposure and the margin of the row of all
-/// securities, the gross exposure outside the order's scope, and the shares in the product's own position.
+/// What an accepted purchase of 25,000 leaves, whether a level judges it or only takes it in: the gross exposure and
+/// the margin of the row of all securities, the gross exposure outside the order's scope, and the shares in the
+/// product's own position.
 TEST(ProductWalk, AnAcceptedOrderStandsWhereItsProductSaysSo) {
     const std::string general = "25000 25000 0 100, ", untouched = "0 0 0 100, ";
     const std::string outside = "25000 25000 25000 100, ";
@@ -158,27 +159,27 @@ TEST(ProductWalk, AnAcceptedOrderStandsWhereItsProductSaysSo) {
         {product::kMtf, 45, absent + absent + general + "0 6250 0 100, " + untouched + untouched},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << "product " << c.productType << ", dealer " << int{c.dealerType});
-        CProducts s;
-        const Answer answer = s.Buy(c.productType, c.dealerType);
-        EXPECT_EQ(answer.text, "");
-        std::string state;
-        for (const char* level : kLevels) {
-            const Row& row = s.Row(level, 3);
-            const auto* held = s.Position(level, FamilyOf(c.productType));
-            state.append(Format("%ld %ld %ld %ld, ", std::lround(row.usedMaxGross / 100),
-                                std::lround(row.usedMarginMax), std::lround(s.Row(level, 0x11).usedMaxGross / 100),
-                                held ? static_cast<long>(held->data.orderBuyQty) : 0L));
-            // Accounts hold the order wherever it went by, also where no row has been asked.
-            const bool inTree = s.HeldBy(level, Period::kExpiry, level == std::string_view{"S1"} ? "C1" : "G1",
-                                         c.dealerType == 0 ? "C1" : "D1") != nullptr;
-            EXPECT_TRUE(inTree || FamilyOf(c.productType) != PositionFamily::kPlain) << level;
+        for (const std::uint8_t checked : {std::uint8_t{62}, std::uint8_t{0}}) {
+            SCOPED_TRACE(testing::Message() << "product " << c.productType << ", dealer " << int{c.dealerType}
+                                            << ", levels " << int{checked});
+            CProducts s;
+            std::vector<char> order = CProducts::Order(c.productType, kBuy, c.dealerType);
+            reinterpret_cast<tagSurveillanceInfo*>(order.data())->levelCheckFlags = checked;
+            EXPECT_EQ(s.Send(order).text, "");
+            std::string state;
+            for (const char* level : kLevels) {
+                const Row& row = s.Row(level, 3);
+                const auto* held = s.Position(level, FamilyOf(c.productType));
+                state.append(Format("%ld %ld %ld %ld, ", std::lround(row.usedMaxGross / 100),
+                                    std::lround(row.usedMarginMax), std::lround(s.Row(level, 0x11).usedMaxGross / 100),
+                                    held ? static_cast<long>(held->data.orderBuyQty) : 0L));
+            }
+            EXPECT_EQ(state, c.state);
+            // Where deliveries count, the shares that are bought have a place among the holdings.
+            const bool delivered = FamilyOf(c.productType) == PositionFamily::kDelivery;
+            EXPECT_EQ(s.Shares(c.dealerType == 0 ? "C1" : "D1")->nse.orderBuyQty, delivered ? 100 : 0);
+            EXPECT_EQ(s.Shares("F1"), nullptr);
         }
-        EXPECT_EQ(state, c.state);
-        // Where deliveries count, the shares that are bought have a place among the holdings.
-        const bool delivered = FamilyOf(c.productType) == PositionFamily::kDelivery;
-        EXPECT_EQ(s.Shares(c.dealerType == 0 ? "C1" : "D1")->nse.orderBuyQty, delivered ? 100 : 0);
-        EXPECT_EQ(s.Shares("F1"), nullptr);
     }
 }
 
@@ -222,6 +223,16 @@ TEST(ProductWalk, ASaleOfDeliveriesBlocksTheHoldingInTheCommitAlone) {
     EXPECT_EQ(holdings.Find("INE009A01021"), nullptr) << "an enquiry";
     EXPECT_EQ(s.Buy(product::kDelivery).text, "");
     EXPECT_EQ(holdings.Find("INE009A01021")->categoryCode.View(), "C1");
+}
+
+TEST(ProductWalk, ADealerWithTheClientsCodeBuysTheSharesOnce) {
+    CProducts s;
+    OrderSpec order;
+    order.productType = product::kDelivery, order.dealer = "C1";
+    for (const int bought : {100, 200}) {
+        ASSERT_EQ(s.Check(order).text, "");
+        EXPECT_EQ(s.Shares("C1")->nse.orderBuyQty, bought);
+    }
 }
 
 TEST(ProductWalk, MarginFundingSellsWhatHasTraded) {
