@@ -31,7 +31,7 @@ RowBench Margined(std::int16_t mask, std::int16_t productType = product::kMargin
 RowBench OnTree(std::int16_t mask) {
     RowBench bench = Margined(mask);
     bench.held = {};
-    bench.order.marketSegment = bench.scrip.marketSegment = 3, bench.order.levelMarginFlag = 1;
+    bench.order.marketSegment = bench.scrip.marketSegment = 3;
     bench.order.contract.strikePrice = 20000, bench.order.riskPreference.marginAddOnFactor = 100'000;
     bench.treeBefore = {1000, 0, 1100, 200, 0, 0, 100'00};
     bench.treeAfter = {1500, 0, 1700, 300, 150'00, 0, 300'00};
@@ -39,90 +39,87 @@ RowBench OnTree(std::int16_t mask) {
     return bench;
 }
 
+template <int kFlags>
+void Counts(RowBench& b) {
+    b.order.riskPreference.marginFlags = kFlags;
+}
+void PremiumInRow(RowBench& b) { b.row.limitOptions = kPremiumInMargin; }
+void NoStrike(RowBench& b) { PremiumInRow(b), b.order.contract.strikePrice = 0; }
+void AddOnOfAHalf(RowBench& b) { b.order.riskPreference.marginAddOnFactor = 500'000; }
+void RateOfAFifth(RowBench& b) { b.scrip.scripRates = {0, 1, 2000}; }
+void MuchOrdered(RowBench& b) { b.row.usedMarginOrder = 9000; }
+void MuchTraded(RowBench& b) { b.row.usedMarginTraded = 50000; }
+void Correction(RowBench& b) {  // of 40 traded to 100
+    b.order.orderEventKind = event::kCorrection, b.order.prevQuantity = 40, b.order.prevPrice = 20000;
+    b.row.usedMarginTraded = 9000;
+}
+void OfType7(RowBench& b) {
+    Counts<kExposureMarginCounts>(b);
+    b.row.entityLevel = 7, b.settings.limitDetailMessages = 1;
+}
+
 TEST(MarginRule, TheGeneralSetWeighsTheLargestOfThreeViews) {
     const struct {
-        const char* name;
         RowBench bench;
         void (*change)(RowBench&);
-        int used, prev, initial, exposure;
+        int initial, exposure;
     } cases[] = {
-        {"worst case", Margined(3), nullptr, 33200, 8200, 33200, 0},
-        {"order side", Margined(0x11), [](RowBench& b) { b.row.usedMarginOrder = 9000; }, 34000, 8200, 34000, 0},
-        {"traded", Margined(0xF), [](RowBench& b) { b.row.usedMarginTraded = 50000; }, 50000, 8200, 50000, 0},
-        {"add-on of a half", Margined(0x13), [](RowBench& b) { b.order.riskPreference.marginAddOnFactor = 500'000; },
-         45700, 8200, 45700, 0},
-        {"rate of the scrip", Margined(0x1FF),
-         [](RowBench& b) {
-             b.scrip.scripRates = {0, 1, 2000};
-         },
-         13200, 8200, 13200, 0},
-        {"a correction of 40 traded to 100", Margined(2),
-         [](RowBench& b) {
-             b.order.orderEventKind = event::kCorrection, b.order.prevQuantity = 40, b.order.prevPrice = 20000;
-             b.row.usedMarginTraded = 9000;
-         },
-         26000, 8200, 26000, 0},
-        {"tree", OnTree(0xD), nullptr, 8860, 8200, 8860, 0},
-        {"tree, for all", OnTree(0x1FF), [](RowBench& b) { b.order.contract.strikePrice = 0; }, 8860, 8200, 8860, 0},
-        {"premium by the row", OnTree(0x61), [](RowBench& b) { b.row.limitOptions = kPremiumInMargin; }, 9080, 8200,
-         9080, 0},
-        {"premium by the client", OnTree(0x7F),
-         [](RowBench& b) { b.order.riskPreference.marginFlags = kPremiumCounts; }, 9080, 8200, 9080, 0},
-        {"no strike, no premium", OnTree(0xD),
-         [](RowBench& b) { b.row.limitOptions = kPremiumInMargin, b.order.contract.strikePrice = 0; }, 8860, 8200, 8860,
-         0},
-        {"exposure margin, with its add-on", OnTree(0xF),
-         [](RowBench& b) { b.order.riskPreference.marginFlags = kExposureMarginCounts; }, 9020, 8360, 8860, 160},
-        {"no exposure margin at entities of type 7", OnTree(0xD),
-         [](RowBench& b) {
-             b.order.riskPreference.marginFlags = kExposureMarginCounts, b.row.entityLevel = 7;
-             b.settings.limitDetailMessages = 1;
-         },
-         8910, 8250, 8860, 50},
-        {"nor on rows of one market", OnTree(0x61),
-         [](RowBench& b) { b.order.riskPreference.marginFlags = kExposureMarginCounts; }, 8860, 8200, 8860, 0},
+        {Margined(3), nullptr, 33200, 0},
+        {Margined(0x11), &MuchOrdered, 34000, 0},
+        {Margined(0xF), &MuchTraded, 50000, 0},
+        {Margined(0x13), &AddOnOfAHalf, 45700, 0},
+        {Margined(0x1FF), &RateOfAFifth, 13200, 0},
+        {Margined(2), &Correction, 26000, 0},
+        {OnTree(0xD), nullptr, 8860, 0},
+        {OnTree(0x1FF), &NoStrike, 8860, 0},
+        {OnTree(0x61), &PremiumInRow, 9080, 0},
+        {OnTree(0x81), &PremiumInRow, 8860, 0},
+        {OnTree(0x7F), &Counts<kPremiumCounts>, 9080, 0},
+        {OnTree(0xF), &Counts<kExposureMarginCounts>, 8860, 160},  // 50, the change of 100 and its add-on
+        {OnTree(0x61), &Counts<kExposureMarginCounts>, 8860, 0},
+        {OnTree(0xD), &OfType7, 8860, 50},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(c.bench.row.limitMask);
         RowBench bench = c.bench;
         if (c.change) c.change(bench);
+        bench.order.levelMarginFlag = IsCashExchange(bench.order.ExchangeMask()) ? 0 : 1;
+        const int used = c.initial + c.exposure;
         const std::string text = Format(
             "Margin Limit exceeded.Set=%d.00,Used=%d.00(I)(Prev=%d.00)[UsedIM=%d.00,PrevIM=8200.00,EM=%d.00,"
             "MTM=0.00,B.PL=0.00]",
-            c.used - 1, c.used, c.prev, c.initial, c.exposure);
-        bench.order.levelMarginFlag = IsCashExchange(bench.order.ExchangeMask()) ? 0 : 1;
-        ExpectRefusal(bench, {kMarginLimit, 1.0 * c.used * kRupee, -kRupee, -227, 0, 0, text, ""});
+            used - 1, used, 8200 + c.exposure, c.initial, c.exposure);
+        ExpectRefusal(bench, {kMarginLimit, 1.0 * used * kRupee, -kRupee, -227, 0, 0, text, ""});
     }
 }
 
 /// What a row takes over of a check; its traded side moves with corrections and deliveries alone.
 TEST(MarginRule, ARowTakesOverTheViewsOfItsSet) {
-    const std::tuple<std::int16_t, std::int16_t, std::int16_t, std::array<double, 3>, std::array<double, 3>> cases[]{
-        {product::kMargin, event::kOrder, 3, {33000, 8100, 33200}, {33000, 8100, 33200}},
-        {product::kMargin, event::kCorrection, 3, {25000, 25100, 25200}, {25000, 25100, 25200}},
-        {product::kMargin, event::kOrder, 4, {8000, 8100, 8200}, {8000, 8100, 8200}},
-        {product::kDelivery, event::kOrder, 0x13, {33000, 8100, 33200}, {33000, 8100, 33200}},
-        {product::kDelivery, event::kCorrection, 0xF, {25000, 25100, 25200}, {25000, 25100, 25200}},
-        {product::kMarginPlus, event::kOrder, 0x7F, {13000, 8100, 13200}, {13000, 8100, 13200}},
-        {product::kMtf, event::kOrder, 0x1FF, {14250, 8100, 14450}, {14250, 8100, 14450}},
-        {product::kMtf, event::kCorrection, 0x11, {12250, 12350, 12450}, {12250, 12350, 12450}},
-        {product::kMtf, event::kOrder, 2, {8000, 8100, 8200}, {8000, 8100, 8200}},
-        {product::kDelivery, event::kOrder, 0xD, {8000, 8100, 8200}, {8000, 8100, 8200}},
+    using Views = std::array<double, 3>;
+    const Views untouched{8000, 8100, 8200};
+    const std::tuple<std::int16_t, std::int16_t, std::int16_t, Views> cases[]{
+        {product::kMargin, event::kOrder, 3, {33000, 8100, 33200}},
+        {product::kMargin, event::kCorrection, 3, {25000, 25100, 25200}},
+        {product::kMargin, event::kOrder, 4, untouched},
+        {product::kDelivery, event::kOrder, 0x13, {33000, 8100, 33200}},
+        {product::kDelivery, event::kCorrection, 0xF, {25000, 25100, 25200}},
+        {product::kDelivery, event::kOrder, 0xD, untouched},
+        {product::kMarginPlus, event::kOrder, 0x7F, {13000, 8100, 13200}},
+        {product::kMtf, event::kOrder, 0x1FF, {14250, 8100, 14450}},
+        {product::kMtf, event::kCorrection, 0x11, {12250, 12350, 12450}},
+        {product::kMtf, event::kOrder, 2, untouched},
     };
-    for (const auto& [productType, kind, mask, checked, updated] : cases) {
+    for (const auto& [productType, kind, mask, taken] : cases) {
         SCOPED_TRACE(testing::Message() << "product " << productType << ", event " << kind << ", mask " << mask);
         RowBench bench = Margined(mask, productType);
-        bench.order.orderEventKind = kind;
-        if (kind == event::kCorrection) bench.order.prevQuantity = 40, bench.order.prevPrice = 20000;
-        const auto views = [&bench] {
-            const BKSurveillanceLimitDefTag& row = bench.row;
-            return std::array<double, 3>{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax};
-        };
+        if (kind == event::kCorrection) Correction(bench);
+        const BKSurveillanceLimitDefTag& row = bench.row;
+        bench.row.usedMarginTraded = 8100;
         ASSERT_EQ(bench.Check().text, "");
-        EXPECT_EQ(views(), checked);
+        EXPECT_EQ((Views{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), taken);
         bench.undo.RestoreBackTo({});
         bench.Update();
-        EXPECT_EQ(views(), updated);
+        EXPECT_EQ((Views{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), taken);
     }
 }
 
@@ -265,6 +262,7 @@ TEST(MarginRule, AnEnquiryIsToldOfARowThatStoodAboveItsLimit) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         RowBench bench = OnTree(c.mask);
+        bench.order.levelMarginFlag = 1;
         BKSurveillanceLimitDefTag& row = bench.row;
         row.limitOptions = c.options;
         row.usedMarginOrder = c.order, row.usedMarginTraded = c.traded, row.usedMarginMax = c.worst;
@@ -395,28 +393,10 @@ TEST(DeliverySell, AnOrderBlocksReceiptsThenSharesAndMovesTheFund) {
     }
 }
 
-TEST(ProductRules, SizesModesAndIsinsAreToldInTheGeneralWords) {
-    const RowRefusal sizes[] = {
-        {kMaxValueLimit, 25'000'00, -1, -205, 0, 1,
-         "Order failed Max. Single Transaction Value Check where the limit is 24999.99 and current value is 25000.00 ",
-         "Order failed Max. Single Transaction Value Check where the limit is 24999.99 and current value is 25000.00 "},
-        {kMaxQuantityLimit, 100, -1, -206, 0, 2,
-         "Order failed Max. Single Transaction Qty Check where the limit is 99 and current value is 100 ",
-         "Order failed Max. Single Transaction Qty Check where the limit is 99 and current value is 100 "},
-        {kMinValueLimit, 25'000'00, 1, -205, 0, 0,
-         "Order failed Minimum. Single Transaction Value Check where the limit is 25000.01 and current value is "
-         "25000.00 ",
-         "Order failed Minimum. Single Transaction Value Check where the limit is 25000.01 and current value is "
-         "25000.00 "},
-        {kMinQuantityLimit, 100, 1, -206, 0, 0,
-         "Order failed Min. Single Transaction Qty Check where the limit is 101 and current value is 100 ",
-         "Order failed Min. Single Transaction Qty Check where the limit is 101 and current value is 100 "},
-    };
+TEST(ProductRules, AutomaticModesAreToldInFullEvenWhereTheHouseShowsNoFigures) {
     for (const std::int16_t productType : {product::kDelivery, product::kMarginPlus, product::kMtf}) {
         SCOPED_TRACE(productType);
         RowBench bench = Margined(0x1FF, productType);
-        for (const RowRefusal& size : sizes) ExpectRefusal(bench, size);
-        // The automatic modes are told in full, even where the house shows no figures.
         bench.row.entityLevel = 7;
         bench.row.usedMtm = -6'000'00, bench.row.mtmLossLimit = 10'000'00;
         bench.order.preAutoSquareOffOn = true, bench.order.preAutoSquareOffPart = 600'000;
@@ -434,14 +414,16 @@ TEST(ProductRules, SizesModesAndIsinsAreToldInTheGeneralWords) {
     RowBench twoLegs = Margined(2, product::kMarginPlus);
     twoLegs.order.squareOffOnlyFlag = true;
     EXPECT_EQ(twoLegs.Check().text, "Only Square Off Orders allowed - User is in SquareOff mode");
+}
+
+TEST(ProductRules, OutsideItsScopeADeliveryBringsItsFundAndAsksNothing) {
     RowBench second = Margined(3, product::kDelivery);
     second.order.secondPass = true, second.order.isinCode = "", second.row.maxSingleOrderQty = 1;
     second.order.collateralDelta = 500, second.order.saleCreditDelta = 70;
-    const double margin = second.row.usedMarginMax;
-    EXPECT_EQ(second.Check().text, "") << "outside its scope a delivery brings its fund and asks nothing";
+    EXPECT_EQ(second.Check().text, "");
     EXPECT_EQ(second.row.collateralFund, 500);
     EXPECT_EQ(second.row.saleCreditFund, 70);
-    EXPECT_EQ(second.row.usedMarginMax, margin);
+    EXPECT_EQ(second.row.usedMarginMax, 8200);
 }
 
 }  // namespace
