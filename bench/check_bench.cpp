@@ -1,6 +1,6 @@
 // The order path of a passing cash order: the check of client, dealer, group and root, and its commit. Beside it a
 // floor on the same house: the look-ups and the limit row reads and writes alone.
-// Arguments: covering limit rows a level, clients of the house; of preferred orders what is in force (see Preferences).
+// Arguments: of preferred orders what is in force (see Preferences); covering limit rows a level, clients of the house.
 
 #include <benchmark/benchmark.h>
 
@@ -26,8 +26,8 @@ void CheckCashOrder(benchmark::State& state) {
 }
 
 void CheckPreferredOrder(benchmark::State& state) {
-    CHouse& house = HouseOf(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)),
-                            static_cast<surv::bench::Preferences>(state.range(2)));
+    CHouse& house = HouseOf(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)),
+                            static_cast<surv::bench::Preferences>(state.range(0)));
     std::minstd_rand random(7);
     for (auto _ : state) {
         if (!house.CheckAndCommit(NextClient(random, house))) state.SkipWithError("an order was refused");
@@ -49,7 +49,9 @@ void FloorOfCashOrder(benchmark::State& state) {
         }
     }
     for (const int preferences : {0, 1, 2, 3}) {
-        benchmark::RegisterBenchmark("CheckPreferredOrder", CheckPreferredOrder)->Args({8, 10'000, preferences});
+        for (const int clients : {100, 10'000}) {
+            benchmark::RegisterBenchmark("CheckPreferredOrder", CheckPreferredOrder)->Args({preferences, 8, clients});
+        }
     }
     return 0;
 }();

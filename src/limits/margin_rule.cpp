@@ -53,11 +53,9 @@ Adjustment Adjust(const RuleInput& in) {
     adjustment.mtm = in.now.usedMtm / kPaisePerRupee;
     adjustment.booked = in.now.usedBookedPnl / kPaisePerRupee;
     const bool bookedCounts = (flags & (kBookedProfitCounts | kBookedLossCounts)) != 0;
-    if ((flags & kMtmProfitCounts) && adjustment.mtm > 0) {
-        adjustment.mtm -= adjustment.booked;
-    } else if ((flags & kMtmLossCounts) && adjustment.mtm < 0 && adjustment.booked < 0 && (bookedCounts || !general)) {
-        adjustment.mtm -= adjustment.booked;
-    }
+    const bool countedProfit = (flags & kMtmProfitCounts) && adjustment.mtm > 0;
+    const bool countedLoss = (flags & kMtmLossCounts) && adjustment.mtm < 0 && adjustment.booked < 0;
+    if (countedProfit || (countedLoss && (bookedCounts || !general))) adjustment.mtm -= adjustment.booked;
     const bool exposureRow =
         general ? IsAmong(kWholeTurnoverRows, in.now.limitMask) : IsCombinedSettlement(in.now.limitMask);
     if ((flags & kExposureMarginCounts) && exposureRow) adjustment.exposureMargin = in.now.usedExposureMargin;
