@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "platform/format.h"
@@ -15,7 +16,7 @@ using Row = BKSurveillanceLimitDefTag;
 
 constexpr std::int32_t kToken = 2885;
 constexpr const char* kIsin = "INE002A01018";
-constexpr const char* kLevels[] = {"S1", "C1", "F1", "D1", "G1", "-"};
+constexpr const char* kLevels[] = {"S1", "C1", "F1", "D1", "G1", "-"};  // from the lowest to the root
 
 /// Where rows stand at each level: daily, settlement, the scrip's own settlement, everything, and BSE, which no order
 /// of these tests is for. In the order in which they are asked.
@@ -34,7 +35,7 @@ constexpr Place kPlaces[] = {{2, kAllSecurities, "daily"},
 /// the dealer hold 1,000 shares, worth 10.00 each as collateral.
 class CProducts : public CScenario {
  public:
-    CProducts() : CScenario({.featureBits = 0x10}) {
+    explicit CProducts(std::int16_t positionMode = 0) : CScenario({.positionMode = positionMode, .featureBits = 0x10}) {
         for (const char* level : kLevels) {
             for (const Place& place : kPlaces) Limit(level, place.mask, {}, place.token);
         }
@@ -54,7 +55,8 @@ class CProducts : public CScenario {
     }
     /// An order of the client's sub client; dealerType 4, 45: of a dealer that is its own client.
     static std::vector<char> Order(std::int16_t productType, std::int16_t buySell = kBuy, std::uint8_t dealerType = 0) {
-        OrderSpec spec{.family = "F1", .subClient = "S1", .dealerType = dealerType, .subClientType = 12};
+        OrderSpec spec{
+            .family = "F1", .subClient = "S1", .groupType = 11, .dealerType = dealerType, .subClientType = 12};
         spec.productType = productType, spec.buySell = buySell;
         std::vector<char> buffer = MakeRequest(spec);
         auto& order = *reinterpret_cast<tagOrderRequest*>(buffer.data() + sizeof(tagSurveillanceInfo));
@@ -106,7 +108,7 @@ TEST(ProductWalk, ARefusalAtAnyRowOfAnyLevelLeavesNoTrace) {
     for (const auto& c : cases) {
         for (const std::int16_t productType : c.products) {
             SCOPED_TRACE(testing::Message() << "product " << productType << ", dealer " << int{c.dealerType});
-            CProducts s;
+            CProducts s(productType == product::kAmoMargin || productType == product::kMtf ? 2 : 0);
             ASSERT_EQ(s.Buy(productType, c.dealerType).text, "");  // so that something stands to be spoilt
             std::string judged;
             for (const char* level : kLevels) {
@@ -121,7 +123,11 @@ TEST(ProductWalk, ARefusalAtAnyRowOfAnyLevelLeavesNoTrace) {
                     const bool refused = !answer.Passed();
                     if (refused) {
                         EXPECT_TRUE(s.Dump() == limited);
-                        EXPECT_EQ(answer.failedLevelCode, level);
+                        const int types[] = {12, 2, 8, c.dealerType, 11, -1};
+                        const auto at =
+                            static_cast<std::size_t>(std::find(kLevels, std::end(kLevels), level) - kLevels);
+                        EXPECT_EQ(answer.Head(), Format("-312, -206, -206 at now: %s, %d", level, types[at]));
+                        EXPECT_TRUE(answer.limitRows.empty());
                         EXPECT_FALSE(enquiry.rollbackRows.empty());
                         places.append(places.empty() ? "" : " ").append(place.name);
                     } else {
