@@ -11,6 +11,7 @@
 namespace surv::bench {
 
 inline constexpr int kClientsPerDealer = 1000;
+inline constexpr int kClientsPerFamily = 4;
 
 using Code = char[6];
 
@@ -22,6 +23,7 @@ inline void WriteCode(char letter, int number, Code& code) {
     code[5] = '\0';
 }
 inline void ClientCode(int client, Code& code) { WriteCode('C', client, code); }
+inline void FamilyCode(int client, Code& code) { WriteCode('F', client / kClientsPerFamily, code); }
 inline void DealerCode(int client, Code& code) { WriteCode('D', client / kClientsPerDealer, code); }
 
 /// All limits set and far away.
@@ -33,9 +35,8 @@ inline BKSurveillanceLimitDefTag FarLimits(const char* entity, std::int16_t mask
     row.limitMask = mask;
     row.token = kAllSecurities;
     row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kFar;
-    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kFar;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = row.marginLimit = kFar;
     row.maxSingleOrderQty = row.netQuantityLimit = kFarQuantity;
-    row.marginLimit = kNoLimit;
     row.limitOptions = kRetainMultiplier;
     return row;
 }

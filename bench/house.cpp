@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <tuple>
 
 #include "entities.h"
 #include "limits/row_masks.h"
@@ -11,16 +12,19 @@ namespace {
 
 constexpr int kScrips = 500;
 constexpr std::int16_t kNseEquity = 1;
+constexpr std::uint8_t kFamilyLevels = 0x10;
 
 std::int32_t TokenOf(int client) { return 1000 + client % kScrips; }
 
 }  // namespace
 
-CHouse::CHouse(int rowsPerLevel, int clients) : clients_(clients), library_(std::make_unique<Library>()) {
+CHouse::CHouse(int rowsPerLevel, int clients, Preferences preferences)
+    : clients_(clients), preferences_(preferences), library_(std::make_unique<Library>()) {
     masks_ = {2, 3};
     if (rowsPerLevel == 8) masks_ = {2, 3, 0x12, 0x13, 0xE, 0xF, 0x1FE, 0x1FF};
     Library::StartSettings settings;
     settings.positionMode = 2;
+    if (preferences_ >= Preferences::kFamily) settings.featureBits = kFamilyLevels;
     library_->Start(settings, {});
     AddLimits(kRootCode);
     AddLimits("G1");
@@ -28,11 +32,14 @@ CHouse::CHouse(int rowsPerLevel, int clients) : clients_(clients), library_(std:
         char dealer[6];
         DealerCode(client, dealer);
         AddLimits(dealer);
+        AddPreferences(dealer);
     }
     for (int client = 0; client < clients; ++client) {
         char code[6];
         ClientCode(client, code);
         AddLimits(code);
+        AddPreferences(code);
+        JoinFamily(client, code);
     }
     request_.resize(sizeof(tagSurveillanceInfo) + sizeof(tagOrderRequest));
     // Every client has traded once, so that the run meets what a day holds and makes nothing new.
@@ -48,6 +55,30 @@ void CHouse::AddLimits(const char* entity) {
     }
 }
 
+void CHouse::AddPreferences(const char* code) {
+    if (preferences_ == Preferences::kNone) return;
+    for (const std::int32_t exchange : {std::int32_t{kMaskNseCash}, kOverallPreference}) {
+        tagClientRiskPreferenceInfoForSurv record{};
+        std::memcpy(record.preferenceCode, code, ::strnlen(code, sizeof record.preferenceCode - 1));
+        record.exchange = exchange;
+        record.token = kAllSecurities;
+        record.allowedProducts = 15;
+        record.marginFlags = 0x1F;
+        library_->AddUpdatePreference(record);
+    }
+}
+
+/// The first client of a family brings the family with him.
+void CHouse::JoinFamily(int client, const char* code) {
+    if (preferences_ < Preferences::kFamily) return;
+    char family[6];
+    FamilyCode(client, family);
+    library_->context.stores.clientFamilyMap.FindOrMake(code) = family;
+    if (client % kClientsPerFamily != 0) return;
+    AddPreferences(family);
+    if (preferences_ == Preferences::kFamilies) AddLimits(family);
+}
+
 bool CHouse::CheckAndCommit(int client) {
     auto& head = *reinterpret_cast<tagSurveillanceInfo*>(request_.data());
     auto& order = *reinterpret_cast<tagOrderRequest*>(request_.data() + sizeof head);
@@ -60,6 +91,7 @@ bool CHouse::CheckAndCommit(int client) {
     DealerCode(client, head.dealerCode);
     ClientCode(client, head.clientCode);
     head.clientType = 2;
+    if (preferences_ == Preferences::kFamilies) FamilyCode(client, *reinterpret_cast<char(*)[6]>(head.familyCode));
     head.subClientType = level::kNone;
     head.levelCheckFlags = 62;
     head.priceMultiplier = 1;
@@ -126,13 +158,14 @@ double CHouse::Floor(int client) {
     return sum;
 }
 
-CHouse& HouseOf(int rowsPerLevel, int clients) {
+CHouse& HouseOf(int rowsPerLevel, int clients, Preferences preferences) {
     static std::unique_ptr<CHouse> house;
-    static int rows = 0;
-    if (!house || rows != rowsPerLevel || house->Clients() != clients) {
+    static std::tuple<int, int, Preferences> made;
+    const std::tuple wanted{rowsPerLevel, clients, preferences};
+    if (!house || made != wanted) {
         house.reset();
-        house = std::make_unique<CHouse>(rowsPerLevel, clients);
-        rows = rowsPerLevel;
+        house = std::make_unique<CHouse>(rowsPerLevel, clients, preferences);
+        made = wanted;
     }
     return *house;
 }

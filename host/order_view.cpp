@@ -141,7 +141,8 @@ std::string RefusalWords(const std::string& text) {
 std::string RuleOf(std::string words) {
     constexpr std::string_view kFailed = "Order failed ";
     if (words.starts_with(kFailed)) words.erase(0, kFailed.size());
-    for (const char* end : {" check", " Check", " where", " Limit exceeded", " exceeded", " (", " :", " across"}) {
+    for (const char* end : {" check", " Check", " where", " Limit exceeded", " exceeded", " (", " :", " across", "[",
+                            " -First", " of Equity", " for the scrip - "}) {
         words.resize(std::min(words.find(end), words.size()));
     }
     words.resize(std::min(words.find_first_of("0123456789"), words.size()));

@@ -308,6 +308,7 @@ struct RuleUse {
 };
 
 // clang-format off
+// NOLINTNEXTLINE(readability-identifier-naming): as short as the cells of the table
 constexpr On o = On::kNo, x = On::kYes, odd = On::kOdd, sett = On::kSettlement;
 constexpr std::array kRuleUses{
     //                                  General  Report  Delivery  Margin+  MTF

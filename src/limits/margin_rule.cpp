@@ -1,6 +1,7 @@
 #include "limits/margin_rule.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/format.h"
 #include "reference/preferences.h"
@@ -17,7 +18,11 @@ RuleFigures Margin(const RuleInput& in, double used) {
 
 double LimitOf(const RuleInput& in) { return in.now.marginLimit / kPaisePerRupee; }
 
-double LargestOf(double orderSide, double worst, double traded) { return std::max(std::max(orderSide, worst), traded); }
+/// Not a number when one of them isn't, so that the comparison refuses it.
+double LargestOf(double orderSide, double worst, double traded) {
+    const double sum = orderSide + worst + traded;
+    return std::isnan(sum) ? sum : std::max(std::max(orderSide, worst), traded);
+}
 
 /// What the client's preference lets weigh beside the margin. Rupees.
 struct Adjustment {
@@ -26,13 +31,13 @@ struct Adjustment {
     double booked = 0;
     std::uint8_t flags = 0;
 
-    /// A loss raises what is used, a profit lowers it.
+    /// A loss raises what is used, a profit lowers it; what isn't a number spoils it wherever it counts.
     [[nodiscard]] double Applied(double used) const {
         used += exposureMargin;
-        if ((flags & kMtmProfitCounts) && mtm > 0) used -= mtm;
-        if ((flags & kMtmLossCounts) && mtm < 0) used -= mtm;
-        if ((flags & kBookedProfitCounts) && booked > 0) used -= booked;
-        if ((flags & kBookedLossCounts) && booked < 0) used -= booked;
+        if ((flags & kMtmProfitCounts) && !(mtm <= 0)) used -= mtm;
+        if ((flags & kMtmLossCounts) && !(mtm >= 0)) used -= mtm;
+        if ((flags & kBookedProfitCounts) && !(booked <= 0)) used -= booked;
+        if ((flags & kBookedLossCounts) && !(booked >= 0)) used -= booked;
         return used;
     }
 };
@@ -48,11 +53,9 @@ Adjustment Adjust(const RuleInput& in) {
     adjustment.mtm = in.now.usedMtm / kPaisePerRupee;
     adjustment.booked = in.now.usedBookedPnl / kPaisePerRupee;
     const bool bookedCounts = (flags & (kBookedProfitCounts | kBookedLossCounts)) != 0;
-    if ((flags & kMtmProfitCounts) && adjustment.mtm > 0) {
-        adjustment.mtm -= adjustment.booked;
-    } else if ((flags & kMtmLossCounts) && adjustment.mtm < 0 && adjustment.booked < 0 && (bookedCounts || !general)) {
-        adjustment.mtm -= adjustment.booked;
-    }
+    const bool countedProfit = (flags & kMtmProfitCounts) && adjustment.mtm > 0;
+    const bool countedLoss = (flags & kMtmLossCounts) && adjustment.mtm < 0 && adjustment.booked < 0;
+    if (countedProfit || (countedLoss && (bookedCounts || !general))) adjustment.mtm -= adjustment.booked;
     const bool exposureRow =
         general ? IsAmong(kWholeTurnoverRows, in.now.limitMask) : IsCombinedSettlement(in.now.limitMask);
     if ((flags & kExposureMarginCounts) && exposureRow) adjustment.exposureMargin = in.now.usedExposureMargin;

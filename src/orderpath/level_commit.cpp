@@ -106,7 +106,9 @@ void CommitPositions(LevelTrial& level, Period period) {
         exposures.CommitPosition(order, known, undo);
         return;
     }
-    const CSurvPosition before = known ? *known : CSurvPosition{};
+    // Where one entity stands at two levels, the other may have made the position since the trial.
+    const CSurvPosition* const standing = known ? known : exposures.Find(FlatKey(order));
+    const CSurvPosition before = standing ? *standing : CSurvPosition{};
     const CSurvPosition& after = exposures.CommitPosition(order, known, undo);
     CommitHolding(category, order, before, after);
 }

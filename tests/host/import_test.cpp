@@ -59,7 +59,7 @@ const std::string kFile = MakeFile();
 class TemporaryFile {
  public:
     explicit TemporaryFile(const std::string& text, const char* file = "import_test.txt")
-        : name(testing::TempDir() + file) {
+        : name(testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + file) {
         std::ofstream(name) << text;
     }
     ~TemporaryFile() { std::filesystem::remove(name); }

@@ -29,6 +29,10 @@ TEST(OrderView, RefusalsOfOneRuleShareItsName) {
         {"C1|Limits not Set or Invalid Client Code : C1 ", "Limits not Set or Invalid Client Code"},
         {"Only Square Off Orders allowed - User is in SquareOff mode",
          "Only Square Off Orders allowed - User is in SquareOff mode"},
+        {"Trigger Price out of range[925.37 - 846.73] of Symbol-[SBIN] for ", "Trigger Price out of range"},
+        {"C1|ISIN Code Not Available for Buy Delivery Order of Equity ( NSE-Settlement)  of ",
+         "ISIN Code Not Available for Buy Delivery Order"},
+        {"MTF Order Not Allowed for the scrip - 3M for ", "MTF Order Not Allowed"},
         {"", ""},
     };
     for (const auto& [text, rule] : cases) {

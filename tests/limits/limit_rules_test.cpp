@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <span>
 
 #include "platform/format.h"
 #include "support/row_bench.h"
@@ -28,37 +29,6 @@ RowBench Used(std::int16_t buySell, std::int16_t mask = 3) {
     bench.row.grossUsedMaxNet = 17'000'00, bench.row.grossUsedMaxNetSale = 18'000'00;
     bench.row.usedMtm = -7'000'00;
     return bench;
-}
-
-/// A figure equal to the limit passes; the nearest limit that refuses it is `step` away. An empty report: none.
-struct Refusal {
-    RowField limit;
-    double figure;
-    int step, code, bitsA, bitsB;
-    std::string text, report;
-};
-void ExpectRefusal(const RowBench& bench, const Refusal& expected) {
-    SCOPED_TRACE(expected.text);
-    tagBreachRow breach{};
-    RuleAnswer report;
-    const auto judge = [&](double limit) {
-        RowBench copy = bench;
-        expected.limit.Set(copy.row, limit);
-        report = copy.Report(breach);
-        return copy.Check();
-    };
-    EXPECT_EQ(judge(-1).text, "") << "no limit";
-    EXPECT_EQ(judge(0).Passed(), expected.step > 0) << "0 is a limit";
-    EXPECT_EQ(judge(expected.figure).text, "");
-    EXPECT_EQ(report.text, "");
-    EXPECT_EQ(breach.breachBitsA + breach.breachBitsB, 0);
-    const RuleAnswer answer = judge(expected.figure + expected.step);
-    EXPECT_EQ(answer.code, expected.code);
-    EXPECT_EQ(answer.text, expected.text);
-    EXPECT_EQ(report.code, expected.report.empty() ? 0 : expected.code);
-    EXPECT_EQ(report.text, expected.report);
-    EXPECT_EQ(breach.breachBitsA, expected.bitsA);
-    EXPECT_EQ(breach.breachBitsB, expected.bitsB);
 }
 
 TEST(LimitRules, ExposuresAreRefusedOnePaisaAboveTheirLimit) {
@@ -103,7 +73,7 @@ TEST(LimitRules, SizesPendingOrdersTurnoverAndLossAreRefusedBeyondTheirLimit) {
     const std::string quantityReport = "Order failed Net Quantity 140 exceeded, Limit = 139 (Utilised =   40)";
     ExpectRefusal(Used(kBuy), {kNetQuantityLimit, 140, -1, -229, 0, 4, quantity, quantityReport});
     ExpectRefusal(Used(kSell), {kNetQuantityLimit, 140, -1, -229, 0, 4, quantity, quantityReport});
-    const Refusal others[] = {
+    const RowRefusal others[] = {
         {kMaxValueLimit, 25'000'00, -1, -205, 0, 1,
          "Order failed Max. Single Transaction Value Check where the limit is 24999.99 and current value is 25000.00 ",
          "Order failed Max. Single Transaction Value 25000.00 exceeded 24999.99 Limit"},
@@ -127,17 +97,26 @@ TEST(LimitRules, SizesPendingOrdersTurnoverAndLossAreRefusedBeyondTheirLimit) {
         {kMtmLossLimit, 7'000'00, -1, -222, 0, 0,
          "Order failed MTM Loss check where the limit is 6999.99, prev. utilized was 7000.00 ", ""},
     };
-    for (const Refusal& other : others) ExpectRefusal(Used(kSell), other);
+    for (const RowRefusal& other : others) ExpectRefusal(Used(kSell), other);
+    for (const std::int16_t productType : {product::kDelivery, product::kMarginPlus, product::kMtf}) {
+        RowBench bench = Used(kSell);
+        bench.order.productType = productType, bench.order.deliveryLevel = true;
+        bench.order.isinCode = "INE002A01018", bench.order.dpSetQty = 1000;
+        for (RowRefusal size : std::span(others).first(4)) {
+            size.report = size.text;  // the products have one wording
+            ExpectRefusal(bench, size);
+        }
+    }
 }
 
 /// A rule, and what breaks it alone: a limit out of all reach (no minimum is met, nothing is as low as -10,000,000.00),
-/// or a flag of the order.
+/// or something of the order's.
 struct Rule {
     const char* name;
     int code;
     RowField limit;
     double refusing;
-    bool Order::*flag;
+    void (*set)(RowBench&, bool broken);
     const char* shortText;
 };
 constexpr double kMuch = 1e9;
@@ -148,6 +127,25 @@ constexpr Rule kRules[] = {
     {"max.qty", -206, kMaxQuantityLimit, -kMuch, nullptr, "Max. Single Transaction Qty. exceeded"},
     {"min.value", -205, kMinValueLimit, kMuch, nullptr, "Minimum. Single Transaction Value Not Satisfied"},
     {"min.qty", -206, kMinQuantityLimit, kMuch, nullptr, "Min. Single Transaction Qty. Not Satisfied "},
+    {"isin",
+     -227,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.isinCode = broken ? "" : "INE002A01018"; },
+     "ISIN Code Not Available for Buy Delivery Order"},
+    {"nri.delivery",
+     -227,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.nriClient = broken && b.order.IsDelivery(); },
+     "NRI Client Position Conversion Not Allowed"},
+    {"sell",
+     -227,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.dpPrevBlockedQty = broken ? 1000 : 0; },
+     "Limit exceeded Set = 1000, N.Used = 100 ,Prev= 1000, T.Free Qty = 0 "},
+    {"product_margin", -227, kMarginLimit, -kMuch, nullptr, ""},
     {"gross", -202, kGrossLimit, -kMuch, nullptr, "Gross Exposure Limit exceeded"},
     {"net", -203, kNetLimit, -kMuch, nullptr, "Net Exposure Limit exceeded"},
     {"sale", -221, kNetSaleLimit, -kMuch, nullptr, "Net Sale Exposure Limit exceeded"},
@@ -155,31 +153,62 @@ constexpr Rule kRules[] = {
     {"pending", -220, kPendingLimit, -kMuch, nullptr, "Pending Order Limit exceeded"},
     {"turnover", -204, kTurnoverLimit, -kMuch, nullptr, "Turnover Limit exceeded"},
     {"mtm", -222, kMtmLossLimit, -kMuch, nullptr, "MTM Loss Limit exceeded"},
-    {"mode", -222, {}, 0, &Order::squareOffOnlyFlag, "Only Square Off Orders allowed"},
-    {"pre", -222, {}, 0, &Order::preAutoSquareOffOn, "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode"},
-    {"auto", -222, {}, 0, &Order::autoSquareOffOn, "Only Square Off Orders allowed - MTM AutoSquareOff Mode"},
-    {"nri", -227, {}, 0, &Order::nriClient, "NRI client Position Conversion Not allowed"},
+    {"mode",
+     -222,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.squareOffOnlyFlag = broken; },
+     "Only Square Off Orders allowed"},
+    {"pre",
+     -222,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.preAutoSquareOffOn = broken; },
+     "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode"},
+    {"auto",
+     -222,
+     {},
+     0,
+     [](RowBench& b, bool broken) { b.order.autoSquareOffOn = broken; },
+     "Only Square Off Orders allowed - MTM AutoSquareOff Mode"},
+    {"margin", -227, kMarginLimit, -kMuch, nullptr, "Margin Limit exceeded"},
+    {"nri",
+     -227,
+     {},
+     0,
+     [](RowBench& b, bool broken) {
+         if (b.order.productType != product::kMargin && b.order.productType != product::kConvertToMargin) return;
+         b.order.nriClient = broken, b.order.productType = product::kConvertToMargin;
+     },
+     "NRI client Position Conversion Not allowed"},
 };
 constexpr double kLoss = 500;
 
 /// A row with a loss at its limit: the automatic modes, with parts of 0, need only be switched on.
-RowBench AtLoss(std::int16_t mask) {
+RowBench AtLoss(std::int16_t mask, std::int16_t productType = product::kMargin) {
     RowBench bench(mask);
     bench.row.usedMtm = -kLoss, bench.row.mtmLossLimit = kLoss;
+    bench.order.productType = productType, bench.order.deliveryLevel = productType != product::kMargin;
+    bench.order.isinCode = "INE002A01018", bench.order.dpSetQty = 1000;
     return bench;
 }
 void Break(RowBench& bench, const Rule& rule) {
-    rule.flag ? void(bench.order.*rule.flag = true) : rule.limit.Set(bench.row, rule.refusing);
-    if (rule.flag == &Order::nriClient) bench.order.productType = product::kConvertToMargin;
+    rule.set ? rule.set(bench, true) : rule.limit.Set(bench.row, rule.refusing);
 }
 void Mend(RowBench& bench, const Rule& rule) {
-    rule.flag ? void(bench.order.*rule.flag = false) : rule.limit.Set(bench.row, rule.code == -222 ? kLoss : -1);
+    rule.set ? rule.set(bench, false) : rule.limit.Set(bench.row, rule.code == -222 ? kLoss : -1);
+}
+/// The margin rule of the product sets stands ahead of the modes, that of the general set behind them.
+bool IsOfOtherSet(const RowBench& bench, const Rule& rule) {
+    const bool general = RuleSetOf(bench.order, CheckMode::kReal) == RuleSet::kGeneral;
+    return rule.name == std::string_view{general ? "product_margin" : "margin"};
 }
 
 /// The names of the rules that refuse the bench's order when each is broken alone.
 std::string Refusing(const RowBench& arranged) {
     std::string names;
     for (const Rule& rule : kRules) {
+        if (IsOfOtherSet(arranged, rule)) continue;
         RowBench bench = arranged;
         Break(bench, rule);
         const int code = bench.Check().code;
@@ -190,30 +219,48 @@ std::string Refusing(const RowBench& arranged) {
 }
 
 TEST(LimitRules, AnOrderThatBreaksSeveralIsAnsweredByTheFirstAndLeavesNoTrace) {
-    for (const std::int16_t buySell : {kBuy, kSell}) {
-        RowBench bench = AtLoss(0x1FF);
+    const std::string sizes = "max.value max.qty min.value min.qty ";
+    const std::string general = "quantity " + sizes + "gross %s position pending turnover mtm mode pre auto margin nri";
+    const std::tuple<std::int16_t, std::int16_t, std::string> cases[]{
+        {product::kMargin, kBuy, Format(general.c_str(), "net")},
+        {product::kMargin, kSell, Format(general.c_str(), "sale")},
+        {product::kConvertToDelivery, kBuy, sizes + "isin nri.delivery product_margin pre auto"},
+        {product::kConvertToDelivery, kSell, sizes + "isin nri.delivery sell pre auto"},
+        {product::kMarginPlus, kBuy, sizes + "product_margin mode pre auto"},
+        {product::kMtf, kSell, sizes + "product_margin pre auto"},
+    };
+    for (const auto& [productType, buySell, order] : cases) {
+        RowBench bench = AtLoss(0x1FF, productType);
         bench.order.buySell = buySell;
-        for (const Rule& rule : kRules) Break(bench, rule);
+        // A conversion to margin takes the short texts anywhere, others at entities of type 7.
+        bench.row.entityLevel = productType == product::kMargin ? 0 : 7;
+        for (const Rule& rule : kRules) {
+            if (!IsOfOtherSet(bench, rule)) Break(bench, rule);
+        }
+        std::string answered;
         for (const Rule& rule : kRules) {
             SCOPED_TRACE(rule.name);
-            if (rule.name == std::string_view{buySell == kBuy ? "sale" : "net"}) continue;
             const BKSurveillanceLimitDefTag before = bench.row;
             const RuleAnswer answer = bench.Check();
-            EXPECT_EQ(answer.code, rule.code);
-            EXPECT_EQ(answer.text, rule.shortText) << "a conversion to margin takes the short text anywhere";
+            if (IsOfOtherSet(bench, rule) || answer.code != rule.code) continue;
+            const std::string words = answer.text.substr(0, answer.text.find(" (limit"));
+            if (*rule.shortText && words != rule.shortText) continue;
+            answered.append(answered.empty() ? "" : " ").append(rule.name);
             EXPECT_EQ(std::memcmp(&bench.row, &before, sizeof before), 0);
             EXPECT_TRUE(bench.undo.Empty());
             Mend(bench, rule);
         }
-        EXPECT_TRUE(bench.Check().Passed());
+        EXPECT_EQ(answered, order);
+        EXPECT_TRUE(bench.Check().Passed()) << bench.Check().text;
     }
 }
 
 TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
     const std::string sizes = "max.value max.qty min.value min.qty ";
     const std::string squaring = sizes + "pending turnover nri";
-    const std::string buying = "quantity " + sizes + "gross net position pending turnover mtm mode pre auto nri";
-    const std::string selling = "quantity " + sizes + "gross sale position pending turnover mtm mode pre auto nri";
+    const std::string buying = "quantity " + sizes + "gross net position pending turnover mtm mode pre auto margin nri";
+    const std::string selling =
+        "quantity " + sizes + "gross sale position pending turnover mtm mode pre auto margin nri";
     constexpr std::uint8_t kNetted = 0;
     const struct {
         const char* name;
@@ -228,15 +275,15 @@ TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
         {"neither", 3, 1, 0, 0, kNetted, false, false, squaring},
         {"buy one too many", kBuy, 1, 99, 99, kNetted, false, false, buying},
         {"sell one too many", kSell, 1, 99, 99, kNetted, false, false, selling},
-        {"NRI client", kBuy, 1, 100, 100, kNetted, true, false, sizes + "gross pending turnover nri"},
-        {"compulsory delivery", kSell, 4, 100, 100, kNetted, false, true, sizes + "gross pending turnover nri"},
+        {"NRI client", kBuy, 1, 100, 100, kNetted, true, false, sizes + "gross pending turnover margin nri"},
+        {"compulsory delivery", kSell, 4, 100, 100, kNetted, false, true, sizes + "gross pending turnover margin nri"},
         {"NRI client in futures", kBuy, 2, 100, 100, kNetted, true, true, sizes + "pending turnover"},
         {"netted alone", kBuy, 1, 100, 0, kNetted, false, false, squaring},
         {"own alone", kBuy, 1, 0, 100, kNetted, false, false, buying},
         {"netted alone, gross basis", kBuy, 1, 100, 0, kGrossBasis, false, false,
          sizes + "gross net pending turnover nri"},
         {"own alone, gross basis", kSell, 1, 0, 100, kGrossBasis, false, false,
-         "quantity " + sizes + "position pending turnover mtm mode pre auto nri"},
+         "quantity " + sizes + "position pending turnover mtm mode pre auto margin nri"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -265,10 +312,10 @@ TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
         {" option", {8, 0xC, 0xE, 0x40, 0x60, 0x7E, 0x1FE}},
         {" mode option", {9, 0x41}},
         {" mtm", {0x80, 0x100}},
-        {" mtm nri", {2, 0x10, 0x12}},
-        {" mtm mode nri", {3, 0x11, 0x13, 0x81, 0x101, 0x181}},
-        {" mtm mode nri option", {0xD, 0xF, 0x61, 0x7F}},
-        {" mtm mode pre auto nri option", {0x1FF}},
+        {" mtm margin nri", {2, 0x10, 0x12}},
+        {" mtm mode margin nri", {3, 0x11, 0x13, 0x81, 0x101, 0x181}},
+        {" mtm mode margin nri option", {0xD, 0xF, 0x61, 0x7F}},
+        {" mtm mode pre auto margin nri option", {0x1FF}},
     };
     for (const auto& [tried, masks] : cases) {
         for (const std::int16_t mask : masks) {
@@ -279,6 +326,37 @@ TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
                 Refusing(AtLoss(mask)) + (option ? " option" : ""),
                 std::string{"quantity max.value max.qty min.value min.qty gross net position pending turnover"} + tried)
                 << mask;
+        }
+    }
+}
+
+/// The sets of deliveries, of two-leg orders and of margin funding, where deliveries count.
+TEST(LimitRules, ProductSetsJudgeSizesEverywhereAndTheRestWhereCashSettles) {
+    const std::string sizes = "max.value max.qty min.value min.qty";
+    const struct {
+        std::int16_t productType, buySell;
+        const char *settling, *anywhere;
+    } sets[] = {
+        {product::kDelivery, kBuy, " isin product_margin", ""},
+        {product::kDelivery, kSell, " isin sell", ""},
+        {product::kConvertToDelivery, kBuy, " isin nri.delivery product_margin", ""},
+        {product::kMarginPlus, kSell, " product_margin", " mode"},
+        {product::kMtf, kBuy, " product_margin", ""},
+    };
+    for (const auto& set : sets) {
+        for (const std::int16_t mask : kRowMasks) {
+            SCOPED_TRACE(testing::Message() << "product " << set.productType << ", mask " << mask);
+            RowBench bench = AtLoss(mask, set.productType);
+            bench.order.buySell = set.buySell;
+            const bool settles = mask == 3 || mask == 0x11 || mask == 0x13 || mask == 0xF || mask == 0x7F;
+            const bool all = mask == 0x1FF;
+            const std::string rest = std::string{settles || all ? set.settling : ""} + set.anywhere;
+            EXPECT_EQ(Refusing(bench), sizes + rest + (all ? " pre auto" : ""));
+            if (!all) continue;
+            // What only squares off is let off the modes alone.
+            bench.held = set.buySell == kBuy ? Traded(0, 0, 100, 20000) : Traded(100, 20000);
+            const bool covered = set.buySell == kSell && set.productType == product::kDelivery;
+            EXPECT_EQ(Refusing(bench), sizes + (covered ? " isin" : set.settling));
         }
     }
 }
@@ -339,7 +417,7 @@ TEST(LimitRules, ShortTextsAreForTheRootAdminAndEntitiesOfType7) {
 
 TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
     for (const Rule& rule : kRules) {
-        if (rule.flag || rule.limit.whole) continue;
+        if (rule.set || rule.limit.whole) continue;
         for (const std::uint8_t options : {std::uint8_t{0}, kGrossBasis}) {
             SCOPED_TRACE(rule.name);
             RowBench bench;
@@ -352,7 +430,7 @@ TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
             }
             row.usedMaxGross = row.usedMaxNet = row.usedMaxNetSale = row.usedMaxNetPosition = kNotANumber;
             row.grossUsedMaxGross = row.grossUsedMaxNet = row.grossUsedMaxNetSale = kNotANumber;
-            row.usedPendingOrder = row.usedMaxTurnover = row.usedMtm = kNotANumber;
+            row.usedPendingOrder = row.usedMaxTurnover = row.usedMtm = row.usedMarginMax = kNotANumber;
             rule.limit.Set(row, kMuch);
             EXPECT_EQ(bench.Check().code, rule.name == std::string_view{"max.value"} ? 0 : rule.code);
             rule.limit.Set(row, -1);

@@ -46,19 +46,6 @@ TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
               "max: gross 10400 sale 10400 position -10400 turnover 10400; open: pending 10400");
 }
 
-TEST(RowFigures, ALevelThatIsNotAskedTakesTheOrderInWhateverItsLimits) {
-    CScenario s;
-    s.House();
-    s.Row("C1", 3).grossExposureLimit = 0;
-    OrderSpec order;
-    order.levelCheckFlags = 62 & ~(1 << 4);  // all but the client
-    ASSERT_TRUE(s.Check(order).Passed());
-    order.buySell = kSell, order.quantity = 30;
-    ASSERT_TRUE(s.Check(order).Passed());
-    EXPECT_EQ(Changes(Row{}, s.Row("C1", 3)), Changes(Row{}, s.Row("D1", 3)));
-    EXPECT_EQ(s.Row("C1", 3).usedMaxTurnover, 32'500'00);
-}
-
 TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
     constexpr const char* kSame = nullptr;
     constexpr const char* kNotChecked = "";

@@ -52,27 +52,6 @@ class CSixLevels : public CScenario {
     }
 };
 
-TEST(LevelWalk, ARefusalAtAnyLevelLeavesNoTraceBelowIt) {
-    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
-        CSixLevels s(mode);
-        // The levels above refuse as well, and aren't reached.
-        for (auto level = std::rbegin(kLevels); level != std::rend(kLevels); ++level) {
-            SCOPED_TRACE(level->code);
-            s.Refuse(level->code);
-            const std::string before = s.Dump();
-            const Answer answer = s.Check(CSixLevels::Order());
-            EXPECT_EQ(answer.Head(), Format("-312, -206, -206 at now: %s, %d", level->code, level->type));
-            const std::string words = level->type == -1
-                                          ? "Max. Single Transaction Qty. exceeded"
-                                          : "Order failed Max. Single Transaction Qty Check where the limit is 50 "
-                                            "and current value is 100 ";
-            EXPECT_EQ(answer.text, "C1|" + words + " for SCRIP EQ of Equity ( NSE-Settlement)  of ");
-            EXPECT_TRUE(answer.limitRows.empty());
-            EXPECT_TRUE(s.Dump() == before);
-        }
-    }
-}
-
 TEST(LevelWalk, RowsGoToTheHostLevelByLevelLiveOrAsCopies) {
     for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {
         SCOPED_TRACE(mode);

@@ -8,18 +8,30 @@ import json
 import subprocess
 import sys
 
-# A rule of the general set or a test of the hierarchy: its code, and words that its short and long texts share.
+# A rule, a test of the product or a test of the hierarchy: its code, and words that its short and long texts share.
 REFUSALS = [
     (-229, "Net Quantity"), (-205, "Max. Single Transaction Value"), (-206, "Max. Single Transaction Qty"),
     (-205, "Minimum. Single Transaction Value"), (-206, "Min. Single Transaction Qty"), (-202, "Gross Exposure"),
     (-203, "Net Exposure"), (-221, "Net Sale Exposure"), (-201, "Net Position"), (-220, "Pending Order"),
     (-204, "Turnover"), (-222, "MTM Loss"), (-222, "User is in SquareOff mode"), (-222, "MTM Pre AutoSquareOff Mode"),
     (-222, "MTM AutoSquareOff Mode"),
+    (-227, "|Margin Limit exceeded.Set="), (-227, "|Margin Limit exceeded. Set = "),
+    (-227, "|Margin Limit exceeded for Margin Plus Order"), (-227, "|ISIN Code Not Available"),
+    (-227, "|Fresh SELL order not allowed for MTF"), (-227, "|Only Square Off Orders allowed for MTF"),
+    (0, "Only Delivery Order Allowed"), (-227, "Delivery Order Not Allowed for the scrip - IDEA"),
+    (-227, "Wrong Price for Margin Plus Buy Order"), (-227, "Trigger Price and Limit Price should not be equal"),
+    (-227, "Trigger Price out of range"), (-227, "Min. Margin Plus Order Value"),
+    (-227, "Margin+ Order Not Allowed for the scrip - "), (-227, "Product Scrip Basket Info not available"),
+    (-227, "MTF Order Not Allowed for the scrip - "), (-227, "AMO Order Preference Not Set"),
+    (-227, "AMO Pro Delivery Order Not Allowed"),
+    *((-227, f"{product} Order Not Allowed for ") for product in ("Margin", "Margin+", "Delivery", "MTF", "AMO Margin")),
     *((-208, f"|Limits not Set or Invalid {level} Code : ")
       for level in ("Group", "Dealer", "Family", "Client", "Sub Client", "dealer")),
     *((-208, f"|Relevant Limits not Set for {level} Code : ") for level in ("Group", "Family", "Client", "Sub Client")),
     (-208, "|Relevant Limits not Set for Dealer Code : W303 "), (-208, "|Relevant Limits not Set for Dealer Code : - "),
 ]
+# Products of which an order must stand: margin, delivery, two legs, margin funding, after-market.
+PRODUCTS = {1, 2, 4, 8, 9, 10}
 LEVELS = ["subClientCode", "clientCode", "familyCode", "dealerCode", "groupCode"]
 LEAST = {"orders": 400, "scrips": 60, "groupCode": 3, "dealerCode": 6, "clientCode": 40}
 MOST_REFUSED = 0.15
@@ -43,7 +55,7 @@ def faults(played):
     refused = [(call, answer) for call, answer in orders if answer["status"] != 1]
 
     for code, words in REFUSALS:
-        if not any(answer.get("errorCode") == code and words in answer["errorText"] for _, answer in refused):
+        if not any(answer.get("errorCode", 0) == code and words in answer["errorText"] for _, answer in refused):
             yield f"no refusal {code} '{words}'"
     judged = [(call["request"], answer["failedLevelCode"]) for call, answer in refused if answer["status"] == -312]
     for level in LEVELS:
@@ -51,6 +63,9 @@ def faults(played):
             yield f"no limit refused at a {level}"
     if not any(code == "-" for _, code in judged):
         yield "no limit refused at the root"
+
+    for product in PRODUCTS - {call["order"]["productType"] for call in accepted}:
+        yield f"no order of product {product} stands"
 
     # Mistyped codes are no entities, so only what was accepted counts.
     counts = {name: len({call["request"].get(name) for call in accepted} - {None}) for name in LEVELS}

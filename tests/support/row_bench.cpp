@@ -1,5 +1,7 @@
 #include "support/row_bench.h"
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <span>
 
@@ -75,6 +77,7 @@ ScripTrial RowBench::Trial(CheckMode mode) {
     order.periodicity = row.limitMask;
     ScripTrial trial;
     trial.set = RuleSetOf(order, mode);
+    trial.marginBefore = treeBefore, trial.marginAfter = treeAfter, trial.conversionMargin = conversionMargin;
     trial.before = trial.after = CSurvPosition(held);
     trial.grossBefore = trial.grossAfter = CSurvPosition(ownHeld);
     for (CSurvPosition* after : {&trial.after, &trial.grossAfter}) {
@@ -99,6 +102,30 @@ void RowBench::Update() {
     const ScripTrial trial = Trial(CheckMode::kReal);
     const Judgement::Context context{settings, undo};
     CSurvLimitEntry(&row).UpdateOrder({order, trial, context});
+}
+
+void ExpectRefusal(const RowBench& bench, const RowRefusal& expected) {
+    SCOPED_TRACE(expected.text);
+    tagBreachRow breach{};
+    RuleAnswer report;
+    const auto judge = [&](double limit) {
+        RowBench copy = bench;
+        expected.limit.Set(copy.row, limit);
+        report = copy.Report(breach);
+        return copy.Check();
+    };
+    EXPECT_EQ(judge(-1).text, "") << "no limit";
+    EXPECT_EQ(judge(0).Passed(), expected.step > 0) << "0 is a limit";
+    EXPECT_EQ(judge(expected.figure).text, "");
+    EXPECT_EQ(report.text, "");
+    EXPECT_EQ(breach.breachBitsA + breach.breachBitsB, 0);
+    const RuleAnswer answer = judge(expected.figure + expected.step);
+    EXPECT_EQ(answer.code, expected.code);
+    EXPECT_EQ(answer.text, expected.text);
+    EXPECT_EQ(report.code, expected.report.empty() ? 0 : expected.code);
+    EXPECT_EQ(report.text, expected.report);
+    EXPECT_EQ(breach.breachBitsA, expected.bitsA);
+    EXPECT_EQ(breach.breachBitsB, expected.bitsB);
 }
 
 std::string Changes(const Row& from, const Row& to) {

@@ -32,6 +32,7 @@ inline constexpr RowField kPositionLimit{offsetof(BKSurveillanceLimitDefTag, net
 inline constexpr RowField kPendingLimit{offsetof(BKSurveillanceLimitDefTag, pendingOrderLimit)};
 inline constexpr RowField kTurnoverLimit{offsetof(BKSurveillanceLimitDefTag, turnoverLimit)};
 inline constexpr RowField kMtmLossLimit{offsetof(BKSurveillanceLimitDefTag, mtmLossLimit)};
+inline constexpr RowField kMarginLimit{offsetof(BKSurveillanceLimitDefTag, marginLimit)};
 
 /// Every limit mask in use, in rising order.
 inline constexpr std::array<std::int16_t, 30> kRowMasks{
@@ -51,6 +52,9 @@ struct RowBench {
     tagExposureScripSpecificInfo scrip;
     tagSurvPositionData held;     ///< the netted position before the order
     tagSurvPositionData ownHeld;  ///< the account's own
+    MarginReading treeBefore;     ///< margins of the account's tree
+    MarginReading treeAfter;
+    double conversionMargin = 0;  ///< rupees
     Settings settings;
     CUndoLog undo;
 
@@ -62,6 +66,16 @@ struct RowBench {
     ScripTrial Trial(CheckMode mode);
     RuleAnswer Check(CheckMode mode, tagBreachRow* breach);
 };
+
+/// A figure equal to its limit passes; the nearest limit that refuses it is `step` away. An empty report: none.
+struct RowRefusal {
+    RowField limit;
+    double figure;
+    int step, code, bitsA, bitsB;
+    std::string text, report;
+};
+/// Judges the bench's order, and reports on it, without the limit and on both sides of it.
+void ExpectRefusal(const RowBench& bench, const RowRefusal& expected);
 
 /// How the used figures of two rows differ, in rupees; neighbours that change alike share the number: "order:
 /// gross,net 250; open: pending -10". The account's own exposures are told only where they aren't the netted ones.

@@ -128,6 +128,16 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
     }
 }
 
+void DumpHoldings(std::string& out, const CSurveillanceCategory& category) {
+    DumpValue(out, category.collateralTotal, category.saleCreditTotal);
+    for (const auto& held : category.holdingsByIsin) {
+        const Holding& holding = *held.value;
+        if (holding.categoryCode.Empty() && holding.holdingQty == 0) continue;
+        out.append(held.key.View());
+        DumpValue(out, holding.holdingQty, holding.collateralValue, holding.saleCredit, holding.nse, holding.bse);
+    }
+}
+
 void DumpClientBook(std::string& out, const CClientBook& book) {
     for (const Period period : kPeriods) {
         const CClientBook::Side& side = book.Of(period);
@@ -345,6 +355,8 @@ std::string CScenario::Dump() const {
             DumpSet(out, book.clientLevelExposures);
             for (const auto& account : book.accounts.accounts) DumpAccount(out, account.key, *account.value);
         }
+        DumpValue(out, category.value->cashMarginNse, category.value->cashMarginBse);
+        DumpHoldings(out, *category.value);
         static const CClientBook kNoBook;  // one that is empty says as much as none
         const CClientBook* clients = category.value->FindClientBook();
         DumpClientBook(out, clients ? *clients : kNoBook);

@@ -104,8 +104,8 @@ class CScenario {
     /// The same in one of its accounts.
     [[nodiscard]] CSurvPosition* HeldBy(std::string_view entity, Period period, std::string_view group,
                                         std::string_view account, std::int32_t token = 2885) const;
-    /// Every figure of every row, position and account, as bytes: equal dumps are equal states. Nodes that hold
-    /// nothing are left out.
+    /// Every figure of every row, position, holding and account, as bytes: equal dumps are equal states. Nodes that
+    /// hold nothing are left out.
     [[nodiscard]] std::string Dump() const;
 };
 
