@@ -17,6 +17,7 @@ REFUSALS = [
     (-222, "MTM AutoSquareOff Mode"),
     (-227, "|Margin Limit exceeded.Set="), (-227, "|Margin Limit exceeded. Set = "),
     (-227, "|Margin Limit exceeded for Margin Plus Order"), (-227, "|ISIN Code Not Available"),
+    (-227, "|Delivery Order Sell Qty Limit exceeded QTY (DP+SAR) Set = 60, Net Used = 61 "),
     (-227, "|Fresh SELL order not allowed for MTF"), (-227, "|Only Square Off Orders allowed for MTF"),
     (0, "Only Delivery Order Allowed"), (-227, "Delivery Order Not Allowed for the scrip - IDEA"),
     (-227, "Wrong Price for Margin Plus Buy Order"), (-227, "Trigger Price and Limit Price should not be equal"),
