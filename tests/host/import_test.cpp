@@ -55,11 +55,18 @@ std::string MakeFile() {
 }
 const std::string kFile = MakeFile();
 
+/// Tests run side by side: each has a folder to itself.
+std::string OwnFolder() {
+    const std::string folder = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + '/';
+    std::filesystem::create_directories(folder);
+    return folder;
+}
+
 /// A file on disk for as long as a case runs.
 class TemporaryFile {
  public:
     explicit TemporaryFile(const std::string& text, const char* file = "import_test.txt")
-        : name(testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + file) {
+        : name(OwnFolder() + file) {
         std::ofstream(name) << text;
     }
     ~TemporaryFile() { std::filesystem::remove(name); }
@@ -336,7 +343,7 @@ TEST(ImportBhavcopy, AFaultyDayIsRefusedAtItsLine) {
     };
     for (const auto& [day, what, instead, complaint] : cases) {
         const std::string faulty = With(day, what, instead);
-        EXPECT_EQ(Complaint([&] { Touchlines(faulty); }), testing::TempDir() + "day.csv:" + complaint);
+        EXPECT_EQ(Complaint([&] { Touchlines(faulty); }), OwnFolder() + "day.csv:" + complaint);
     }
 }
 
