@@ -4,7 +4,6 @@ namespace surv {
 namespace {
 
 constexpr double kPaisePerRupee = 100.0;
-/// Equity margin figures are those of a cash settlement row, on whatever row they count.
 constexpr std::int16_t kCashSettlement = 3;
 
 double NetValue(const CSurvPosition& position, Selector side) {
@@ -29,11 +28,28 @@ MarginChange NetBuyChange(const CSurvPosition& before, const CSurvPosition& afte
             change([](const CSurvPosition& p) { return NetValue(p, Selector::kTradedSide); }), change(&WorstNetValue)};
 }
 
-MarginChange ExtraCashMarginChange(tagOrderInfoForSurv order, const CSurvPosition& before, const CSurvPosition& after) {
+/// The figures of an equity position depend on the row they are for; an order of equity has a cash mask of its own.
+struct CashFigures {
+    double (CSurvPosition::*orderSide)(const tagOrderInfoForSurv&) const;
+    double (CSurvPosition::*tradedSide)(const tagOrderInfoForSurv&) const;
+    double (CSurvPosition::*worst)(const tagOrderInfoForSurv&) const;
+};
+constexpr CashFigures kByRate{&CSurvPosition::GetCashMargin, &CSurvPosition::GetTradedCashMargin,
+                              &CSurvPosition::GetMaxCashMargin};
+constexpr CashFigures kFunded{&CSurvPosition::GetExtraCashMargin, &CSurvPosition::GetTradedExtraCashMargin,
+                              &CSurvPosition::GetMaxExtraCashMargin};
+
+MarginChange ChangeOf(const CashFigures& figures, const tagOrderInfoForSurv& order, const CSurvPosition& before,
+                      const CSurvPosition& after) {
+    const auto change = [&](auto figure) { return (after.*figure)(order) - (before.*figure)(order); };
+    return {change(figures.orderSide), change(figures.tradedSide), change(figures.worst)};
+}
+
+/// As on a cash settlement row, whatever mask the order has.
+MarginChange ChangeOnCashRow(const CashFigures& figures, tagOrderInfoForSurv order, const CSurvPosition& before,
+                             const CSurvPosition& after) {
     order.periodicity = kCashSettlement;
-    return {after.GetExtraCashMargin(order) - before.GetExtraCashMargin(order),
-            after.GetTradedExtraCashMargin(order) - before.GetTradedExtraCashMargin(order),
-            after.GetMaxExtraCashMargin(order) - before.GetMaxExtraCashMargin(order)};
+    return ChangeOf(figures, order, before, after);
 }
 
 }  // namespace
@@ -44,25 +60,25 @@ MarginChange NetValueChange(const CSurvPosition& before, const CSurvPosition& af
             change([](const CSurvPosition& p) { return NetValue(p, Selector::kTradedSide); }), change(&WorstNetValue)};
 }
 
-MarginChange CashMarginChange(tagOrderInfoForSurv order, const CSurvPosition& before, const CSurvPosition& after) {
-    order.periodicity = kCashSettlement;
-    return {after.GetCashMargin(order) - before.GetCashMargin(order),
-            after.GetTradedCashMargin(order) - before.GetTradedCashMargin(order),
-            after.GetMaxCashMargin(order) - before.GetMaxCashMargin(order)};
+MarginChange CashMarginChange(const tagOrderInfoForSurv& order, const CSurvPosition& before,
+                              const CSurvPosition& after) {
+    return ChangeOnCashRow(kByRate, order, before, after);
 }
 
 MarginChange PositionMarginChange(RuleSet set, const tagOrderInfoForSurv& order, const CSurvPosition& before,
                                   const CSurvPosition& after) {
+    const bool cash = IsCashExchange(order.ExchangeMask());
     switch (set) {
         case RuleSet::kDelivery: return NetBuyChange(before, after);
         case RuleSet::kMarginPlus: return NetValueChange(before, after);
-        case RuleSet::kMtf: return ExtraCashMarginChange(order, before, after);
+        case RuleSet::kMtf:
+            return cash ? ChangeOf(kFunded, order, before, after) : ChangeOnCashRow(kFunded, order, before, after);
         case RuleSet::kGeneral: break;
         case RuleSet::kReport: return {};  // judges a row as it stood
     }
+    if (cash) return ChangeOf(kByRate, order, before, after);
     // A derivative is margined in the tree; only a delivery of one meets rows that margin positions.
-    if (!IsCashExchange(order.ExchangeMask()) && !order.IsDelivery()) return {};
-    return CashMarginChange(order, before, after);
+    return order.IsDelivery() ? ChangeOnCashRow(kByRate, order, before, after) : MarginChange{};
 }
 
 }  // namespace surv

@@ -25,10 +25,11 @@ struct MarginChange {
 /// Value bought minus value sold.
 [[nodiscard]] MarginChange NetValueChange(const CSurvPosition& before, const CSurvPosition& after);
 /// By the rate of the scrip, without the add-on.
-[[nodiscard]] MarginChange CashMarginChange(tagOrderInfoForSurv order, const CSurvPosition& before,
+[[nodiscard]] MarginChange CashMarginChange(const tagOrderInfoForSurv& order, const CSurvPosition& before,
                                             const CSurvPosition& after);
 /// What a position is margined by where a rule set judges it: by value for deliveries, of which only a net buy counts,
 /// and for two-leg orders; by the funding rate for margin funding; else by the rate of the scrip, without the add-on.
+/// REQUIRES: the order's periodicity is a mask of its segment.
 [[nodiscard]] MarginChange PositionMarginChange(RuleSet set, const tagOrderInfoForSurv& order,
                                                 const CSurvPosition& before, const CSurvPosition& after);
 

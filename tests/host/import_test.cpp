@@ -65,8 +65,7 @@ std::string OwnFolder() {
 /// A file on disk for as long as a case runs.
 class TemporaryFile {
  public:
-    explicit TemporaryFile(const std::string& text, const char* file = "import_test.txt")
-        : name(OwnFolder() + file) {
+    explicit TemporaryFile(const std::string& text, const char* file = "import_test.txt") : name(OwnFolder() + file) {
         std::ofstream(name) << text;
     }
     ~TemporaryFile() { std::filesystem::remove(name); }
