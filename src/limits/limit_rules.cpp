@@ -397,9 +397,7 @@ template <RuleSet kSet, RuleId kId>
     if constexpr (kOn == On::kSettlement) {
         if (!IsAmong(kSettlementRows, in.now.limitMask)) return false;
     }
-    if constexpr (kRule.applies != nullptr) {
-        if (!kRule.applies(in)) return false;
-    }
+    if (kRule.applies && !kRule.applies(in)) return false;
     return IsBroken(kRule, kRule.figures(in)) && !IsExempt(kRule, in, !in.order.NoNetting());
 }
 
