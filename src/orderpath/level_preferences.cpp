@@ -152,9 +152,11 @@ void TakeOwnPreference(const CSurveillanceManager& manager, const CSurveillanceC
     if (!category.ownPreferences) return;
     if (const Record* record = manager.FindOwnPreference(category, order.ExchangeMask())) {
         order.riskPreference = TravellingPart(*record);
+    } else if (!manager.defaultRiskPreference) {
+        return;  // a family's record stands
     } else if (road == PreferenceRoad::kEvent) {
         order.riskPreference = DefaultPreferenceOf(order.ExchangeMask());
-    } else if (manager.defaultRiskPreference) {
+    } else {
         LayDefaults(order.riskPreference, order.ExchangeMask());
     }
 }

@@ -29,7 +29,12 @@ PolicyVerdict TestNamesProduct(PolicyInput& in) {
     return named ? std::nullopt : RefusePolicy("Wrong Product type ");
 }
 
+/// From here on the order carries its series without blanks.
 PolicyVerdict NoteCompulsoryDelivery(PolicyInput& in) {
+    if (IsCashExchange(in.order.ExchangeMask())) {
+        const FixedText<8> series = Trimmed(FieldText(in.order.contract.series));
+        WriteWholeField(in.order.contract.series, series.View());
+    }
     in.order.compulsoryDelivery = IsCompulsoryDelivery(in.manager.Context(), in.order);
     return std::nullopt;
 }

@@ -11,10 +11,10 @@ using Record = tagClientRiskPreferenceInfoForSurv;
 /// What the library keeps of a record: its codes and the part that travels; zero elsewhere.
 void TakeOver(Record& stored, const Record& given) {
     Record fresh{};
-    WriteField(fresh.preferenceCode, FieldText(given.preferenceCode));
-    WriteField(fresh.familyCode, FieldText(given.familyCode));
-    WriteField(fresh.parentCode, FieldText(given.parentCode));
-    WriteField(fresh.accountCode, FieldText(given.accountCode));
+    WriteWholeField(fresh.preferenceCode, FieldText(given.preferenceCode));
+    WriteWholeField(fresh.familyCode, FieldText(given.familyCode));
+    WriteWholeField(fresh.parentCode, FieldText(given.parentCode));
+    WriteWholeField(fresh.accountCode, FieldText(given.accountCode));
     constexpr std::size_t kTravels = offsetof(Record, exchange);
     static_assert(sizeof(Record) - kTravels == 44);
     std::memcpy(reinterpret_cast<char*>(&fresh) + kTravels, reinterpret_cast<const char*>(&given) + kTravels,
