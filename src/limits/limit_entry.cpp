@@ -23,7 +23,11 @@ using Move = double (*)(double stored, double before, double after);
 double Moved(double stored, double before, double after) { return after + stored - before; }
 double Changed(double stored, double before, double after) { return stored + (after - before); }
 
-double MaxGrossValue(const GrossParts& parts, std::int32_t pct) { return std::max(0.0, parts.Value(pct)); }
+/// Not below 0; what is no number stays none.
+double MaxGrossValue(const GrossParts& parts, std::int32_t pct) {
+    const double value = parts.Value(pct);
+    return value <= 0 ? 0.0 : value;
+}
 
 /// The share argument of the gross figures: the row's net exposure percent, on combined rows with equity in them.
 std::int32_t OptionNetPercent(const BKSurveillanceLimitDefTag& row, const RowShape& shape) {

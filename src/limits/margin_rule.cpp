@@ -111,22 +111,17 @@ RuleFigures GeneralMargin(const RuleInput& in) {
     return Margin(in, Adjust(in).Applied(UsedInitial(in)) + ConversionMarginAt(in));
 }
 
+/// Conversions to margin are always answered in short.
 std::string GeneralMarginText(const RuleInput& in) {
     const Adjustment adjustment = Adjust(in);
     const double initial = UsedInitial(in);
     const double used = adjustment.Applied(initial);
     const double initialBefore = in.stored.usedMarginMax;
     const double before = used - initial + initialBefore;
-    double shownUsed = used;
-    double shownInitial = initial;
-    if (in.order.productType == product::kConvertToMargin) {
-        shownUsed = before - used + ConversionMarginAt(in) + before;
-        shownInitial = initialBefore - initial + ConversionMarginAt(in) + initialBefore;
-    }
     return Format(
         "Margin Limit exceeded.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)[UsedIM=%.2lf,PrevIM=%.2lf,EM=%.2lf,MTM=%.2lf,"
         "B.PL=%.2lf]",
-        LimitOf(in), shownUsed, "I", before, shownInitial, initialBefore, adjustment.exposureMargin, adjustment.mtm,
+        LimitOf(in), used, "I", before, initial, initialBefore, adjustment.exposureMargin, adjustment.mtm,
         adjustment.booked);
 }
 

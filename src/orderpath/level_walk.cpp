@@ -142,8 +142,8 @@ void CLevelWalk::Commit() {
     for (const Level level : kCommitOrder) {
         if (!hierarchy_.At(level)) continue;
         LevelTrial& trial = TrialOf(level);
-        if (trial.road == LevelRoad::kPassedOver)
-            LoadEffectivePreference(manager_, *hierarchy_.At(level), Open(level).order);
+        // A level that was reached but neither asked nor updated has its order already.
+        if (!trial.category) LoadEffectivePreference(manager_, *hierarchy_.At(level), Open(level).order);
         levels[count++] = &trial;
     }
     CommitLevels({levels.data(), count}, manager_.Buffers(), intake_.updateAllLevels, lists_.limitRows);

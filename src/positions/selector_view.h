@@ -72,9 +72,10 @@ Number Outermost(Number low, Number high) {
     return std::abs(low) > high ? low : high;
 }
 
+/// Nothing below 0; what is no number stays none.
 template <class Number>
 Number Clip(Number x) {
-    return x > 0 ? x : Number{0};
+    return x <= 0 ? Number{0} : x;
 }
 
 inline bool Is(const tagExposureScripSpecificInfo* scrip, Segment segment) {
