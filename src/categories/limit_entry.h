@@ -58,6 +58,18 @@ void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise);
     return derived == kNoLimit ? std::nextafter(kNoLimit, -2.0) : derived;
 }
 
+/// Forms the seven limits that have a multiplier anew: derive(stored limit, multiplier).
+template <class Derive>
+void DeriveLimits(BKSurveillanceLimitDefTag& row, Derive derive) {
+    row.grossExposureLimit = derive(row.grossExposureLimit, row.grossExposureMultiplier);
+    row.netExposureLimit = derive(row.netExposureLimit, row.netExposureMultiplier);
+    row.netSaleExposureLimit = derive(row.netSaleExposureLimit, row.netSaleExposureMultiplier);
+    row.netPositionLimit = derive(row.netPositionLimit, row.netPositionMultiplier);
+    row.mtmLossLimit = derive(row.mtmLossLimit, row.mtmLossMultiplier);
+    row.marginLimit = derive(row.marginLimit, row.marginMultiplier);
+    row.turnoverLimit = derive(row.turnoverLimit, row.turnoverMultiplier);
+}
+
 /// One limit row: the definition and its running account in one record.
 ///
 /// 1. `Row()` is the live record: the library's own copy, or the row that the host handed in at the start.

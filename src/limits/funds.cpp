@@ -29,17 +29,10 @@ CSurveillanceCategory* FindEntity(const CSurveillanceManager& manager, const tag
 }
 
 /// Each limit that is set follows the fund alone, whatever else counts when an order or a reader rebuilds it.
-void DeriveLimits(BKSurveillanceLimitDefTag& row) {
-    const auto derive = [&row](double stored, std::int32_t multiplier) {
+void DeriveFromFund(BKSurveillanceLimitDefTag& row) {
+    DeriveLimits(row, [&row](double stored, std::int32_t multiplier) {
         return stored == kNoLimit ? stored : StoredLimit(multiplier * row.baseFund / kTenThousand);
-    };
-    row.grossExposureLimit = derive(row.grossExposureLimit, row.grossExposureMultiplier);
-    row.netExposureLimit = derive(row.netExposureLimit, row.netExposureMultiplier);
-    row.netSaleExposureLimit = derive(row.netSaleExposureLimit, row.netSaleExposureMultiplier);
-    row.netPositionLimit = derive(row.netPositionLimit, row.netPositionMultiplier);
-    row.turnoverLimit = derive(row.turnoverLimit, row.turnoverMultiplier);
-    row.mtmLossLimit = derive(row.mtmLossLimit, row.mtmLossMultiplier);
-    row.marginLimit = derive(row.marginLimit, row.marginMultiplier);
+    });
 }
 
 /// Paise of the fund that the margin in use leaves free. A multiplier of 0 carries no margin at all.
@@ -88,7 +81,7 @@ std::int16_t CSurvLimitEntry::AllocateFund(tagRMSFundAllocationRequest& request,
     const bool deposit = request.requestedFund > 0 && std::isfinite(fund);
     if (!deposit && CheckFundWithdrawal(request) != kDone) return kNotDone;
     row_->baseFund = fund;
-    DeriveLimits(*row_);
+    DeriveFromFund(*row_);
     request.headCode = kDone;
     request.usedMargin = row_->usedMarginMax;
     if (limit) *limit = *row_;

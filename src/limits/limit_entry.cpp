@@ -146,18 +146,9 @@ double MoveProductMargin(BKSurveillanceLimitDefTag& row, const Judgement& judgem
 
 void RebuildLimits(BKSurveillanceLimitDefTag& row, double fundPaise) {
     constexpr double kTenThousand = 10000.0;
-    const auto derive = [fundPaise](double stored, std::int32_t multiplier) {
-        if (multiplier == kNoLimitQuantity) return stored;
-        const double limit = multiplier / kTenThousand * fundPaise;
-        return limit == kNoLimit ? std::nextafter(kNoLimit, -2.0) : limit;
-    };
-    row.grossExposureLimit = derive(row.grossExposureLimit, row.grossExposureMultiplier);
-    row.netExposureLimit = derive(row.netExposureLimit, row.netExposureMultiplier);
-    row.netSaleExposureLimit = derive(row.netSaleExposureLimit, row.netSaleExposureMultiplier);
-    row.netPositionLimit = derive(row.netPositionLimit, row.netPositionMultiplier);
-    row.mtmLossLimit = derive(row.mtmLossLimit, row.mtmLossMultiplier);
-    row.marginLimit = derive(row.marginLimit, row.marginMultiplier);
-    row.turnoverLimit = derive(row.turnoverLimit, row.turnoverMultiplier);
+    DeriveLimits(row, [fundPaise](double stored, std::int32_t multiplier) {
+        return multiplier == kNoLimitQuantity ? stored : StoredLimit(multiplier / kTenThousand * fundPaise);
+    });
 }
 
 template <class Prepare>
