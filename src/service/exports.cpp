@@ -448,18 +448,14 @@ short ClientPositionPresentFromDLL(char* /*text1*/, char* /*text2*/, char* /*tex
 
 short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        if (positionRows) return NotServed(TheLibrary());
-        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        manager.GetAllSurveillancePositions(limitRows, positionRows);
         return kDone;
     });
 }
 
 short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        // Positions are captured in one mode alone; the others have none to give.
-        constexpr std::int16_t kCapturing = 1;
-        if (positionRows && manager.Context().settings.positionMode == kCapturing) return NotServed(TheLibrary());
-        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        manager.CaptureAllSurveillancePositions(limitRows, positionRows);
         return kDone;
     });
 }

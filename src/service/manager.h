@@ -133,8 +133,14 @@ class CSurveillanceManager {
     void AddToBroadcastUpdateHash(std::int64_t key, CSurveillanceCategory* category);
 
     // Queries (queries/) --------------------------------------------------------------------------------------------
-    /// Limit rows of every category.
-    void AppendAllLimitRows(CPtrList& list) const;
+    // A null list takes nothing. Limit rows are those of the store: live ones in positionMode 2 and 3, else new copies;
+    // position rows are always new.
+    /// Everything: per category its limit rows, every contract of its accounts and, in positionMode 1, its equity
+    /// positions in deliveries and two-leg orders, by product.
+    void GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) const;
+    /// Per category its limit rows and, in positionMode 1, its netted positions of the expiry period.
+    void CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) const;
+    /// The limit rows of one category.
     void DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const;
 
     [[nodiscard]] CSurveillanceCategory* FindCategory(const CodeText& code) const { return categories.Find(code); }
