@@ -77,12 +77,15 @@ void CSurvLimitStore::AppendRows(CPtrList& list, bool live) const {
     for (const auto& entry : entries) AppendRow(list, *entry.value, live);
 }
 
-void AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live) {
+BKSurveillanceLimitDefTag& AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live) {
     if (live) {
         list.AddTail(&entry.Row());
-    } else {
-        HandOver(list, std::make_unique<BKSurveillanceLimitDefTag>(entry.Row()));
+        return entry.Row();
     }
+    auto copy = std::make_unique<BKSurveillanceLimitDefTag>(entry.Row());
+    BKSurveillanceLimitDefTag& row = *copy;
+    HandOver(list, std::move(copy));
+    return row;
 }
 
 }  // namespace surv

@@ -42,7 +42,8 @@ class CSurveillanceInfo {
     std::int16_t RMSFundAllocation(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit);
 };
 
-/// Puts a row into a list of the host: the live one, or a new copy that the list's owner frees.
-void AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live);
+/// Puts a row into a list of the host: the live one, or a new copy that the list's owner frees. Gives the one in the
+/// list.
+BKSurveillanceLimitDefTag& AppendRow(CPtrList& list, CSurvLimitEntry& entry, bool live);
 
 }  // namespace surv

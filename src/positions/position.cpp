@@ -227,7 +227,7 @@ void CSurvPosition::TakeOutLeg(const tagOrderInfoForSurv& order) {
     }
 }
 
-tagSurvPositionData CSurvPosition::GetPositionData() {
+tagSurvPositionData CSurvPosition::GetPositionData() const {
     const tagSurvPositionData figures = data;
     if (data.ownerInfo) {
         tagPositionOwnerInfo& owner = *data.ownerInfo;

@@ -109,7 +109,7 @@ class CSurvPosition {
 
     // Data movement -----------------------------------------------------------------------------------------
     /// Copies the figures out; then shortens the '+' code of the owner record itself.
-    [[nodiscard]] tagSurvPositionData GetPositionData();
+    [[nodiscard]] tagSurvPositionData GetPositionData() const;
     /// Adds the totals, takes mask, scrip and owner; the last price stays.
     void MergePositionData(const tagSurvPositionData& other);
     /// As MergePositionData, and takes the last price.

@@ -7,6 +7,7 @@
 
 #include "orderpath/request_view.h"
 #include "platform/host_list.h"
+#include "queries/net_position.h"
 #include "reference/preferences.h"
 #include "service/library.h"
 #include "surveillance/host.h"
@@ -55,15 +56,6 @@ short Guarded(const char* notStarted, Work work) noexcept {
         library.context.window.Notify(notStarted);
         return kNotDone;
     });
-}
-
-/// An entry whose subsystem this version doesn't hold: it refuses, and says so.
-short NotServed(Library& library) {
-    library.context.window.Notify("This function is not served by this version.");
-    return kNotDone;
-}
-short GuardedNotServed(const char* notStarted) noexcept {
-    return Guarded(notStarted, [](surv::CSurveillanceManager&) { return NotServed(TheLibrary()); });
 }
 
 short RefuseOldForm() noexcept {
@@ -434,32 +426,50 @@ void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* /*touchline*/) noe
 // ---------------------------------------------------------------------------------------------------------------
 // Queries
 
-short GetNetPositionInfoFromDll(int /*queryKind*/, char* /*categoryCode*/, char* /*groupCode*/, char* /*accountCode*/,
-                                std::int32_t /*token*/, short /*periodicity*/, CPtrList* /*result*/, short /*byToken*/,
-                                short /*product*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+short GetNetPositionInfoFromDll(int queryKind, char* categoryCode, char* groupCode, char* accountCode,
+                                std::int32_t token, short periodicity, CPtrList* result, short byToken,
+                                short product) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        if (!categoryCode || !groupCode || !accountCode || !result) return kDone;
+        const surv::NetPositionQuery query{
+            queryKind,
+            surv::HostText(categoryCode, kEntityCodeWidth),
+            {{groupCode, sizeof(BKExposureTag::groupCode)}, {accountCode, sizeof(BKExposureTag::accountCode)}},
+            token,
+            periodicity,
+            byToken != 0,
+            product};
+        return manager.GetNetPositionInfoFromDll(query, *result);
+    });
 }
-short GetMarketExposure(char* /*code*/, short /*periodicity*/, CPtrList* /*result*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+
+short GetMarketExposure(char* code, short periodicity, CPtrList* result) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        // A code that names no entity gives no rows, and that is all that the host is told.
+        static_cast<void>(manager.GetMarketExposure(surv::HostText(code, kEntityCodeWidth), periodicity, result));
+        return kDone;
+    });
 }
-short ClientPositionPresentFromDLL(char* /*text1*/, char* /*text2*/, char* /*text3*/, char* /*text4*/) noexcept {
-    return GuardedNotServed(kCheckNotStarted);
+
+/// The first two texts are taken for the group and the account of an entity without a code.
+short ClientPositionPresentFromDLL(char* text1, char* text2, char* /*text3*/, char* /*text4*/) noexcept {
+    return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
+        const auto group = surv::HostText(text1, sizeof(BKExposureTag::groupCode));
+        const auto account = surv::HostText(text2, sizeof(BKExposureTag::accountCode));
+        return manager.GetClientPositionPresentFromDLL("", group, account);
+    });
 }
 
 short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        if (positionRows) return NotServed(TheLibrary());
-        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        manager.GetAllSurveillancePositions(limitRows, positionRows);
         return kDone;
     });
 }
 
 short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        // Positions are captured in one mode alone; the others have none to give.
-        constexpr std::int16_t kCapturing = 1;
-        if (positionRows && manager.Context().settings.positionMode == kCapturing) return NotServed(TheLibrary());
-        if (limitRows) manager.AppendAllLimitRows(*limitRows);
+        manager.CaptureAllSurveillancePositions(limitRows, positionRows);
         return kDone;
     });
 }

@@ -15,6 +15,7 @@
 namespace surv {
 
 class CHierarchy;
+struct NetPositionQuery;
 
 /// The five lists of a start.
 struct LoadLists {
@@ -133,8 +134,24 @@ class CSurveillanceManager {
     void AddToBroadcastUpdateHash(std::int64_t key, CSurveillanceCategory* category);
 
     // Queries (queries/) --------------------------------------------------------------------------------------------
-    /// Limit rows of every category.
-    void AppendAllLimitRows(CPtrList& list) const;
+    /// One screen of net positions (queries/net_position.cpp); the rows are new. -1: no such category.
+    std::int16_t GetNetPositionInfoFromDll(NetPositionQuery query, CPtrList& result) const;
+    /// The limit rows of a mask at a category ("ALL": every one), with the option bits of the preference in force,
+    /// which live rows keep. -1: no such category. A null list takes nothing.
+    std::int16_t GetMarketExposure(std::string_view code, std::int16_t periodicity, CPtrList* result) const;
+    /// 1: the account has a position open at the category; 0: it hasn't; -1: no such category. What is bought and sold
+    /// alike isn't open, nor is a series that is always delivered.
+    [[nodiscard]] std::int16_t GetClientPositionPresentFromDLL(std::string_view categoryCode,
+                                                               std::string_view groupCode,
+                                                               std::string_view accountCode) const;
+    // A null list takes nothing. Limit rows are those of the store: live ones in positionMode 2 and 3, else new copies;
+    // position rows are always new.
+    /// Everything: per category its limit rows, every contract of its accounts and, in positionMode 1, its equity
+    /// positions in deliveries and two-leg orders, by product.
+    void GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) const;
+    /// Per category its limit rows and, in positionMode 1, its netted positions of the expiry period.
+    void CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) const;
+    /// The limit rows of one category.
     void DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const;
 
     [[nodiscard]] CSurveillanceCategory* FindCategory(const CodeText& code) const { return categories.Find(code); }
