@@ -180,8 +180,8 @@ SURVEILLANCE_API void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* t
 ///   11            as 4, for the house's own account              the same
 ///
 /// Group and account are trimmed in the caller's buffers, and with byToken the group of each holder is written over the
-/// caller's, as far as it fits. Returns -1 for a category that isn't there; 0 with no rows for any other kind or mask, or
-/// a null pointer.
+/// caller's, as far as it fits. Returns -1 for a category that isn't there; 0 with no rows for any other kind or mask,
+/// or a null pointer.
 SURVEILLANCE_API short GetNetPositionInfoFromDll(int queryKind, char* categoryCode, char* groupCode, char* accountCode,
                                                  std::int32_t token, short periodicity, CPtrList* result, short byToken,
                                                  short product) noexcept;
@@ -191,8 +191,9 @@ SURVEILLANCE_API short GetMarketExposure(char* code, short periodicity, CPtrList
 /// 1: an account has a position open, 0: it hasn't, -1: no such entity. The first two texts are taken for group and
 /// account, and the entity is always the one with an empty code.
 SURVEILLANCE_API short ClientPositionPresentFromDLL(char* text1, char* text2, char* text3, char* text4) noexcept;
-/// Everything: limit rows as stored, and a new BKExposureTag for every contract of every account; in positionMode 1 also
-/// for each equity position in deliveries ("DD" in optionType) and two-leg orders ("MP", "MD"). Either list may be null.
+/// Everything: limit rows as stored, and a new BKExposureTag for every contract of every account; in positionMode 1
+/// also for each equity position in deliveries ("DD" in optionType) and two-leg orders ("MP", "MD"). Either list may be
+/// null.
 SURVEILLANCE_API short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
 /// The same with the netted positions of the expiry period, in positionMode 1 alone.
 SURVEILLANCE_API short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
