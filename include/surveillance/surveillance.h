@@ -164,13 +164,38 @@ SURVEILLANCE_API void SetLastBcastMBOOrMBPTouchline(tagBcastMBOOrMBPTouchline* t
 // ---------------------------------------------------------------------------------------------------------------
 // Queries
 
+/// One screen of net positions: the list gets a new BKExposureTag for each result. periodicity: a limit mask of one
+/// segment; token -9: all securities; product: 2 delivery, 4 two-leg orders, 8 margin funding (all three on the
+/// settlement side alone), else every other product.
+///
+///   queryKind     byToken 0                                      byToken not 0: through the token's holders
+///   0, 8, 10      total of the category                          the same
+///   1             the same; category "ALL": every category of    of those that hold the token
+///                 the house's levels
+///   4             totals of the account, or of "ALL"             of each account that holds the token
+///   5             the category's positions by scrip              the same
+///   6, 12         positions by scrip of the account, or of "ALL" the same, if anybody holds the token
+///   7             who holds the token                            the same
+///   9             as 1, for the levels of families               the same
+///   11            as 4, for the house's own account              the same
+///
+/// Group and account are trimmed in the caller's buffers, and with byToken the group of each holder is written over the
+/// caller's, as far as it fits. Returns -1 for a category that isn't there; 0 with no rows for any other kind or mask,
+/// or a null pointer.
 SURVEILLANCE_API short GetNetPositionInfoFromDll(int queryKind, char* categoryCode, char* groupCode, char* accountCode,
                                                  std::int32_t token, short periodicity, CPtrList* result, short byToken,
                                                  short product) noexcept;
+/// The limit rows of a mask of one entity or of "ALL", with the option bits of the preference in force: live rows in
+/// positionMode 2 and 3 keep them, else the rows are copies that the host frees. 0 also for an unknown code.
 SURVEILLANCE_API short GetMarketExposure(char* code, short periodicity, CPtrList* result) noexcept;
+/// 1: an account has a position open, 0: it hasn't, -1: no such entity. The first two texts are taken for group and
+/// account, and the entity is always the one with an empty code.
 SURVEILLANCE_API short ClientPositionPresentFromDLL(char* text1, char* text2, char* text3, char* text4) noexcept;
-/// Either list may be null.
+/// Everything: limit rows as stored, and a new BKExposureTag for every contract of every account; in positionMode 1
+/// also for each equity position in deliveries ("DD" in optionType) and two-leg orders ("MP", "MD"). Either list may be
+/// null.
 SURVEILLANCE_API short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
+/// The same with the netted positions of the expiry period, in positionMode 1 alone.
 SURVEILLANCE_API short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept;
 /// The limit rows of one entity, as stored. A code that names none adds nothing.
 SURVEILLANCE_API short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept;
