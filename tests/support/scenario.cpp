@@ -234,7 +234,8 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     head.levelMarginFlags = spec.levelMarginFlags, head.scripGroupNumber = spec.scripGroupNumber;
     head.priceMultiplier = spec.priceMultiplier;
     const bool ofTrade = spec.messageCode == 5440 || spec.messageCode == 5445;
-    if (spec.hasStored) (ofTrade ? head.requestFlags : head.levelMarginFlags) |= ofTrade ? 1 : 0x80;
+    if (spec.hasStored) head.levelMarginFlags |= 0x80;
+    if (spec.hasStored && ofTrade) head.requestFlags |= 1;
     std::vector<char> buffer;
     Append(buffer, head);
     const MessageCodeRow* message = FindMessageCode(spec.messageCode);
@@ -244,11 +245,8 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
         case PrimaryRecord::kTradeInfo: Append(buffer, TradeRecord(spec, spec.quantity, spec.price)); break;
         case PrimaryRecord::kNone: break;
     }
-    if (spec.hasStored && ofTrade) {
-        Append(buffer, TradeRecord(spec, spec.storedQuantity, spec.storedPrice));
-    } else if (spec.hasStored) {
-        Append(buffer, StoredRecord(spec));
-    }
+    if (spec.hasStored) Append(buffer, StoredRecord(spec));
+    if (spec.hasStored && ofTrade) Append(buffer, TradeRecord(spec, spec.storedQuantity, spec.storedPrice));
     buffer.shrink_to_fit();
     return buffer;
 }

@@ -1,0 +1,583 @@
+#include "support/random_house.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/format.h"
+#include "positions/position_key.h"
+
+namespace surv::test {
+namespace {
+
+constexpr int kGroups = 6, kDealers = 20, kOwnDealers = 4, kFamilies = 12, kClients = 230, kSubClients = 30;
+constexpr const char* kIsin = "INE002A01018";
+
+/// As many daily masks as expiry ones, so that no list of stores ends early.
+constexpr std::array<std::int16_t, 12> kWideMasks{2, 3, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+constexpr std::array<std::int16_t, 12> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
+
+std::string Code(char letter, int number) { return Format("%c%03d", letter, number); }
+bool IsWide(std::string_view entity) { return entity[0] != 'C' && entity[0] != 'S'; }
+
+std::string Place(Period period, const PositionKey& key) {
+    return Format("%c%d.%d.%d", period == Period::kDaily ? 'd' : 'e', key.exchangeMask, static_cast<int>(key.family),
+                  key.token);
+}
+std::string Place(Period period, const PositionKey& key, std::string_view account) {
+    return Place(period, key).append(" ").append(account);
+}
+
+constexpr std::array kFamilyList{PositionFamily::kPlain, PositionFamily::kDelivery, PositionFamily::kMarginPlusFirst,
+                                 PositionFamily::kMarginPlusSecond, PositionFamily::kMtf};
+
+/// Collects the figures of one category that aren't 0.
+class CCollector {
+ public:
+    CCollector(Figures& out, std::string_view entity, const CSurveillanceCategory& category)
+        : out_(out), entity_(entity), category_(category) {}
+
+    void Rows() {
+        constexpr std::pair<int, int> kFigureOffsets[] = {{171, 379}, {387, 419}, {427, 467}};
+        for (const auto& info : category_.limitStores) {
+            for (const auto& entry : info.value->store.entries) {
+                const std::string place = Format("%d %d", info.key, entry.value->Row().token);
+                const char* bytes = reinterpret_cast<const char*>(&entry.value->Row());
+                for (const auto& [from, to] : kFigureOffsets) {
+                    for (int at = from; at < to; at += 8) {
+                        double value = 0;
+                        std::memcpy(&value, bytes + at, sizeof value);
+                        Add("row", place, at, value);
+                    }
+                }
+            }
+        }
+    }
+    void Category() {
+        for (int i = 0; i < 3; ++i) {
+            Add("cash", "nse", i, category_.cashMarginNse[static_cast<std::size_t>(i)]);
+            Add("cash", "bse", i, category_.cashMarginBse[static_cast<std::size_t>(i)]);
+        }
+        for (const auto& held : category_.holdingsByIsin) {
+            const Holding& holding = *held.value;
+            int at = 0;
+            for (const HoldingSide* side : {&holding.nse, &holding.bse}) {
+                for (const double value :
+                     {static_cast<double>(side->orderBuyQty), static_cast<double>(side->orderSellQty),
+                      static_cast<double>(side->tradedBuyQty), static_cast<double>(side->tradedSellQty),
+                      side->orderBuyValue, side->orderSellValue, side->tradedBuyValue, side->tradedSellValue,
+                      static_cast<double>(side->blockedQty), static_cast<double>(side->sarBlockedQty)}) {
+                    Add("holding", "isin", at++, value);
+                }
+            }
+            Add("holding", "isin", at++, holding.collateralValue);
+            Add("holding", "isin", at, holding.saleCredit);
+        }
+        if (const CClientBook* book = category_.FindClientBook()) {
+            book->totals.ForEach([&](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
+                Position("total", Format("%d %d", static_cast<int>(group), mask), total.data);
+                Add("total", Format("%d %d", static_cast<int>(group), mask), 8, total.data.mtmValue);
+            });
+        }
+    }
+    void Flat(Period period, const char* kind, const CExposureDetails& set, const PositionKey& key) {
+        if (const CSurvPosition* position = set.Find(key)) Position(kind, Place(period, key), position->data);
+    }
+    void Account(Period period, const AccountKey& key, const CClientExposure& account,
+                 const std::function<bool(const PositionKey&)>& counts) {
+        for (const auto& underlying : account.underlyings) {
+            for (const auto& expiry : underlying.value->expiries) {
+                for (const auto& scrip : expiry.value->scrips) {
+                    if (!counts(scrip.key)) continue;
+                    Position("account", Place(period, scrip.key, key.View()), scrip.value->position.data);
+                    Position("day", Place(period, scrip.key, key.View()), scrip.value->dayPosition.data);
+                }
+            }
+        }
+        for (const std::int16_t mask : {kMaskNseDerivatives, kMaskBseDerivatives, kMaskMcx, kMaskNcdex}) {
+            const MarginReading margin = account.ReadMargins(mask);
+            int at = 0;
+            for (const double value : {margin.orderSide, margin.tradedSide, margin.worst, margin.exposure,
+                                       margin.optionOrderSide, margin.optionTradedSide, margin.optionWorst}) {
+                Add("margin", Format("%d ", mask).append(key.View()), at++, value);
+            }
+        }
+    }
+    void Clients(Period period, const CClientBook::Side& side) {
+        for (const auto& scrip : side.positions.scrips) {
+            for (const auto& holder : *scrip.value) {
+                Position("client", Place(period, scrip.key, holder.key.View()), holder.value->position.data);
+            }
+        }
+    }
+
+ private:
+    void Add(const char* kind, const std::string& place, int index, double value) {
+        if (value != 0) out_.push_back({std::string{entity_}, kind, place, index, value});
+    }
+    void Position(const char* kind, const std::string& place, const tagSurvPositionData& p) {
+        int at = 0;
+        for (const double value :
+             {static_cast<double>(p.orderBuyQty), p.orderBuyValue, static_cast<double>(p.orderSellQty),
+              p.orderSellValue, static_cast<double>(p.tradedBuyQty), p.tradedBuyValue,
+              static_cast<double>(p.tradedSellQty), p.tradedSellValue}) {
+            Add(kind, place, at++, value);
+        }
+    }
+
+    Figures& out_;
+    std::string_view entity_;
+    const CSurveillanceCategory& category_;
+};
+
+std::string Told(const Figure& figure, double other) {
+    const std::string kind{figure.kind};
+    return Format("%s, %s %s, figure %d: %.9g, not %.9g", figure.entity.c_str(), kind.c_str(), figure.place.c_str(),
+                  figure.index, figure.value, other);
+}
+bool Near(double a, double b, double tolerance) {
+    return std::abs(a - b) <= std::max(tolerance, 1e-12 * std::max(std::abs(a), std::abs(b)));
+}
+
+using Name = std::tuple<std::string, std::string, std::string, int>;
+Name NameOf(const Figure& f) { return {f.entity, std::string{f.kind}, f.place, f.index}; }
+
+}  // namespace
+
+std::string Difference(const Figures& a, const Figures& b, double tolerance,
+                       const std::function<bool(const Figure&)>& counts) {
+    if (a == b) return {};
+    std::map<Name, double> others;
+    for (const Figure& figure : b) others[NameOf(figure)] = figure.value;
+    for (const Figure& figure : a) {
+        const auto other = others.extract(NameOf(figure));
+        const double value = other ? other.mapped() : 0.0;
+        if (!Near(figure.value, value, tolerance) && (!counts || counts(figure))) return Told(figure, value);
+    }
+    for (const auto& [name, value] : others) {
+        const Figure missing{std::get<0>(name), std::get<1>(name), std::get<2>(name), std::get<3>(name), 0};
+        if (!Near(0, value, tolerance) && (!counts || counts(missing))) return Told(missing, value);
+    }
+    return {};
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// The house
+
+CRandomHouse::CRandomHouse(std::int16_t positionMode)
+    : CScenario({.rpfMarginMode = 1, .positionMode = positionMode, .featureBits = 0x10}) {
+    MakeInstruments();
+    MakeEntity("-", 7, 7, true);
+    MakeEntity("*****", 0, -1, true);
+    for (int i = 0; i < kGroups; ++i) MakeEntity(Code('G', i), 0, 7, true);
+    for (int i = 0; i < kDealers + kOwnDealers; ++i) MakeEntity(Code('D', i), 1, -1, true);
+    for (int i = 0; i < kFamilies; ++i) MakeEntity(Code('F', i), 8, -1, true);
+    MakeHolders();
+}
+
+void CRandomHouse::MakeEntity(const std::string& code, std::int16_t level, std::int16_t subLevel, bool wide) {
+    for (const std::int16_t mask : wide ? kWideMasks : kNarrowMasks) {
+        Limit(code, mask, [&](BKSurveillanceLimitDefTag& row) { row.entityLevel = level, row.subLevel = subLevel; });
+    }
+    // A family's preference goes ahead of its client's own in a check and behind it in an event: families have none
+    // here.
+    if (level == level::kFamily) return;
+    for (const std::int16_t exchange : {kMaskNseCash, kMaskBseCash, kMaskNseDerivatives}) {
+        Preference(code, exchange, [&](auto& p) {
+            p.prefExtraMarginRate = 250'000;
+            p.marginAddOnFactor = static_cast<std::int32_t>(code.back() - '0') * 50'000;
+        });
+    }
+    Preference(code, kOverallPreference, [](auto& p) { p.fundFlags = 1 << 3; });
+    if (code[0] != 'C' && code[0] != 'D') return;
+    Holding& held = library.manager->FindCategory(std::string_view{code})->holdingsByIsin.FindOrMake(kIsin);
+    held.categoryCode = std::string_view{code}, held.isinCode = kIsin;
+    held.holdingQty = held.collateralQty = 100'000, held.collateralPrice = 1000;
+    held.collateralValue = held.FormCollateralValue();
+}
+
+/// The last scrip of each cash exchange is the NRI clients' own: they count buys and sells together, others against
+/// each other, and a level's figure of a scrip that both trade would hang on who came last.
+void CRandomHouse::MakeInstruments() {
+    constexpr std::int32_t kDay = 86400;
+    const std::int32_t near = library.context.settings.tradingDayBase + 20 * kDay, far = near + 30 * kDay;
+    for (const std::int32_t token : {101, 102, 103, 199}) instruments.push_back({kMaskNseCash, token});
+    for (const std::int32_t token : {201, 202, 299}) instruments.push_back({kMaskBseCash, token});
+    for (const std::int16_t exchange : {kMaskNseDerivatives, kMaskBseDerivatives}) {
+        const std::int32_t first = exchange * 100;
+        instruments.push_back({exchange, first + 1, -1, near, first});
+        instruments.push_back({exchange, first + 2, -1, far, first});
+        // An expiry of options alone: it stays among those that are netted from its first future on, even one that
+        // ends.
+        instruments.push_back({exchange, first + 3, 24000, far + 30 * kDay, first});
+        instruments.push_back({exchange, first + 4, 26000, far + 30 * kDay, first});
+    }
+    for (const std::int16_t exchange : {kMaskMcx, kMaskNcdex}) {
+        for (const std::int32_t token : {1, 2}) instruments.push_back({exchange, exchange * 100 + token, -1, near, 90});
+    }
+    std::map<std::int16_t, std::pair<std::vector<tagRPFUnderlyingRecord>, std::vector<tagRPFContractRecord>>> files;
+    for (const Instrument& i : instruments) {
+        Market(i.exchangeMask, i.token, 24950, 25050, 25100, 24900);
+        if (IsCashExchange(i.exchangeMask)) {
+            auto& isins = i.exchangeMask == kMaskNseCash ? library.context.stores.isinByNseToken
+                                                         : library.context.stores.isinByBseToken;
+            isins.FindOrMake(i.token) = kIsin;
+            tagProductTypeScripBasket basket{};
+            basket.token = i.token, basket.productFlags = 15, basket.basePrice = 25000;
+            basket.firstLegBand = basket.secondLegBand = basket.dailyBand = 1000;
+            library.context.products.SetBasket(basket);
+            continue;
+        }
+        tagAdditionalMarginInfo rates{};
+        rates.exchange = i.exchangeMask, rates.token = i.token, rates.additionalMarginRate = 50000;
+        rates.longMarginRate = 30000, rates.shortMarginRate = 40000;
+        rates.buyExposureRate = 150, rates.sellExposureRate = 250;
+        library.context.stores.AddAdditionalMargin(rates);
+        if (i.exchangeMask == kMaskMcx) continue;
+        tagRPFContractRecord contract{};
+        contract.contract.expiryDate = i.expiryDate, contract.contract.strikePrice = i.strikePrice;
+        contract.token = i.token, contract.underlyingToken = i.underlyingToken, contract.contractPrice = 25000;
+        contract.compositeDelta = i.strikePrice > 0 ? 0.5F : 1.0F;
+        for (int n = 0; n < 16; ++n) contract.riskArray[n] = static_cast<float>((n - 7) * (i.token % 5 + 1));
+        auto& [underlyings, contracts] = files[i.exchangeMask];
+        tagRPFUnderlyingRecord underlying{};
+        underlying.underlyingToken = i.underlyingToken, underlying.calendarSpreadCharge = 2;
+        underlying.shortOptionMinimumCharge = 3;
+        if (underlyings.empty()) underlyings.push_back(underlying);
+        contracts.push_back(contract);
+    }
+    for (const auto& [segment, file] : files) RiskFile(segment, file.first, file.second);
+}
+
+void CRandomHouse::MakeHolders() {
+    for (int i = 0; i < kClients; ++i) {
+        Holder holder;
+        OrderSpec& order = holder.order;
+        order.client = Code('C', i), order.dealer = Code('D', i % kDealers), order.group = Code('G', i % kGroups);
+        order.levelMarginFlags = 0x1F;
+        switch (i % 10) {
+            case 0: order.clientType = 1; break;
+            case 1: order.clientType = 3, holder.narrow = true; break;
+            case 2: order.clientType = 4; break;
+            case 3: holder.nri = true, order.clientCategory = "N"; break;
+            default: break;
+        }
+        if (i % 3 == 0) order.family = Code('F', i % kFamilies);
+        MakeEntity(order.client, order.clientType, -1, false);
+        if (i % 10 == 4 && i / 10 < kSubClients) {
+            order.subClient = Code('S', i), order.subClientType = 12;
+            MakeEntity(order.subClient, 12, -1, false);
+        }
+        holders.push_back(holder);
+    }
+    for (int i = 0; i < kDealers / 2 + kOwnDealers; ++i) {  // the house's own orders, and dealers that are clients
+        Holder holder;
+        const bool ownClient = i >= kDealers / 2;
+        holder.deliversAtDealer = ownClient;
+        holder.order.group = Code('G', i % kGroups);
+        holder.order.dealer = Code('D', ownClient ? kDealers + i - kDealers / 2 : i);
+        holder.order.client = holder.order.dealer, holder.order.clientType = 255;
+        holder.order.dealerType = ownClient ? 4 : 0, holder.order.proClient = ownClient ? 1 : kProClientOwn;
+        holders.push_back(holder);
+    }
+}
+
+std::vector<std::string> EntitiesOf(const CScenario& s, const OrderSpec& spec) {
+    std::vector<std::string> entities{"-", spec.group, spec.dealer};
+    if (!spec.family.empty()) entities.push_back(spec.family);
+    const bool ofClient = spec.dealerType == 0 && spec.proClient != kProClientOwn;
+    if (ofClient && spec.clientType != 255) entities.push_back(spec.client);
+    if (ofClient && spec.subClientType != 255) entities.push_back(spec.subClient);
+    const bool ownAccount = spec.proClient == kProClientOwn && s.library.context.settings.HoldsClientPositions();
+    if (ownAccount) entities.emplace_back("*****");
+    return entities;
+}
+
+bool CRandomHouse::Send(const Step& step) {
+    if (step.check) return Check(step.spec).Passed();
+    const EventAnswer answer = Event(step.spec);
+    EXPECT_EQ(answer.result, 0) << answer.text;
+    return true;
+}
+
+Figures CRandomHouse::AllFigures() const {
+    Figures out;
+    for (const auto& category : library.manager->categories) {
+        CCollector collect(out, category.key.View(), *category.value);
+        collect.Rows();
+        collect.Category();
+        for (const Period period : kPeriods) {
+            const PeriodBook& book = category.value->Book(period);
+            for (const auto& position : book.exposures.positions)
+                collect.Flat(period, "flat", book.exposures, position.key);
+            for (const auto& position : book.clientLevelExposures.positions)
+                collect.Flat(period, "apart", book.clientLevelExposures, position.key);
+            for (const auto& account : book.accounts.accounts)
+                collect.Account(period, account.key, *account.value, [](const PositionKey&) { return true; });
+            if (const CClientBook* clients = category.value->FindClientBook())
+                collect.Clients(period, clients->Of(period));
+        }
+    }
+    return out;
+}
+
+Figures CRandomHouse::FiguresAround(const OrderSpec& spec) const {
+    Figures out;
+    for (const std::string& entity : EntitiesOf(*this, spec)) {
+        const CSurveillanceCategory& category = *library.manager->FindCategory(std::string_view{entity});
+        CCollector collect(out, entity, category);
+        collect.Rows();
+        collect.Category();
+        for (const Period period : kPeriods) {
+            const PeriodBook& book = category.Book(period);
+            for (const PositionFamily family : kFamilyList) {
+                const PositionKey key{spec.exchangeMask, family, spec.token};
+                collect.Flat(period, "flat", book.exposures, key);
+                collect.Flat(period, "apart", book.clientLevelExposures, key);
+            }
+            for (const std::string& parent : {spec.group, std::string{}, spec.client}) {
+                for (const std::string& account : {spec.client, std::string{"*****"}, spec.client + "  +"}) {
+                    const AccountKey key = MakeAccountKey(parent, account);
+                    const CClientExposure* held = book.accounts.accounts.Find(key);
+                    const auto counts = [&](const PositionKey& scrip) { return scrip.token == spec.token; };
+                    if (held) collect.Account(period, key, *held, counts);
+                }
+            }
+        }
+    }
+    return out;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// The day
+
+Step CRandomDay::NewOrder() {
+    const std::size_t who = static_cast<std::size_t>(Pick(0, static_cast<int>(house_.holders.size()) - 1));
+    const Holder& holder = house_.holders[who];
+    const Instrument* instrument = nullptr;
+    const auto fits = [&] {
+        const bool ofNri = instrument->token % 100 == 99;
+        return holder.nri ? ofNri : !ofNri;
+    };
+    do {
+        instrument =
+            &house_.instruments[static_cast<std::size_t>(Pick(0, static_cast<int>(house_.instruments.size()) - 1))];
+    } while (!fits());
+    Step step{who, entry_ == Entry::kChecked, holder.order};
+    OrderSpec& spec = step.spec;
+    spec.exchangeMask = instrument->exchangeMask, spec.token = instrument->token;
+    spec.strikePrice = instrument->strikePrice, spec.expiryDate = instrument->expiryDate;
+    spec.underlyingToken = instrument->underlyingToken;
+    spec.priceMultiplier = instrument->exchangeMask == kMaskNcdex ? 10000 : 1;
+    spec.buySell = Pick(0, 2) == 0 ? kSell : kBuy;
+    spec.quantity = Pick(1, 40) * 5, spec.price = 24000 + Pick(0, 400) * 5;
+    spec.productType = product::kNone;
+    if (IsCashExchange(instrument->exchangeMask)) {
+        constexpr std::array<std::int16_t, 7> kProducts{1, 1, 1, 2, 4, 8, 9};
+        spec.productType = holder.nri ? product::kDelivery : kProducts[static_cast<std::size_t>(Pick(0, 6))];
+        // A two-leg order that comes as an event moves its first leg by nothing: it is laid in by its check alone.
+        if (spec.productType == product::kMarginPlus && !step.check) spec.productType = product::kMargin;
+    }
+    // A family sells what all its clients have bought: whether a sale is refused would hang on the others.
+    if (spec.productType == product::kMtf && !spec.family.empty()) spec.buySell = kBuy;
+    if (spec.productType == product::kMarginPlus) {
+        const int away = spec.buySell == kBuy ? -1 : 1;
+        spec.firstLegPrice = 25000, spec.price = spec.secondLegPrice = 25000 + 500 * away;
+        spec.triggerPrice = 25000 + 400 * away;
+    }
+    return step;
+}
+
+Step CRandomDay::About(const Open& order, std::int16_t code) const {
+    Step step{order.holder, false, order.spec};
+    step.spec.messageCode = code, step.spec.hasStored = true;
+    step.spec.storedQuantity = order.remaining + order.filled, step.spec.storedFilled = order.filled;
+    step.spec.storedPrice = order.spec.price;
+    return step;
+}
+
+Step CRandomDay::End(const Step& order) {
+    constexpr std::array<std::int16_t, 6> kEnds{2155, 2156, 2075, 2076, 2231, 9002};
+    return About({order.holder, order.spec, order.spec.quantity, 0}, kEnds[static_cast<std::size_t>(Pick(0, 5))]);
+}
+
+Step CRandomDay::Next() {
+    if (!trades_.empty() && Pick(0, 19) == 0) {
+        const std::size_t at = static_cast<std::size_t>(Pick(0, static_cast<int>(trades_.size()) - 1));
+        Step step = trades_[at];
+        OrderSpec& spec = step.spec;
+        spec.storedQuantity = spec.quantity, spec.storedPrice = spec.price, spec.storedFilled = 0;
+        spec.productType = product::kNone;  // a correction names none
+        spec.messageCode = Pick(0, 1) == 0 ? 5440 : 5445;
+        spec.quantity = Pick(1, 40), spec.price = 24000 + Pick(0, 400) * 5;
+        trades_[at] = trades_.back();
+        trades_.pop_back();
+        return step;
+    }
+    const std::size_t at = static_cast<std::size_t>(Pick(0, static_cast<int>(open_.size()) - 1));
+    Open& order = open_[at];
+    const int dice = Pick(0, 9);
+    const bool legs = order.spec.productType == product::kMarginPlus;
+    if (dice < 3) {
+        Step step = End({order.holder, false, order.spec});
+        step = About(order, step.spec.messageCode);
+        open_[at] = open_.back();
+        open_.pop_back();
+        return step;
+    }
+    if (dice < 5 && !legs) {
+        Step step = About(order, 2040);
+        step.spec.quantity = order.remaining = Pick(1, 200);
+        step.spec.price = order.spec.price = 24000 + Pick(0, 400) * 5;
+        return step;
+    }
+    Step step = About(order, 2222);
+    step.spec.quantity = dice < 8 ? order.remaining : Pick(1, order.remaining);
+    step.spec.price = (legs ? 25000 : order.spec.price) - Pick(0, 20) * 5;
+    order.remaining -= step.spec.quantity;
+    order.filled += step.spec.quantity;
+    if (order.spec.productType == product::kMargin) trades_.push_back(step);
+    if (order.remaining == 0) {
+        open_[at] = open_.back();
+        open_.pop_back();
+    }
+    return step;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// The book
+
+namespace {
+
+constexpr int kOrdered = 0, kTraded = 4;  ///< where a side's figures of a position start
+constexpr int kNetPositionOrder = 195, kNetPositionTraded = 235, kTurnoverTraded = 243, kPendingOrder = 251;
+
+bool IsOneOf(int index, std::initializer_list<int> list) {
+    return std::find(list.begin(), list.end(), index) != list.end();
+}
+bool HasDaily(const OrderSpec& spec) {
+    return spec.productType != product::kDelivery && spec.productType != product::kMarginPlus;
+}
+/// An order of a client of type 3 moves levels of its kind and families alone, but on MCX.
+bool MovesAt(const Holder& holder, const OrderSpec& spec, const std::string& entity) {
+    return !holder.narrow || spec.exchangeMask == kMaskMcx || entity[0] == 'F' || entity == holder.order.client;
+}
+std::string AccountAt(const OrderSpec& spec, const std::string& entity) {
+    if (spec.proClient == kProClientOwn) return std::string{MakeAccountKey("", "*****").View()};
+    const bool subClient = entity == spec.subClient;
+    return std::string{MakeAccountKey(subClient ? spec.client : spec.group, spec.client).View()};
+}
+
+}  // namespace
+
+void CPlainBook::Move(const Step& step, bool traded, std::int64_t quantity, double price, int sign) {
+    const OrderSpec& spec = step.spec;
+    const Holder& holder = house_.holders[step.holder];
+    const std::int16_t product = static_cast<std::int16_t>(spec.productType);
+    const int at = (traded ? kTraded : kOrdered) + (spec.buySell == kBuy ? 0 : 2);
+    for (const std::string& entity : EntitiesOf(house_, spec)) {
+        if (entity == "*****" && step.check) continue;  // no level of a check
+        for (const Period period : kPeriods) {
+            if (period == Period::kDaily && !HasDaily(spec)) continue;
+            const auto add = [&](const char* kind, const std::string& place) {
+                figures_[{entity, kind, place, at}] += static_cast<double>(sign * quantity);
+                figures_[{entity, kind, place, at + 1}] += static_cast<double>(sign * quantity) * price;
+            };
+            const auto flat = [&](int leg) {
+                add("flat", Place(period, {spec.exchangeMask, FlatFamily(product, leg), spec.token}));
+            };
+            const bool legs = product == product::kMarginPlus;
+            if (MovesAt(holder, spec, entity)) flat(1);
+            if (legs && traded) continue;  // the trade of a two-leg order shows in its first position alone
+            if (legs && MovesAt(holder, spec, entity)) flat(2);
+            add("account",
+                Place(period, {spec.exchangeMask, TreeFamily(product), spec.token}, AccountAt(spec, entity)));
+        }
+    }
+}
+
+void CPlainBook::MoveRows(const Step& step, std::int64_t oldQuantity, double oldPrice, std::int64_t newQuantity,
+                          double newPrice, int kind) {
+    const OrderSpec& spec = step.spec;
+    const Holder& holder = house_.holders[step.holder];
+    const double out = static_cast<double>(oldQuantity) * oldPrice, in = static_cast<double>(newQuantity) * newPrice;
+    const double sign = spec.buySell == kBuy ? 1 : -1;
+    const bool delivery = spec.productType == product::kDelivery;
+    const bool apart = delivery || spec.productType == product::kMtf;  // products with rows' rules of their own
+    if (spec.productType == product::kMarginPlus) return;
+    const int bit = SegmentToBit(SegmentOfContract(spec.exchangeMask, spec.strikePrice));
+    for (const std::string& entity : EntitiesOf(house_, spec)) {
+        const bool ofHouse = spec.proClient == kProClientOwn;
+        const bool ownRules = !ofHouse && entity == (holder.deliversAtDealer ? spec.dealer : spec.client);
+        const bool passedBy = step.check && (entity[0] == 'G' || entity == "-");
+        if ((apart && (ownRules || passedBy)) || (entity == "*****" && step.check)) continue;
+        if (!MovesAt(holder, spec, entity)) continue;
+        for (const std::int16_t mask : IsWide(entity) ? kWideMasks : kNarrowMasks) {
+            const bool odd = (mask & kExpiryBit) != 0;
+            if (delivery ? !odd : (mask & bit) == 0) continue;
+            const std::string place = Format("%d %d", mask, kAllSecurities);
+            const auto add = [&](int figure, double value) { figures_[{entity, "row", place, figure}] += value; };
+            add(kNetPositionOrder, sign * (in - out));
+            if (kind == event::kOrder) add(kPendingOrder, in - out);
+            if (kind == event::kTrade) add(kPendingOrder, -out);
+            if (kind != event::kOrder) add(kNetPositionTraded, sign * in), add(kTurnoverTraded, in);
+        }
+    }
+}
+
+void CPlainBook::Take(const Step& step) {
+    const OrderSpec& spec = step.spec;
+    const std::int32_t open = spec.storedQuantity - spec.storedFilled;
+    switch (spec.messageCode) {
+        case 2000:
+            Move(step, false, spec.quantity, spec.price, 1);
+            MoveRows(step, 0, 0, spec.quantity, spec.price, event::kOrder);
+            return;
+        case 2040:
+            Move(step, false, open, spec.storedPrice, -1);
+            Move(step, false, spec.quantity, spec.price, 1);
+            MoveRows(step, open, spec.storedPrice, spec.quantity, spec.price, event::kOrder);
+            return;
+        case 2222:
+            Move(step, false, spec.quantity, spec.storedPrice, -1);
+            Move(step, false, spec.quantity, spec.price, 1);
+            Move(step, true, spec.quantity, spec.price, 1);
+            MoveRows(step, spec.quantity, spec.storedPrice, spec.quantity, spec.price, event::kTrade);
+            return;
+        case 5440:
+        case 5445: {
+            const std::int32_t quantity = spec.messageCode == 5445 ? spec.quantity : 0;
+            for (const bool traded : {false, true}) {
+                Move(step, traded, spec.storedQuantity, spec.storedPrice, -1);
+                Move(step, traded, quantity, spec.price, 1);
+            }
+            MoveRows(step, spec.storedQuantity, spec.storedPrice, quantity, spec.price, event::kCorrection);
+            return;
+        }
+        default:
+            Move(step, false, open, spec.storedPrice, -1);
+            MoveRows(step, open, spec.storedPrice, 0, 0, event::kOrder);
+    }
+}
+
+std::string CPlainBook::Difference(const Figures& house) const {
+    // The value of a two-leg order is a distance between prices: its first position is compared in shares alone.
+    const std::string firstLeg = Format(".%d.", static_cast<int>(PositionFamily::kMarginPlusFirst));
+    const auto counts = [&](const Figure& figure) {
+        if (figure.kind == "row") {
+            return IsOneOf(figure.index, {kNetPositionOrder, kNetPositionTraded, kTurnoverTraded, kPendingOrder});
+        }
+        if (figure.kind == "account") return figure.place.find('+') == std::string::npos;
+        return figure.kind == "flat" && (figure.index % 2 == 0 || figure.place.find(firstLeg) == std::string::npos);
+    };
+    Figures mine;
+    for (const auto& [name, value] : figures_) {
+        if (value != 0) {
+            mine.push_back({std::get<0>(name), std::get<1>(name), std::get<2>(name), std::get<3>(name), value});
+        }
+    }
+    return test::Difference(house, mine, 1e-6, counts);
+}
+
+}  // namespace surv::test
