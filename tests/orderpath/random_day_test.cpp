@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
+#include "positions/exposure_row.h"
 #include "support/random_house.h"
 
 namespace surv::test {
@@ -34,8 +36,7 @@ bool ComesBack(const Figure& figure, const OrderSpec& spec) {
 
 /// A day: orders checked or told of, some ended at once, the others traded, changed, corrected, ended. Gives the steps
 /// and what the house has answered.
-std::vector<Step> RunDay(CRandomHouse& house, std::uint32_t seed, Entry entry, int orders, bool compared) {
-    CRandomDay day(house, seed, entry);
+std::vector<Step> RunDay(CRandomHouse& house, CRandomDay day, Entry entry, int orders, bool compared) {
     CPlainBook book(house);
     std::vector<Step> taken;
     const auto take = [&](Step step) {
@@ -81,11 +82,12 @@ TEST(RandomDay, WhatEndsComesBackAndTheRestIsTheSumOfWhatStands) {
         for (const Entry entry : {Entry::kChecked, Entry::kEvents}) {
             SCOPED_TRACE(testing::Message() << "mode " << mode << (entry == Entry::kChecked ? ", checked" : ", told"));
             CRandomHouse house(mode);
-            steps += RunDay(house, 20261123U + static_cast<std::uint32_t>(mode), entry, 2000, true).size();
+            steps +=
+                RunDay(house, {house, 20261123U + static_cast<std::uint32_t>(mode), entry}, entry, 1500, true).size();
             if (HasFailure()) return;
         }
     }
-    EXPECT_GT(steps, 35'000);
+    EXPECT_GT(steps, 25'000);
 }
 
 /// The same steps make the same house to the last bit; and in whatever order unrelated accounts have theirs, the
@@ -98,7 +100,7 @@ TEST(RandomDay, IsTheSameAgainAndInAnyOrderOfItsAccounts) {
         for (const Entry entry : {Entry::kChecked, Entry::kEvents}) {
             SCOPED_TRACE(testing::Message() << "mode " << mode << (entry == Entry::kChecked ? ", checked" : ", told"));
             CRandomHouse first(mode), again(mode), shuffled(mode);
-            std::vector<Step> steps = RunDay(first, 77, entry, 2500, false);
+            std::vector<Step> steps = RunDay(first, {first, 77, entry}, entry, 1500, false);
             for (const Step& step : steps) ASSERT_EQ(again.Send(step), step.accepted);
             const Figures figures = first.AllFigures();
             EXPECT_TRUE(figures == again.AllFigures());
@@ -118,6 +120,85 @@ TEST(RandomDay, IsTheSameAgainAndInAnyOrderOfItsAccounts) {
                 return figure.kind != "cash" && (entry == Entry::kEvents || !houseRow);
             };
             EXPECT_EQ(Difference(figures, shuffled.AllFigures(), kMillionthRupee, counts), "");
+        }
+    }
+}
+
+/// A row of every contract that every account of an entity holds; the '+' accounts come of themselves.
+void AppendPositionRows(const CRandomHouse& house, CPtrList& rows) {
+    for (const Period period : kPeriods) {  // today's part of an option comes ahead of the whole
+        for (const auto& category : house.library.manager->categories) {
+            for (const auto& account : category.value->Book(period).accounts.accounts) {
+                if (account.value->aggregate) continue;
+                account.value->ForEachScrip([&](const CScripExposure& scrip) {
+                    if (scrip.IsBlank()) return;
+                    auto row = std::make_unique<BKExposureTag>();
+                    FillRowFromPosition(scrip.position.data, *row);
+                    row->limitMask = PeriodicityOf(scrip.position.GetMarketSegment(), period);
+                    rows.AddTail(row.release());
+                });
+            }
+        }
+    }
+}
+
+/// Limits that the next orders may break: a little above what is used.
+void SetTightLimits(CRandomHouse& house, std::mt19937& random) {
+    for (const auto& category : house.library.manager->categories) {
+        for (const auto& info : category.value->limitStores) {
+            BKSurveillanceLimitDefTag& row = info.value->store.Find(kAllSecurities)->Row();
+            const bool forgotten = house.library.context.settings.positionMode == 1 && (info.key & kExpiryBit) == 0;
+            const double room = (category.key.View()[0] == 'C' ? 2e6 : 5e8) * static_cast<double>(random() % 100) / 50;
+            switch (random() % 6) {
+                case 0: row.grossExposureLimit = row.usedMaxGross + room; break;
+                case 1: row.netExposureLimit = row.usedMaxNet + room; break;
+                case 2: row.netPositionLimit = std::abs(row.usedNetPositionOrder) + room; break;
+                case 3: row.pendingOrderLimit = row.usedPendingOrder + room; break;
+                case 4: row.netSaleExposureLimit = row.usedMaxNetSale + room; break;
+                default:
+                    if (forgotten) break;
+                    row.marginLimit = 100 * std::max(row.usedMarginOrder, row.usedMarginMax) + room;
+            }
+        }
+    }
+}
+
+/// What a house hands out makes a house that answers alike. Deliveries, two-leg orders and margin funding are left out:
+/// rows of the first two aren't taken by a start, and of the third there is no row for the day. The margins in expiry
+/// rows are handed in as 0, because a start adds those of equity to what the rows say and forms the others anew; those
+/// of daily rows stay as handed in, but that a start in mode 1 clears them, so that no limit is set on them there.
+TEST(RandomDay, LoadedFromItsRowsAnswersAsItWould) {
+    for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {
+        SCOPED_TRACE(mode);
+        CRandomHouse live(mode), loaded(mode);
+        CRandomDay day(live, 5, Entry::kChecked);
+        day.products = {1, 1, 9};
+        RunDay(live, day, Entry::kChecked, 1500, false);
+        std::mt19937 random{9};
+        SetTightLimits(live, random);
+        CPtrList limits, positions;
+        for (const auto& category : live.library.manager->categories) {
+            for (const auto& info : category.value->limitStores) {
+                auto row = std::make_unique<BKSurveillanceLimitDefTag>(info.value->store.Find(kAllSecurities)->Row());
+                if (info.key & kExpiryBit) row->usedMarginOrder = row->usedMarginTraded = row->usedMarginMax = 0;
+                limits.AddTail(row.release());
+            }
+        }
+        AppendPositionRows(live, positions);
+        loaded.StartFrom({&limits, &positions});
+        int refused = 0;
+        for (int i = 0; i < 200; ++i) {
+            const Step order = day.NewOrder();
+            const Answer a = live.Check(order.spec), b = loaded.Check(order.spec);
+            EXPECT_EQ(a.text, b.text) << i;
+            EXPECT_EQ(a.Head(), b.Head()) << i;
+            refused += a.Passed() ? 0 : 1;
+        }
+        EXPECT_GT(refused, 40);
+        EXPECT_LT(refused, 180);
+        if (live.library.context.settings.RowsAreLive()) {  // they belong to the library
+            limits.RemoveAll();
+            positions.RemoveAll();
         }
     }
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "platform/format.h"
 #include "positions/position_key.h"
@@ -22,11 +23,19 @@ std::string Code(char letter, int number) { return Format("%c%03d", letter, numb
 bool IsWide(std::string_view entity) { return entity[0] != 'C' && entity[0] != 'S'; }
 
 std::string Place(Period period, const PositionKey& key) {
-    return Format("%c%d.%d.%d", period == Period::kDaily ? 'd' : 'e', key.exchangeMask, static_cast<int>(key.family),
-                  key.token);
+    return std::string{period == Period::kDaily ? "d" : "e"}
+        .append(std::to_string(key.exchangeMask))
+        .append(".")
+        .append(std::to_string(static_cast<int>(key.family)))
+        .append(".")
+        .append(std::to_string(key.token));
 }
 std::string Place(Period period, const PositionKey& key, std::string_view account) {
     return Place(period, key).append(" ").append(account);
+}
+
+std::string RowPlace(std::int16_t mask, std::int32_t token) {
+    return std::to_string(mask).append(" ").append(std::to_string(token));
 }
 
 constexpr std::array kFamilyList{PositionFamily::kPlain, PositionFamily::kDelivery, PositionFamily::kMarginPlusFirst,
@@ -42,7 +51,7 @@ class CCollector {
         constexpr std::pair<int, int> kFigureOffsets[] = {{171, 379}, {387, 419}, {427, 467}};
         for (const auto& info : category_.limitStores) {
             for (const auto& entry : info.value->store.entries) {
-                const std::string place = Format("%d %d", info.key, entry.value->Row().token);
+                const std::string place = RowPlace(info.key, entry.value->Row().token);
                 const char* bytes = reinterpret_cast<const char*>(&entry.value->Row());
                 for (const auto& [from, to] : kFigureOffsets) {
                     for (int at = from; at < to; at += 8) {
@@ -140,24 +149,29 @@ bool Near(double a, double b, double tolerance) {
     return std::abs(a - b) <= std::max(tolerance, 1e-12 * std::max(std::abs(a), std::abs(b)));
 }
 
-using Name = std::tuple<std::string, std::string, std::string, int>;
-Name NameOf(const Figure& f) { return {f.entity, std::string{f.kind}, f.place, f.index}; }
+std::string NameOf(std::string_view entity, std::string_view kind, const std::string& place, int index) {
+    return std::string{entity}.append("|").append(kind).append("|").append(place).append("|").append(
+        std::to_string(index));
+}
+std::string NameOf(const Figure& f) { return NameOf(f.entity, f.kind, f.place, f.index); }
 
 }  // namespace
 
 std::string Difference(const Figures& a, const Figures& b, double tolerance,
                        const std::function<bool(const Figure&)>& counts) {
     if (a == b) return {};
-    std::map<Name, double> others;
-    for (const Figure& figure : b) others[NameOf(figure)] = figure.value;
+    const auto differs = [&](const Figure& figure, double other) {
+        return !Near(figure.value, other, tolerance) && (!counts || counts(figure));
+    };
+    std::unordered_map<std::string, const Figure*> others;
+    for (const Figure& figure : b) others.emplace(NameOf(figure), &figure);
     for (const Figure& figure : a) {
         const auto other = others.extract(NameOf(figure));
-        const double value = other ? other.mapped() : 0.0;
-        if (!Near(figure.value, value, tolerance) && (!counts || counts(figure))) return Told(figure, value);
+        const double value = other ? other.mapped()->value : 0.0;
+        if (differs(figure, value)) return Told(figure, value);
     }
-    for (const auto& [name, value] : others) {
-        const Figure missing{std::get<0>(name), std::get<1>(name), std::get<2>(name), std::get<3>(name), 0};
-        if (!Near(0, value, tolerance) && (!counts || counts(missing))) return Told(missing, value);
+    for (const auto& [name, figure] : others) {
+        if (differs(*figure, 0)) return "missing: " + Told(*figure, 0);
     }
     return {};
 }
@@ -168,6 +182,8 @@ std::string Difference(const Figures& a, const Figures& b, double tolerance,
 CRandomHouse::CRandomHouse(std::int16_t positionMode)
     : CScenario({.rpfMarginMode = 1, .positionMode = positionMode, .featureBits = 0x10}) {
     MakeInstruments();
+    LoadReferences();
+    OpenMarkets();
     MakeEntity("-", 7, 7, true);
     MakeEntity("*****", 0, -1, true);
     for (int i = 0; i < kGroups; ++i) MakeEntity(Code('G', i), 0, 7, true);
@@ -216,9 +232,24 @@ void CRandomHouse::MakeInstruments() {
     for (const std::int16_t exchange : {kMaskMcx, kMaskNcdex}) {
         for (const std::int32_t token : {1, 2}) instruments.push_back({exchange, exchange * 100 + token, -1, near, 90});
     }
+}
+
+void CRandomHouse::OpenMarkets() {
+    for (const Instrument& i : instruments) Market(i.exchangeMask, i.token, 24950, 25050, 25100, 24900);
+}
+
+void CRandomHouse::StartFrom(const LoadLists& lists) {
+    const Settings& settings = library.context.settings;
+    const Library::StartSettings same{.rpfMarginMode = 1, .positionMode = settings.positionMode, .featureBits = 0x10};
+    library.CleanUp();
+    LoadReferences();
+    EXPECT_EQ(library.Start(same, lists), kDone);
+    OpenMarkets();
+}
+
+void CRandomHouse::LoadReferences() {
     std::map<std::int16_t, std::pair<std::vector<tagRPFUnderlyingRecord>, std::vector<tagRPFContractRecord>>> files;
     for (const Instrument& i : instruments) {
-        Market(i.exchangeMask, i.token, 24950, 25050, 25100, 24900);
         if (IsCashExchange(i.exchangeMask)) {
             auto& isins = i.exchangeMask == kMaskNseCash ? library.context.stores.isinByNseToken
                                                          : library.context.stores.isinByBseToken;
@@ -353,17 +384,16 @@ Figures CRandomHouse::FiguresAround(const OrderSpec& spec) const {
 // The day
 
 Step CRandomDay::NewOrder() {
-    const std::size_t who = static_cast<std::size_t>(Pick(0, static_cast<int>(house_.holders.size()) - 1));
+    std::size_t who = 0;
+    const bool deliveries = std::find(products.begin(), products.end(), product::kDelivery) != products.end();
+    do {
+        who = static_cast<std::size_t>(Pick(0, static_cast<int>(house_.holders.size()) - 1));
+    } while (house_.holders[who].nri && !deliveries);
     const Holder& holder = house_.holders[who];
     const Instrument* instrument = nullptr;
-    const auto fits = [&] {
-        const bool ofNri = instrument->token % 100 == 99;
-        return holder.nri ? ofNri : !ofNri;
-    };
     do {
-        instrument =
-            &house_.instruments[static_cast<std::size_t>(Pick(0, static_cast<int>(house_.instruments.size()) - 1))];
-    } while (!fits());
+        instrument = &PickOf(house_.instruments);
+    } while (holder.nri != (instrument->token % 100 == 99));
     Step step{who, entry_ == Entry::kChecked, holder.order};
     OrderSpec& spec = step.spec;
     spec.exchangeMask = instrument->exchangeMask, spec.token = instrument->token;
@@ -374,8 +404,7 @@ Step CRandomDay::NewOrder() {
     spec.quantity = Pick(1, 40) * 5, spec.price = 24000 + Pick(0, 400) * 5;
     spec.productType = product::kNone;
     if (IsCashExchange(instrument->exchangeMask)) {
-        constexpr std::array<std::int16_t, 7> kProducts{1, 1, 1, 2, 4, 8, 9};
-        spec.productType = holder.nri ? product::kDelivery : kProducts[static_cast<std::size_t>(Pick(0, 6))];
+        spec.productType = holder.nri ? product::kDelivery : PickOf(products);
         // A two-leg order that comes as an event moves its first leg by nothing: it is laid in by its check alone.
         if (spec.productType == product::kMarginPlus && !step.check) spec.productType = product::kMargin;
     }
@@ -471,6 +500,12 @@ std::string AccountAt(const OrderSpec& spec, const std::string& entity) {
 
 }  // namespace
 
+void CPlainBook::Add(const std::string& entity, std::string_view kind, const std::string& place, int index,
+                     double value) {
+    figures_.try_emplace(NameOf(entity, kind, place, index), Figure{entity, kind, place, index, 0})
+        .first->second.value += value;
+}
+
 void CPlainBook::Move(const Step& step, bool traded, std::int64_t quantity, double price, int sign) {
     const OrderSpec& spec = step.spec;
     const Holder& holder = house_.holders[step.holder];
@@ -480,9 +515,9 @@ void CPlainBook::Move(const Step& step, bool traded, std::int64_t quantity, doub
         if (entity == "*****" && step.check) continue;  // no level of a check
         for (const Period period : kPeriods) {
             if (period == Period::kDaily && !HasDaily(spec)) continue;
-            const auto add = [&](const char* kind, const std::string& place) {
-                figures_[{entity, kind, place, at}] += static_cast<double>(sign * quantity);
-                figures_[{entity, kind, place, at + 1}] += static_cast<double>(sign * quantity) * price;
+            const auto add = [&](std::string_view kind, const std::string& place) {
+                Add(entity, kind, place, at, static_cast<double>(sign * quantity));
+                Add(entity, kind, place, at + 1, static_cast<double>(sign * quantity) * price);
             };
             const auto flat = [&](int leg) {
                 add("flat", Place(period, {spec.exchangeMask, FlatFamily(product, leg), spec.token}));
@@ -516,8 +551,8 @@ void CPlainBook::MoveRows(const Step& step, std::int64_t oldQuantity, double old
         for (const std::int16_t mask : IsWide(entity) ? kWideMasks : kNarrowMasks) {
             const bool odd = (mask & kExpiryBit) != 0;
             if (delivery ? !odd : (mask & bit) == 0) continue;
-            const std::string place = Format("%d %d", mask, kAllSecurities);
-            const auto add = [&](int figure, double value) { figures_[{entity, "row", place, figure}] += value; };
+            const std::string place = RowPlace(mask, kAllSecurities);
+            const auto add = [&](int figure, double value) { Add(entity, "row", place, figure, value); };
             add(kNetPositionOrder, sign * (in - out));
             if (kind == event::kOrder) add(kPendingOrder, in - out);
             if (kind == event::kTrade) add(kPendingOrder, -out);
@@ -572,11 +607,7 @@ std::string CPlainBook::Difference(const Figures& house) const {
         return figure.kind == "flat" && (figure.index % 2 == 0 || figure.place.find(firstLeg) == std::string::npos);
     };
     Figures mine;
-    for (const auto& [name, value] : figures_) {
-        if (value != 0) {
-            mine.push_back({std::get<0>(name), std::get<1>(name), std::get<2>(name), std::get<3>(name), value});
-        }
-    }
+    for (const auto& [name, figure] : figures_) mine.push_back(figure);
     return test::Difference(house, mine, 1e-6, counts);
 }
 

@@ -4,10 +4,9 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <random>
 #include <string>
-#include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "support/scenario.h"
@@ -56,6 +55,8 @@ class CRandomHouse : public CScenario {
     std::vector<Holder> holders;
     std::vector<Instrument> instruments;
 
+    /// Starts anew from rows: the reference data of this house, and what another hands out.
+    void StartFrom(const LoadLists& lists);
     /// Sends a step; false: a check refused it.
     bool Send(const Step& step);
     [[nodiscard]] Figures AllFigures() const;
@@ -65,6 +66,8 @@ class CRandomHouse : public CScenario {
  private:
     void MakeHolders();
     void MakeInstruments();
+    void LoadReferences();
+    void OpenMarkets();
     void MakeEntity(const std::string& code, std::int16_t level, std::int16_t subLevel, bool wide);
 };
 
@@ -80,6 +83,9 @@ class CRandomDay {
     CRandomDay(const CRandomHouse& house, std::uint32_t seed, Entry entry)
         : house_(house), random_(seed), entry_(entry) {}
 
+    /// Of equity orders, as often as they stand here; the rest has none.
+    std::vector<std::int16_t> products{1, 1, 1, 2, 4, 8, 9};
+
     /// A new order; it isn't open until Entered.
     Step NewOrder();
     void Entered(const Step& step) { open_.push_back({step.holder, step.spec, step.spec.quantity, 0}); }
@@ -89,6 +95,11 @@ class CRandomDay {
     /// A trade, change, end or correction of something that stands.
     Step Next();
     int Pick(int low, int high) { return low + static_cast<int>(random_() % static_cast<unsigned>(high - low + 1)); }
+
+    template <class Of>
+    auto& PickOf(Of& of) {
+        return of[static_cast<std::size_t>(Pick(0, static_cast<int>(of.size()) - 1))];
+    }
 
  private:
     struct Open {
@@ -115,11 +126,12 @@ class CPlainBook {
 
  private:
     void Move(const Step& step, bool traded, std::int64_t quantity, double price, int sign);
+    void Add(const std::string& entity, std::string_view kind, const std::string& place, int index, double value);
     void MoveRows(const Step& step, std::int64_t oldQuantity, double oldPrice, std::int64_t newQuantity,
                   double newPrice, int kind);
 
     const CRandomHouse& house_;
-    std::map<std::tuple<std::string, std::string, std::string, int>, double> figures_;
+    std::unordered_map<std::string, Figure> figures_;
 };
 
 }  // namespace surv::test
