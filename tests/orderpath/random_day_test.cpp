@@ -25,7 +25,7 @@ bool PassesTheHouseBy(const OrderSpec& spec) {
 /// which ends at another distance of prices than it came in with, shares alone come back. (Figures of trades and limits
 /// that follow the fund aren't touched by either.)
 bool ComesBack(const Figure& figure, const OrderSpec& spec) {
-    if (figure.kind == "total" || figure.kind == "cash" || figure.entity == kOwnAccount) return false;
+    if (figure.kind.starts_with("total") || figure.kind == "cash" || figure.entity == kOwnAccount) return false;
     if (figure.kind == "row" && PassesTheHouseBy(spec)) return !IsHouse(figure.entity);
     if (spec.productType == product::kMarginPlus) {
         const bool position = figure.kind == "flat" || figure.kind == "account";

@@ -38,106 +38,118 @@ std::string RowPlace(std::int16_t mask, std::int32_t token) {
     return std::to_string(mask).append(" ").append(std::to_string(token));
 }
 
-constexpr std::array kFamilyList{PositionFamily::kPlain, PositionFamily::kDelivery, PositionFamily::kMarginPlusFirst,
-                                 PositionFamily::kMarginPlusSecond, PositionFamily::kMtf};
+/// What is collected of a category beside its own figures: everything, or one scrip in the accounts of one client and
+/// of the house.
+struct Scope {
+    std::int32_t token = 0;
+    std::string_view client;
+
+    [[nodiscard]] bool Holds(const PositionKey& key) const { return token == 0 || key.token == token; }
+    [[nodiscard]] bool Holds(std::string_view account) const {
+        return token == 0 || account.find(client) != account.npos || account.find('*') != account.npos;
+    }
+};
 
 /// Collects the figures of one category that aren't 0.
 class CCollector {
  public:
-    CCollector(Figures& out, std::string_view entity, const CSurveillanceCategory& category)
-        : out_(out), entity_(entity), category_(category) {}
+    CCollector(Figures& out, std::string_view entity, const CSurveillanceCategory& category, Scope scope)
+        : out_(out), entity_(entity), category_(category), scope_(scope) {}
 
-    void Rows() {
-        constexpr std::pair<int, int> kFigureOffsets[] = {{171, 379}, {387, 419}, {427, 467}};
+    void Run() {
         for (const auto& info : category_.limitStores) {
-            for (const auto& entry : info.value->store.entries) {
-                const std::string place = RowPlace(info.key, entry.value->Row().token);
-                const char* bytes = reinterpret_cast<const char*>(&entry.value->Row());
-                for (const auto& [from, to] : kFigureOffsets) {
-                    for (int at = from; at < to; at += 8) {
-                        double value = 0;
-                        std::memcpy(&value, bytes + at, sizeof value);
-                        Add("row", place, at, value);
-                    }
-                }
-            }
+            for (const auto& entry : info.value->store.entries) Row(entry.value->Row());
         }
-    }
-    void Category() {
-        for (int i = 0; i < 3; ++i) {
-            Add("cash", "nse", i, category_.cashMarginNse[static_cast<std::size_t>(i)]);
-            Add("cash", "bse", i, category_.cashMarginBse[static_cast<std::size_t>(i)]);
-        }
+        Add("cash", "nse", category_.cashMarginNse);
+        Add("cash", "bse", category_.cashMarginBse);
         for (const auto& held : category_.holdingsByIsin) {
-            const Holding& holding = *held.value;
-            int at = 0;
-            for (const HoldingSide* side : {&holding.nse, &holding.bse}) {
-                for (const double value :
-                     {static_cast<double>(side->orderBuyQty), static_cast<double>(side->orderSellQty),
-                      static_cast<double>(side->tradedBuyQty), static_cast<double>(side->tradedSellQty),
-                      side->orderBuyValue, side->orderSellValue, side->tradedBuyValue, side->tradedSellValue,
-                      static_cast<double>(side->blockedQty), static_cast<double>(side->sarBlockedQty)}) {
-                    Add("holding", "isin", at++, value);
-                }
-            }
-            Add("holding", "isin", at++, holding.collateralValue);
-            Add("holding", "isin", at, holding.saleCredit);
+            Side("nse", held.value->nse);
+            Side("bse", held.value->bse);
+            Add("holding", "worth", std::array{held.value->collateralValue, held.value->saleCredit});
         }
-        if (const CClientBook* book = category_.FindClientBook()) {
-            book->totals.ForEach([&](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
-                Position("total", Format("%d %d", static_cast<int>(group), mask), total.data);
-                Add("total", Format("%d %d", static_cast<int>(group), mask), 8, total.data.mtmValue);
+        const CClientBook* const clients = category_.FindClientBook();
+        if (clients)
+            clients->totals.ForEach([this](ProductGroup group, std::int16_t mask, const CSurvPosition& total) {
+                const std::string place = RowPlace(mask, static_cast<int>(group));
+                Position("total", place, total.data);
+                Add("total mtm", place, std::array{total.data.mtmValue});
             });
-        }
-    }
-    void Flat(Period period, const char* kind, const CExposureDetails& set, const PositionKey& key) {
-        if (const CSurvPosition* position = set.Find(key)) Position(kind, Place(period, key), position->data);
-    }
-    void Account(Period period, const AccountKey& key, const CClientExposure& account,
-                 const std::function<bool(const PositionKey&)>& counts) {
-        for (const auto& underlying : account.underlyings) {
-            for (const auto& expiry : underlying.value->expiries) {
-                for (const auto& scrip : expiry.value->scrips) {
-                    if (!counts(scrip.key)) continue;
-                    Position("account", Place(period, scrip.key, key.View()), scrip.value->position.data);
-                    Position("day", Place(period, scrip.key, key.View()), scrip.value->dayPosition.data);
-                }
+        for (const Period period : kPeriods) {
+            const PeriodBook& book = category_.Book(period);
+            Flat(period, "flat", book.exposures);
+            Flat(period, "apart", book.clientLevelExposures);
+            for (const auto& account : book.accounts.accounts) {
+                if (scope_.Holds(account.key.View())) Account(period, account.key.View(), *account.value);
             }
-        }
-        for (const std::int16_t mask : {kMaskNseDerivatives, kMaskBseDerivatives, kMaskMcx, kMaskNcdex}) {
-            const MarginReading margin = account.ReadMargins(mask);
-            int at = 0;
-            for (const double value : {margin.orderSide, margin.tradedSide, margin.worst, margin.exposure,
-                                       margin.optionOrderSide, margin.optionTradedSide, margin.optionWorst}) {
-                Add("margin", Format("%d ", mask).append(key.View()), at++, value);
-            }
-        }
-    }
-    void Clients(Period period, const CClientBook::Side& side) {
-        for (const auto& scrip : side.positions.scrips) {
-            for (const auto& holder : *scrip.value) {
-                Position("client", Place(period, scrip.key, holder.key.View()), holder.value->position.data);
+            if (!clients) continue;
+            for (const auto& scrip : clients->Of(period).positions.scrips) {
+                if (!scope_.Holds(scrip.key)) continue;
+                for (const auto& holder : *scrip.value)
+                    Position("client", Place(period, scrip.key, holder.key.View()), holder.value->position.data);
             }
         }
     }
 
  private:
-    void Add(const char* kind, const std::string& place, int index, double value) {
-        if (value != 0) out_.push_back({std::string{entity_}, kind, place, index, value});
+    void Row(const BKSurveillanceLimitDefTag& row) {
+        constexpr std::pair<int, int> kFigureOffsets[] = {{171, 379}, {387, 419}, {427, 467}};
+        const std::string place = RowPlace(row.limitMask, row.token);
+        for (const auto& [from, to] : kFigureOffsets) {
+            for (int at = from; at < to; at += 8) {
+                double value = 0;
+                std::memcpy(&value, reinterpret_cast<const char*>(&row) + at, sizeof value);
+                AddOne("row", place, at, value);
+            }
+        }
+    }
+    void Side(const char* exchange, const HoldingSide& side) {
+        Add("holding", exchange,
+            std::array{side.orderBuyQty, side.orderSellQty, side.tradedBuyQty, side.tradedSellQty, side.blockedQty,
+                       side.sarBlockedQty});
+        Add("holding value", exchange,
+            std::array{side.orderBuyValue, side.orderSellValue, side.tradedBuyValue, side.tradedSellValue});
+    }
+    void Flat(Period period, const char* kind, const CExposureDetails& set) {
+        for (const auto& position : set.positions) {
+            if (scope_.Holds(position.key)) Position(kind, Place(period, position.key), position.value->data);
+        }
+    }
+    void Account(Period period, std::string_view key, const CClientExposure& account) {
+        for (const auto& underlying : account.underlyings) {
+            for (const auto& expiry : underlying.value->expiries) {
+                for (const auto& scrip : expiry.value->scrips) {
+                    if (!scope_.Holds(scrip.key)) continue;
+                    Position("account", Place(period, scrip.key, key), scrip.value->position.data);
+                    Position("day", Place(period, scrip.key, key), scrip.value->dayPosition.data);
+                }
+            }
+        }
+        for (const std::int16_t mask : {kMaskNseDerivatives, kMaskBseDerivatives, kMaskMcx, kMaskNcdex}) {
+            const MarginReading m = account.ReadMargins(mask);
+            Add("margin", std::to_string(mask).append(" ").append(key),
+                std::array{m.orderSide, m.tradedSide, m.worst, m.exposure, m.optionOrderSide, m.optionTradedSide,
+                           m.optionWorst});
+        }
     }
     void Position(const char* kind, const std::string& place, const tagSurvPositionData& p) {
+        Add(kind, place,
+            std::array{static_cast<double>(p.orderBuyQty), p.orderBuyValue, static_cast<double>(p.orderSellQty),
+                       p.orderSellValue, static_cast<double>(p.tradedBuyQty), p.tradedBuyValue,
+                       static_cast<double>(p.tradedSellQty), p.tradedSellValue});
+    }
+    template <class Values>
+    void Add(const char* kind, const std::string& place, const Values& values) {
         int at = 0;
-        for (const double value :
-             {static_cast<double>(p.orderBuyQty), p.orderBuyValue, static_cast<double>(p.orderSellQty),
-              p.orderSellValue, static_cast<double>(p.tradedBuyQty), p.tradedBuyValue,
-              static_cast<double>(p.tradedSellQty), p.tradedSellValue}) {
-            Add(kind, place, at++, value);
-        }
+        for (const auto value : values) AddOne(kind, place, at++, static_cast<double>(value));
+    }
+    void AddOne(const char* kind, const std::string& place, int index, double value) {
+        if (value != 0) out_.push_back({std::string{entity_}, kind, place, index, value});
     }
 
     Figures& out_;
     std::string_view entity_;
     const CSurveillanceCategory& category_;
+    Scope scope_;
 };
 
 std::string Told(const Figure& figure, double other) {
@@ -335,47 +347,15 @@ bool CRandomHouse::Send(const Step& step) {
 Figures CRandomHouse::AllFigures() const {
     Figures out;
     for (const auto& category : library.manager->categories) {
-        CCollector collect(out, category.key.View(), *category.value);
-        collect.Rows();
-        collect.Category();
-        for (const Period period : kPeriods) {
-            const PeriodBook& book = category.value->Book(period);
-            for (const auto& position : book.exposures.positions)
-                collect.Flat(period, "flat", book.exposures, position.key);
-            for (const auto& position : book.clientLevelExposures.positions)
-                collect.Flat(period, "apart", book.clientLevelExposures, position.key);
-            for (const auto& account : book.accounts.accounts)
-                collect.Account(period, account.key, *account.value, [](const PositionKey&) { return true; });
-            if (const CClientBook* clients = category.value->FindClientBook())
-                collect.Clients(period, clients->Of(period));
-        }
+        CCollector(out, category.key.View(), *category.value, {}).Run();
     }
     return out;
 }
 
 Figures CRandomHouse::FiguresAround(const OrderSpec& spec) const {
     Figures out;
-    for (const std::string& entity : EntitiesOf(*this, spec)) {
-        const CSurveillanceCategory& category = *library.manager->FindCategory(std::string_view{entity});
-        CCollector collect(out, entity, category);
-        collect.Rows();
-        collect.Category();
-        for (const Period period : kPeriods) {
-            const PeriodBook& book = category.Book(period);
-            for (const PositionFamily family : kFamilyList) {
-                const PositionKey key{spec.exchangeMask, family, spec.token};
-                collect.Flat(period, "flat", book.exposures, key);
-                collect.Flat(period, "apart", book.clientLevelExposures, key);
-            }
-            for (const std::string& parent : {spec.group, std::string{}, spec.client}) {
-                for (const std::string& account : {spec.client, std::string{"*****"}, spec.client + "  +"}) {
-                    const AccountKey key = MakeAccountKey(parent, account);
-                    const CClientExposure* held = book.accounts.accounts.Find(key);
-                    const auto counts = [&](const PositionKey& scrip) { return scrip.token == spec.token; };
-                    if (held) collect.Account(period, key, *held, counts);
-                }
-            }
-        }
+    for (const std::string_view entity : EntitiesOf(*this, spec)) {
+        CCollector(out, entity, *library.manager->FindCategory(entity), {spec.token, spec.client}).Run();
     }
     return out;
 }
