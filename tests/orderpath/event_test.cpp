@@ -25,7 +25,7 @@ std::string Figures(CScenario& s, std::string_view entity = "C1") {
 
 /// The same at every level, of both periods; accounts come to what the level holds.
 std::string FiguresEverywhere(CScenario& s) {
-    const std::string figures = Figures(s);
+    std::string figures = Figures(s);
     for (const char* entity : kHouse) {
         EXPECT_EQ(Figures(s, entity), figures) << entity;
         for (const Period period : kPeriods) {
