@@ -90,6 +90,94 @@ TEST(OutOfMemory, LeavesNoTraceOfAMarginedCheck) {
     for (const char* entity : {"C1", "D1", "G1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
 }
 
+using Road = void (*)(CSurveillanceManager&, tagSurveillanceInfo&, CPtrList& rows);
+void TakeEvent(CSurveillanceManager& manager, tagSurveillanceInfo& request, CPtrList& rows) {
+    manager.UpdateSurveillance(request, nullptr, &rows, false);
+}
+void TakeCheck(CSurveillanceManager& manager, tagSurveillanceInfo& request, CPtrList& rows) {
+    tagOrdErrMessage error{};
+    short status = 0;
+    manager.CheckSurveillance(request, error, status, {&rows, nullptr}, false);
+    EXPECT_EQ(status, status::kPass) << error.errorText;
+}
+
+/// Lets the call have one allocation more each time until it is done; cut short, it leaves all as before.
+void ExpectWholeOrNotAtAll(CScenario& s, const OrderSpec& spec, Road road) {
+    const std::string before = s.Dump();
+    long allocations = 0;
+    for (bool done = false; !done; ++allocations) {
+        ASSERT_LT(allocations, 1000);
+        std::vector<char> buffer = MakeRequest(spec);
+        CPtrList rows;
+        allocationsLeft = allocations;
+        try {
+            road(*s.library.manager, *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()), rows);
+            done = true;
+        } catch (const std::bad_alloc&) {
+        }
+        allocationsLeft = -1;
+        s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<BKSurveillanceLimitDefTag>(rows);
+        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
+        ASSERT_EQ(s.Dump() == before, !done) << "after " << allocations << " allocations";
+    }
+    EXPECT_GT(allocations, 8) << "the rows handed out alone";
+}
+
+TEST(OutOfMemory, AnEventOrAConversionEntersWholeOrNotAtAll) {
+    OrderSpec trade{.messageCode = 2222, .clientType = 1, .hasStored = true, .storedQuantity = 100};
+    trade.storedPrice = 25000;
+    OrderSpec delivery = trade, conversion{.quantity = 50, .clientType = 1};
+    delivery.productType = product::kDelivery, conversion.productType = product::kConvertToDelivery;
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
+        SCOPED_TRACE(mode);
+        CScenario s({.positionMode = mode});
+        for (const int mask : {2, 3}) s.House(static_cast<std::int16_t>(mask));
+        s.library.context.stores.isinByNseToken.FindOrMake(2885) = "INE002A01018";
+        ExpectWholeOrNotAtAll(s, trade, &TakeEvent);
+        ExpectWholeOrNotAtAll(s, delivery, &TakeEvent);
+        ExpectWholeOrNotAtAll(s, conversion, &TakeCheck);
+        ExpectWholeOrNotAtAll(s, conversion, &TakeEvent);
+        EXPECT_EQ(s.Held("C1", Period::kExpiry)->data.tradedBuyQty, 0) << "two halves of 100 are deliveries now";
+    }
+    CDerivativeHouse s(2);
+    const Contract contract{.token = 100, .expiryDate = s.Days(30), .array = {5, -5}};
+    s.File({contract});
+    OrderSpec future = CDerivativeHouse::SpecOf(contract, kBuy, 10, 100);
+    future.messageCode = 2222;
+    ExpectWholeOrNotAtAll(s, future, &TakeEvent);
+    EXPECT_EQ(s.Row("-", 0xD).usedMarginTraded, 50.0);
+}
+
+/// The host is told, and nothing else happens.
+TEST(OutOfMemory, IsToldByTheExportedEvent) {
+    static long told = 0;
+    told = 0;
+    SetHostWindow([](void*, unsigned, unsigned,
+                     const char* text) { told += std::string_view{text} == "Not Enough memory" ? 1 : 0; },
+                  nullptr);
+    ASSERT_EQ(InitializeSurvManager(nullptr, nullptr, 0, 0, 0, 0, 0, 0, 0, nullptr, nullptr, nullptr), 0);
+    for (const char* entity : {"-", "G1", "D1", "C1"}) {
+        BKSurveillanceLimitDefTag row = EmptyLimit(entity, 3);
+        ASSERT_EQ(AddSurvLimits(&row, nullptr), 0);
+    }
+    long allocations = 0;
+    for (short result = -1; result != 0; ++allocations) {
+        ASSERT_LT(allocations, 1000);
+        std::vector<char> buffer = MakeRequest({.messageCode = 2222});
+        CPtrList rows;
+        allocationsLeft = allocations;
+        result = UpdateSurveillance(reinterpret_cast<tagSurveillanceInfo*>(buffer.data()), nullptr, &rows, nullptr, 0);
+        allocationsLeft = -1;
+        FreeRows<BKSurveillanceLimitDefTag>(rows);
+        ASSERT_EQ(told, allocations + (result == 0 ? 0 : 1));
+    }
+    BKSurveillanceLimitDefTag row = EmptyLimit("C1", 3);
+    ASSERT_EQ(GetSurveillancePositions(&row), 0);
+    EXPECT_EQ(row.usedNetPositionTraded, 2'500'000.0) << "taken in once";
+    CleanupSurvManager();
+    SetHostWindow(nullptr, nullptr);
+}
+
 /// Every entity is marked whole or not at all, and the next touchline of the same price marks those that are left.
 TEST(OutOfMemory, ATouchlineCutShortIsTakenUpByTheNext) {
     for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {

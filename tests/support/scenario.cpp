@@ -47,7 +47,36 @@ tagOrderRequest OrderRecord(const OrderSpec& spec) {
     order.productType = spec.productType, order.proClient = spec.proClient;
     Put(order.accountText, spec.client), Put(order.clientAccount, spec.client);
     Put(order.clientCategory, spec.clientCategory);
+    order.marginPlusLeg = spec.marginPlusLeg, order.triggerPrice = spec.triggerPrice;
+    order.firstLegPrice = spec.firstLegPrice, order.secondLegPrice = spec.secondLegPrice;
     return order;
+}
+
+tagOrderInfo StoredRecord(const OrderSpec& spec) {
+    tagOrderInfo stored{};
+    stored.exchangeMask = spec.exchangeMask;
+    stored.contract = ContractOf(spec);
+    stored.buySell = spec.buySell, stored.quantity = spec.storedQuantity, stored.price = spec.storedPrice;
+    stored.quantityFilled = spec.storedFilled, stored.quantityRemaining = spec.storedQuantity - spec.storedFilled;
+    stored.orderStatus = spec.storedStatus;
+    stored.productType = spec.productType, stored.proClient = spec.proClient;
+    Put(stored.accountText, spec.client), Put(stored.clientAccount, spec.client);
+    Put(stored.clientCategory, spec.clientCategory);
+    stored.marginPlusLeg = spec.marginPlusLeg;
+    stored.firstLegPrice = spec.firstLegPrice, stored.secondLegPrice = spec.secondLegPrice;
+    return stored;
+}
+
+tagTradeInfo TradeRecord(const OrderSpec& spec, std::int32_t quantity, std::int32_t price) {
+    tagTradeInfo trade{};
+    trade.exchangeMask = spec.exchangeMask;
+    trade.contract = ContractOf(spec);
+    trade.buySell = spec.buySell, trade.tradedQuantity = quantity, trade.tradePrice = price;
+    trade.productType = spec.productType;
+    Put(trade.clientAccount, spec.client);
+    trade.marginPlusLeg = spec.marginPlusLeg;
+    trade.firstLegPrice = spec.firstLegPrice, trade.secondLegPrice = spec.secondLegPrice;
+    return trade;
 }
 
 tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
@@ -56,6 +85,7 @@ tagTradeCorrectionRequest CorrectionRecord(const OrderSpec& spec) {
     correction.contract = ContractOf(spec);
     correction.buySellCharacter[0] = static_cast<char>('0' + spec.buySell);
     correction.newQuantity = spec.quantity, correction.tradePrice = spec.price;
+    correction.tradedQuantity = spec.storedQuantity;
     Put(correction.accountText, spec.client);
     Put(correction.buyClientAccount, spec.client), Put(correction.sellClientAccount, spec.client);
     return correction;
@@ -203,25 +233,20 @@ std::vector<char> MakeRequest(const OrderSpec& spec) {
     head.subClientType = spec.subClientType, head.levelCheckFlags = spec.levelCheckFlags;
     head.levelMarginFlags = spec.levelMarginFlags, head.scripGroupNumber = spec.scripGroupNumber;
     head.priceMultiplier = spec.priceMultiplier;
-    const bool correction = spec.messageCode == 5440 || spec.messageCode == 5445;
-    if (spec.hasStored) (correction ? head.requestFlags : head.levelMarginFlags) |= correction ? 1 : 0x80;
+    const bool ofTrade = spec.messageCode == 5440 || spec.messageCode == 5445;
+    if (spec.hasStored) head.levelMarginFlags |= 0x80;
+    if (spec.hasStored && ofTrade) head.requestFlags |= 1;
     std::vector<char> buffer;
     Append(buffer, head);
     const MessageCodeRow* message = FindMessageCode(spec.messageCode);
-    if (correction) {
-        Append(buffer, CorrectionRecord(spec));
-    } else if (message && message->primary == PrimaryRecord::kOrderRequest) {
-        Append(buffer, OrderRecord(spec));
+    switch (message ? message->primary : PrimaryRecord::kNone) {
+        case PrimaryRecord::kOrderRequest: Append(buffer, OrderRecord(spec)); break;
+        case PrimaryRecord::kTradeCorrection: Append(buffer, CorrectionRecord(spec)); break;
+        case PrimaryRecord::kTradeInfo: Append(buffer, TradeRecord(spec, spec.quantity, spec.price)); break;
+        case PrimaryRecord::kNone: break;
     }
-    if (spec.hasStored && correction) {
-        tagTradeInfo trade{};
-        trade.tradedQuantity = spec.storedQuantity, trade.tradePrice = spec.storedPrice;
-        Append(buffer, trade);
-    } else if (spec.hasStored) {
-        tagOrderInfo stored{};
-        stored.quantity = spec.storedQuantity, stored.price = spec.storedPrice;
-        Append(buffer, stored);
-    }
+    if (spec.hasStored) Append(buffer, StoredRecord(spec));
+    if (spec.hasStored && ofTrade) Append(buffer, TradeRecord(spec, spec.storedQuantity, spec.storedPrice));
     buffer.shrink_to_fit();
     return buffer;
 }
@@ -293,6 +318,18 @@ Answer CScenario::Send(std::vector<char>& buffer, bool probe) {
         answer.limitRows = TakeRows<BKSurveillanceLimitDefTag>(limitRows, library.context.settings.RowsAreLive());
     }
     answer.rollbackRows = TakeRows<tagBreachRow>(rollbackRows, false);
+    return answer;
+}
+
+EventAnswer CScenario::SendEvent(std::vector<char> buffer, bool dealerOnly) {
+    auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
+    tagAdminErrMessage error{};
+    CPtrList limitRows;
+    EventAnswer answer;
+    answer.result = library.manager->UpdateSurveillance(request, &error, &limitRows, dealerOnly);
+    EXPECT_TRUE(library.context.undo.Empty()) << "a trial has outlived the call";
+    answer.errorCode = error.errorCode, answer.timeStamp = error.timeStamp, answer.text = error.errorText;
+    answer.limitRows = TakeRows<BKSurveillanceLimitDefTag>(limitRows, library.context.settings.RowsAreLive());
     return answer;
 }
 

@@ -35,9 +35,14 @@ struct OrderSpec {
     std::uint8_t levelCheckFlags = 62, levelMarginFlags = 0;
     std::int32_t scripGroupNumber = 0, priceMultiplier = 1, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
     const char* clientCategory = "";
-    /// The stored order (tagOrderInfo) of code 2040, or the trade of a correction: quantity and price before.
+    /// The stored order (tagOrderInfo), or the trade of 5440 and 5445: quantity and price before. quantity and price
+    /// are the trade's own of 2222, 2286 and 2288, and the new ones of a correction.
     bool hasStored = false;
     std::int32_t storedQuantity = 0, storedPrice = 0;
+    std::int32_t storedFilled = 0;  ///< the rest of storedQuantity remains
+    std::int16_t storedStatus = 0;
+    std::int16_t marginPlusLeg = 0;
+    std::int32_t firstLegPrice = 0, secondLegPrice = 0, triggerPrice = 0;
 };
 /// The request of an order, its records in one buffer that ends where the last one does.
 [[nodiscard]] std::vector<char> MakeRequest(const OrderSpec& order);
@@ -57,6 +62,15 @@ struct Answer {
     [[nodiscard]] bool Passed() const { return result == 0 && status == status::kPass; }
     /// "status, errorCode, headCode at the time of the answer: level that failed, its type", the time as a word.
     [[nodiscard]] std::string Head() const;
+};
+
+/// What an event answers.
+struct EventAnswer {
+    short result = -9;
+    std::int16_t errorCode = 0;
+    std::int32_t timeStamp = 0;
+    std::string text;
+    std::vector<BKSurveillanceLimitDefTag> limitRows;
 };
 
 class CScenario {
@@ -89,6 +103,10 @@ class CScenario {
     /// Sends a request as it stands: the head and its records in one buffer.
     Answer Send(std::vector<char>& buffer, bool probe = false);
     Answer Send(std::vector<char>&& buffer, bool probe = false) { return Send(buffer, probe); }
+    EventAnswer Event(const OrderSpec& event, bool dealerOnly = false) {
+        return SendEvent(MakeRequest(event), dealerOnly);
+    }
+    EventAnswer SendEvent(std::vector<char> buffer, bool dealerOnly = false);
 
     /// Sends the risk parameters of one segment as a whole file, to staging; the end message swaps them in.
     void RiskFile(std::int16_t segment, const std::vector<tagRPFUnderlyingRecord>& underlyings,

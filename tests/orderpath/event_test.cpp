@@ -1,0 +1,233 @@
+// What each event moves, worked by hand, and what the library answers to events that tell of nothing it knows.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "platform/format.h"
+#include "support/scenario.h"
+
+namespace surv::test {
+namespace {
+
+constexpr const char* kHouse[] = {"-", "G1", "D1", "C1"};
+
+/// What an entity has ordered and traded, in shares and paise, and what its row of all securities says is open and has
+/// changed hands.
+std::string Figures(CScenario& s, std::string_view entity = "C1") {
+    CSurvPosition* const held = s.Held(entity, Period::kExpiry);
+    const tagSurvPositionData p = held ? held->data : tagSurvPositionData{};
+    const BKSurveillanceLimitDefTag& row = s.Row(entity, 3);
+    return Format("%lld %.0f, %lld %.0f; %.0f %.0f", static_cast<long long>(p.orderBuyQty), p.orderBuyValue,
+                  static_cast<long long>(p.tradedBuyQty), p.tradedBuyValue, row.usedPendingOrder,
+                  row.usedNetPositionTraded);
+}
+
+/// The same at every level, of both periods; accounts come to what the level holds.
+std::string FiguresEverywhere(CScenario& s) {
+    std::string figures = Figures(s);
+    for (const char* entity : kHouse) {
+        EXPECT_EQ(Figures(s, entity), figures) << entity;
+        for (const Period period : kPeriods) {
+            CSurvPosition accounts;
+            for (const auto& account : s.library.manager->FindCategory(entity)->Book(period).accounts.accounts) {
+                account.value->ForEachScrip(
+                    [&](const CScripExposure& scrip) { accounts.AddPositionData(scrip.position.data); });
+            }
+            const CSurvPosition* const flat = s.Held(entity, period);
+            EXPECT_EQ(accounts.data.orderBuyValue, flat ? flat->data.orderBuyValue : 0) << entity;
+            EXPECT_EQ(accounts.data.tradedBuyQty, flat ? flat->data.tradedBuyQty : 0) << entity;
+        }
+    }
+    return figures;
+}
+
+/// A buy of 60 at 240.00 tells of a stored one of 100 at 250.00, of which 30 have traded.
+OrderSpec EventOf(std::int16_t code, std::int16_t status = 0) {
+    return {.messageCode = code,
+            .quantity = 60,
+            .price = 24000,
+            .hasStored = true,
+            .storedQuantity = 100,
+            .storedPrice = 25000,
+            .storedFilled = 30,
+            .storedStatus = status};
+}
+
+TEST(Event, MovesWhatItTellsOf) {
+    constexpr const char* kNothing = "0 0, 0 0; 0 0";
+    const struct {
+        std::vector<std::int16_t> codes;
+        std::vector<std::int16_t> states;
+        const char* figures;
+    } cases[] = {
+        {{2000, 2150, 30160}, {0}, "60 1440000, 0 0; 1440000 0"},
+        {{2012}, {0}, "0 -60000, 0 0; -60000 0"},
+        {{2040}, {0}, "-10 -310000, 0 0; -310000 0"},
+        {{2042}, {0}, "10 310000, 0 0; 310000 0"},
+        {{2155, 2156, 2075, 2076, 2231, 9002}, {0}, "-70 -1750000, 0 0; -1750000 0"},
+        {{2222}, {0, 1, 4}, "0 -60000, 60 1440000; -1500000 1440000"},
+        {{2222}, {2, 8, 10}, "60 1440000, 60 1440000; 0 1440000"},
+        {{2286, 2288}, {0}, "-60 -1500000, -60 -1500000; 0 0"},
+        {{2286, 2288}, {2, 8}, kNothing},
+        {{2223}, {0, 0x20}, "0 0, 0 0; 0 2400000"},
+        {{2223}, {1, 0x10, 0x4000}, "40 960000, 40 960000; 0 2400000"},
+        {{5440}, {0}, "-100 -2500000, -100 -2500000; 0 0"},
+        {{5445}, {0}, "-40 -1060000, -40 -1060000; 0 1440000"},
+        {{31000}, {0x40, 1, 2, 8, 0x80, 0x800}, "100 2500000, 0 0; 2500000 0"},
+        {{31000}, {0x100}, "30 750000, 0 0; 750000 0"},
+        {{31000}, {0, 3, 4, 0x10, 0x41, 0x101, 0x200, -1}, kNothing},
+        {{2070, 2072, 2073, 2074, 2154, 2212, 2282, 2287}, {0}, kNothing},
+    };
+    for (const auto& c : cases) {
+        for (const std::int16_t code : c.codes) {
+            for (const std::int16_t state : c.states) {
+                SCOPED_TRACE(testing::Message() << code << " of an order in state " << state);
+                CScenario s;
+                for (const int mask : {2, 3}) s.House(static_cast<std::int16_t>(mask));
+                const EventAnswer answer = s.Event(EventOf(code, state));
+                EXPECT_EQ(answer.result, 0);
+                EXPECT_EQ(answer.text, "");
+                EXPECT_EQ(FiguresEverywhere(s), c.figures);
+                const bool effect = std::strcmp(c.figures, kNothing) != 0;
+                if (effect) {
+                    EXPECT_EQ(answer.limitRows.size(), 8) << "each row once";
+                }
+            }
+        }
+    }
+}
+
+TEST(Event, TakesAPartAMarketPriceAndTheModeIntoAccount) {
+    CScenario mode1({.positionMode = 1});
+    mode1.House();
+    mode1.Event(EventOf(2222, 2));
+    EXPECT_EQ(Figures(mode1), "0 -60000, 60 1440000; -1500000 1440000") << "mode 1 doesn't ask for the state";
+
+    CScenario s;
+    s.House();
+    s.Market(kMaskNseCash, 2885, 24900, 25100, 25050, 25000);
+    OrderSpec end = EventOf(2075);
+    end.storedPrice = 0;
+    s.Event(end);
+    EXPECT_EQ(Figures(s), "-70 -1757000, 0 0; -1757000 0") << "went in at the offer";
+
+    for (const auto& [exchangeMask, cancelled, left] : {std::tuple{8, 20, -20}, {8, 0, -70}, {1, 20, -70}}) {
+        CScenario part;
+        for (const int mask : {3, 0x11}) part.House(static_cast<std::int16_t>(mask));
+        OrderSpec of = EventOf(2075);
+        of.exchangeMask = static_cast<std::int16_t>(exchangeMask);
+        std::vector<char> request = MakeRequest(of);
+        reinterpret_cast<tagOrderRequest*>(request.data() + sizeof(tagSurveillanceInfo))->cancelledQuantity = cancelled;
+        part.SendEvent(request);
+        EXPECT_EQ(part.Row("C1", exchangeMask == 8 ? 0x11 : 3).usedPendingOrder, left * 25000.0);
+    }
+}
+
+/// An event can't be refused for what it tells of: the host has seen it happen. So each answer is a figure.
+TEST(Event, OfSomethingUnknownCountsAsToldAndComesRightWithTheRest) {
+    const OrderSpec order{.messageCode = 2000};
+    OrderSpec end = order, trade = order, bare = order;
+    end.messageCode = 2075, trade.messageCode = bare.messageCode = 2222;
+    end.hasStored = trade.hasStored = true;
+    end.storedQuantity = trade.storedQuantity = 100, end.storedPrice = trade.storedPrice = 25000;
+    OrderSpec nothing = end, correction = order, unknown = order;
+    nothing.hasStored = false, unknown.messageCode = 5440;
+    correction.messageCode = 5445;
+    const struct {
+        const char* what;
+        std::vector<OrderSpec> events;
+        const char* figures;
+    } cases[] = {
+        {"an end without its order's record", {order, nothing}, "100 2500000, 0 0; 2500000 0"},
+        {"a trade ahead of its order", {trade}, "0 0, 100 2500000; -2500000 2500000"},
+        {"and its order behind it", {trade, order}, "100 2500000, 100 2500000; 0 2500000"},
+        {"an end twice", {order, end, end}, "-100 -2500000, 0 0; -2500000 0"},
+        {"a trade without its order's record", {order, bare}, "100 5000000, 100 2500000; 2500000 2500000"},
+        {"the end of a trade without the trade", {unknown}, "0 0, 0 0; 0 0"},
+        {"a new trade for none", {correction}, "100 2500000, 100 2500000; 0 2500000"},
+    };
+    for (const auto& c : cases) {
+        CScenario s;
+        s.House();
+        for (const OrderSpec& event : c.events) EXPECT_EQ(s.Event(event).result, 0);
+        EXPECT_EQ(FiguresEverywhere(s), c.figures) << c.what;
+    }
+}
+
+TEST(Event, ThatCannotBePlacedLeavesNoTrace) {
+    using Edit = void (*)(OrderSpec&);
+    const struct {
+        Edit edit;
+        const char* text;
+    } cases[] = {
+        {[](OrderSpec& e) { e.messageCode = 9999; }, "Invalid Message Code"},
+        {[](OrderSpec& e) { e.messageCode = 0; }, "Invalid Message Code"},
+        {[](OrderSpec& e) { e.exchangeMask = 0; }, ""},
+        {[](OrderSpec& e) { e.exchangeMask = 3; }, ""},
+        {[](OrderSpec& e) { e.exchangeMask = kMaskMcx, e.strikePrice = 100; }, ""},
+        {[](OrderSpec& e) { e.messageCode = 31000, e.hasStored = false; }, ""},
+        {[](OrderSpec& e) { e.dealer = "DX", e.group = "GX"; }, "Limits not Set or Invalid Dealer Code : DX "},
+        {[](OrderSpec& e) { e.group = "GX", e.family = "FX"; }, "Limits not Set or Invalid Group Code : GX "},
+        {[](OrderSpec& e) { e.family = "FX", e.client = "CX"; }, "Limits not Set or Invalid Family Code : FX "},
+        {[](OrderSpec& e) {
+             e.client = "CX", e.subClient = "SX", e.clientType = 1;
+             e.subClientType = 12;
+         },
+         "Limits not Set or Invalid Client Code : CX "},
+        {[](OrderSpec& e) { e.subClient = "SX", e.subClientType = 12; },
+         "Limits not Set or Invalid Sub Client Code : SX "},
+    };
+    for (const auto& c : cases) {
+        CScenario s({.featureBits = 0x10});
+        s.House();
+        s.Event({});
+        const std::string before = s.Dump();
+        OrderSpec event;
+        c.edit(event);
+        const EventAnswer answer = s.Event(event);
+        EXPECT_EQ(answer.result, -1) << c.text;
+        EXPECT_EQ(answer.text, c.text);
+        EXPECT_EQ(answer.errorCode, 0);
+        EXPECT_EQ(answer.timeStamp, *c.text ? CScenario::kNow : 0) << c.text;
+        EXPECT_TRUE(answer.limitRows.empty());
+        EXPECT_TRUE(s.Dump() == before) << c.text;
+    }
+    CScenario rootless;
+    for (const char* entity : {"G1", "D1", "C1"}) rootless.Limit(entity, 3);
+    EXPECT_EQ(rootless.Event({}).text, "Limits not Set or Invalid dealer Code : - ");
+    EXPECT_EQ(Figures(rootless), "0 0, 0 0; 0 0");
+}
+
+TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
+    CScenario s, whole;
+    for (CScenario* each : {&s, &whole}) each->House();
+    const OrderSpec strangers{.group = "GX", .client = "CX"};
+    EXPECT_EQ(s.Event(strangers).result, -1);
+    EXPECT_EQ(s.Event(strangers, true).result, 0);
+    whole.Event({});
+    for (const char* entity : kHouse) {
+        const bool dealer = std::string_view{entity} == "D1";
+        EXPECT_EQ(Figures(s, entity), dealer ? Figures(whole, entity) : "0 0, 0 0; 0 0") << entity;
+    }
+}
+
+/// Without risk parameters mode 1 doesn't take an event; any other takes it without margin.
+TEST(Event, WithoutRiskParameters) {
+    for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {
+        CScenario s({.rpfMarginMode = 1, .positionMode = mode});
+        for (const int mask : {5, 0xD}) s.House(static_cast<std::int16_t>(mask));
+        OrderSpec future{.exchangeMask = kMaskNseDerivatives, .token = 50, .series = "XX"};
+        future.productType = 0, future.expiryDate = 1'000'000'000, future.underlyingToken = 5;
+        future.levelMarginFlags = 0x1F;
+        const EventAnswer answer = s.Event(future);
+        EXPECT_EQ(answer.result, 0);
+        EXPECT_EQ(answer.errorCode, mode == 1 ? -317 : 0);
+        EXPECT_EQ(answer.text, mode == 1 ? "RPF Details not available" : "");
+        EXPECT_EQ(s.Row("C1", 5).usedPendingOrder, mode == 1 ? 0 : 2'500'000.0);
+        EXPECT_EQ(s.Row("C1", 0xD).usedMarginOrder, 0);
+    }
+}
+
+}  // namespace
+}  // namespace surv::test
