@@ -1,6 +1,7 @@
 #include "margin/risk_parameters.h"
 
 #include <cmath>
+#include <type_traits>
 
 namespace surv {
 namespace {
@@ -10,7 +11,8 @@ bool IsFinite(const tagRPFUnderlyingRecord& record) {
 }
 
 bool IsFinite(const tagRPFContractRecord& record) {
-    for (std::size_t i = 0; i < std::size(record.riskArray); ++i) {
+    constexpr std::size_t kLosses = std::extent_v<decltype(tagRPFContractRecord::riskArray)>;
+    for (std::size_t i = 0; i < kLosses; ++i) {  // no reference to the whole array: the record is packed
         if (!std::isfinite(record.riskArray[i])) return false;
     }
     return std::isfinite(record.contractPrice) && std::isfinite(record.compositeDelta);

@@ -5,8 +5,7 @@ namespace surv {
 std::tm CClock::LocalNow() const {
     const std::time_t now = Now();
     std::tm local{};
-    ::localtime_r(&now, &local);
-    return local;
+    return ::localtime_r(&now, &local) ? local : std::tm{};  // a time beyond all years may leave anything behind
 }
 
 std::int32_t CClock::TradingDayBase() const {

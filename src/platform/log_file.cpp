@@ -9,7 +9,7 @@ namespace surv {
 
 std::string SurvLogFileName(const CClock& clock) {
     const std::tm now = clock.LocalNow();
-    return Format("SurvDllLog_%uY%02uM%02uD~%02uh%02um%02us.log", static_cast<unsigned>(now.tm_year + 1900),
+    return Format("SurvDllLog_%uY%02uM%02uD~%02uh%02um%02us.log", static_cast<unsigned>(now.tm_year) + 1900U,
                   static_cast<unsigned>(now.tm_mon + 1), static_cast<unsigned>(now.tm_mday),
                   static_cast<unsigned>(now.tm_hour), static_cast<unsigned>(now.tm_min),
                   static_cast<unsigned>(now.tm_sec));
