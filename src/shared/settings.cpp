@@ -37,7 +37,8 @@ void CAutoSquareOffSettings::Set(std::int16_t kind, std::int16_t exchangeMask, s
 
 std::int16_t CAutoSquareOffSettings::Get(Kind kind, std::int16_t exchangeMask) const {
     const SquareOffPlace* place = FindPlace(exchangeMask);
-    return place ? values_[kind][place->place[kind]] : std::int16_t{0};
+    const auto row = static_cast<std::size_t>(kind);
+    return place ? values_[row][place->place[row]] : std::int16_t{0};
 }
 
 void Settings::WidenMtmClasses(std::int16_t mask) {
