@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 
 #include "surveillance/codes.h"
@@ -20,8 +21,10 @@ constexpr std::uint8_t kLotWeight = 16;
 constexpr std::int64_t kNow = 1'763'695'800;
 
 /// A fault that no sanitizer sees.
-void Demand(bool holds) {
-    if (!holds) std::abort();
+void Demand(bool holds, int line = __builtin_LINE()) {
+    if (holds) return;
+    std::fprintf(stderr, "house.cpp:%d: does not hold\n", line);
+    std::abort();
 }
 
 template <std::size_t Width>
