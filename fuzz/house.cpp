@@ -407,7 +407,11 @@ void CHouse::Order(char kind, CInput& input) {
     FreeRows<tagBreachRow>(rollbackRows);
     Demand(::strnlen(error.errorText, sizeof error.errorText) < sizeof error.errorText);
     Demand(IsKnownStatus(status) && breachRows.IsEmpty());
-    if (probe || result != 0 || status != surv::status::kPass) Demand(Rows() == before);
+    // A level that was only updated keeps the order after a refusal. The call itself may have cleared flags.
+    constexpr std::uint8_t kEveryLevel = 0b0011'1110;
+    const bool allChecked = (request->levelCheckFlags & kEveryLevel) == kEveryLevel;
+    const bool refused = result != 0 || status != surv::status::kPass;
+    if (probe || (refused && allChecked)) Demand(Rows() == before);
 }
 
 /// The length that the call is told is that of the buffer; the head may claim another.
