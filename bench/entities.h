@@ -41,4 +41,20 @@ inline BKSurveillanceLimitDefTag FarLimits(const char* entity, std::int16_t mask
     return row;
 }
 
+/// A position row of 100 shares bought at 250.00, by the level that it is for and the account that holds it.
+inline BKExposureTag HeldRow(const char* level, const char* account, std::int32_t token) {
+    BKExposureTag row{};
+    std::memcpy(row.levelCode, level, ::strnlen(level, sizeof row.levelCode - 1));
+    std::memcpy(row.accountCode, account, ::strnlen(account, sizeof row.accountCode - 1));
+    row.marketSegment = 1;
+    row.limitMask = 3;
+    row.token = token;
+    row.clientLevelType = 2;
+    row.priceMultiplier = 1;
+    row.lastPrice = 25000;
+    row.tradedBuyQty = row.orderBuyQty = 100;
+    row.tradedBuyValue = row.orderBuyValue = 2'500'000;
+    return row;
+}
+
 }  // namespace surv::bench

@@ -26,17 +26,7 @@ struct StartRows {
             Code code;
             ClientCode(client, code);
             limits.AddTail(new BKSurveillanceLimitDefTag(FarLimits(code, 3)));
-            auto* row = new BKExposureTag{};
-            std::memcpy(row->levelCode, code, sizeof code);
-            std::memcpy(row->accountCode, code, sizeof code);
-            row->marketSegment = 1;
-            row->limitMask = 3;
-            row->token = 1 + client % kScrips;
-            row->clientLevelType = 2;
-            row->priceMultiplier = 1;
-            row->tradedBuyQty = row->orderBuyQty = 100;
-            row->tradedBuyValue = row->orderBuyValue = 2'500'000;
-            positions.AddTail(row);
+            positions.AddTail(new BKExposureTag(HeldRow(code, code, 1 + client % kScrips)));
         }
     }
 };

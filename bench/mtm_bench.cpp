@@ -30,18 +30,8 @@ class CBroadcastHouse {
             for (const int mask : {3, 0x1FF}) {
                 limits.AddTail(new BKSurveillanceLimitDefTag(FarLimits(code, static_cast<std::int16_t>(mask))));
             }
-            auto* row = new BKExposureTag{};
-            std::memcpy(row->levelCode, code, sizeof code);
-            std::memcpy(row->accountCode, code, sizeof code);
-            row->marketSegment = 1;
-            row->limitMask = 3;
-            row->token = client < holders ? kTicked : kOthers + client % 500;
-            row->clientLevelType = 2;
-            row->priceMultiplier = 1;
-            row->lastPrice = 25000;
-            row->tradedBuyQty = row->orderBuyQty = 100;
-            row->tradedBuyValue = row->orderBuyValue = 2'500'000;
-            positions.AddTail(row);
+            const std::int32_t token = client < holders ? kTicked : kOthers + client % 500;
+            positions.AddTail(new BKExposureTag(HeldRow(code, code, token)));
         }
         library_.Start({.mtmMode = 1, .positionMode = 2}, {.limits = &limits, .exposures = &positions});
     }

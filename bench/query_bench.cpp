@@ -27,20 +27,10 @@ class CScreenHouse {
         limits.AddTail(new BKSurveillanceLimitDefTag(FarLimits("HOUSE", 3)));
         for (int account = 0; account < accounts; ++account) {
             for (int held = 0; held < kHeld; ++held) {
-                auto* row = new BKExposureTag{};
                 Code code;
                 ClientCode(account, code);
-                std::memcpy(row->levelCode, "HOUSE", 5);
-                std::memcpy(row->accountCode, code, sizeof code);
-                row->marketSegment = 1;
-                row->limitMask = 3;
-                row->token = 1 + (account * kHeld + held) % kScrips;
-                row->clientLevelType = 2;
-                row->priceMultiplier = 1;
-                row->lastPrice = 25000;
-                row->tradedBuyQty = row->orderBuyQty = 100;
-                row->tradedBuyValue = row->orderBuyValue = 2'500'000;
-                positions.AddTail(row);
+                const std::int32_t token = 1 + (account * kHeld + held) % kScrips;
+                positions.AddTail(new BKExposureTag(HeldRow("HOUSE", code, token)));
             }
         }
         library_.Start({.positionMode = 2}, {.limits = &limits, .exposures = &positions});

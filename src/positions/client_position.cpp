@@ -6,7 +6,7 @@ void CClientPosition::ApplyOrder(const tagOrderInfoForSurv& order, const TreeCon
     if (order.IsConversion()) {
         position.ApplyChange(order);
     } else {
-        position.ApplyAddition(order);
+        position.Update11(order);
     }
     position.data.ownerInfo = clientExposure->ownerInfo.get();
 }

@@ -36,13 +36,6 @@ CSurvPosition* CExposureDetails::FindOrReport(const PositionKey& key) {
     return position;
 }
 
-std::int16_t CExposureDetails::RestorePosition(const PositionKey& key) {
-    CSurvPosition* position = FindOrReport(key);
-    if (!position) return kNotDone;
-    position->RestorePosition();
-    return kDone;
-}
-
 void CExposureDetails::AddRow(const BKExposureTag& row, const tagSurvPositionData& data, CUndoLog& undo) {
     const PositionKey key{SegmentToExchangeMask(row.marketSegment), RowFamily(row), row.token};
     CSurvPosition& position = positions.FindOrMake(key);

@@ -30,8 +30,6 @@ class CExposureDetails {
     CSurvPosition& CommitAt(const PositionKey& key, const tagOrderInfoForSurv& order, CUndoLog& undo);
     /// As CommitPosition; leg 1 of a two-leg order takes the two-leg arithmetic.
     CSurvPosition& CommitLegPosition(const tagOrderInfoForSurv& order, int leg, CUndoLog& undo);
-    /// Gives back the saved image. -1 for a missing key.
-    std::int16_t RestorePosition(const PositionKey& key);
     /// A position row: a new key takes its figures, an existing one adds them.
     void AddRow(const BKExposureTag& row, const tagSurvPositionData& data, CUndoLog& undo);
 

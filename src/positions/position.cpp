@@ -137,14 +137,6 @@ double LotWeightedValue(const tagMarginRateBlock& rates, std::int64_t quantity, 
 }
 
 void CSurvPosition::Update11(const tagOrderInfoForSurv& order) {
-    const bool conversion = order.IsConversion();
-    // A change keeps the image from before its reversal, also when it takes the whole quantity away.
-    const bool reversed = order.prevQuantity != 0 && (order.quantity != 0 || HasSavedPosition());
-    if (!conversion && !reversed) SavePosition();
-    PutIn(order);
-}
-
-void CSurvPosition::PutIn(const tagOrderInfoForSurv& order) {
     if (order.lastTradedPrice != 0) data.lastPrice = order.lastTradedPrice;
 
     const bool conversion = order.IsConversion();
@@ -162,11 +154,6 @@ void CSurvPosition::PutIn(const tagOrderInfoForSurv& order) {
 }
 
 void CSurvPosition::ReversePositions(const tagOrderInfoForSurv& order) {
-    SavePosition();
-    TakeOut(order);
-}
-
-void CSurvPosition::TakeOut(const tagOrderInfoForSurv& order) {
     const Amount amount = OldAmount(order);
     Totals own = Own(data, order);
     own.TakeFromOrders(amount);
@@ -176,11 +163,6 @@ void CSurvPosition::TakeOut(const tagOrderInfoForSurv& order) {
 }
 
 void CSurvPosition::ApplyMarginPlusLeg(const tagOrderInfoForSurv& order) {
-    SavePosition();
-    PutInLeg(order);
-}
-
-void CSurvPosition::PutInLeg(const tagOrderInfoForSurv& order) {
     if (order.lastTradedPrice != 0) data.lastPrice = order.lastTradedPrice;
 
     const bool fill = IsFill(order.orderEventKind);
@@ -206,11 +188,6 @@ void CSurvPosition::PutInLeg(const tagOrderInfoForSurv& order) {
 }
 
 void CSurvPosition::ReverseMarginPlusLeg(const tagOrderInfoForSurv& order) {
-    SavePosition();
-    TakeOutLeg(order);
-}
-
-void CSurvPosition::TakeOutLeg(const tagOrderInfoForSurv& order) {
     Totals own = Own(data, order);
     const Amount open = AtDistance(order.prevQuantity, order.firstLegPrice, order.prevPrice);
     if (order.marginPlusLeg != kSecondLeg) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "shared/order.h"
 
@@ -61,18 +60,11 @@ enum class GrossMode : std::uint8_t { kNetted = 0, kBuyPlusSell = 1 };
 /// What one holder has done in one scrip in one period. The smallest unit of exposure.
 ///
 /// A change of an order is ReversePositions with the old figures, then Update11 with the new ones; a trade is the
-/// same pair. There is one level of undo: save, change, then restore or discard.
+/// same pair. Whoever may have to put a change back keeps the figures in the undo log.
 class CSurvPosition {
  public:
     CSurvPosition() = default;
     explicit CSurvPosition(const tagSurvPositionData& figures) : data(figures) {}
-    /// A copy takes no undo image along, and an assignment leaves the target's own image as it was.
-    CSurvPosition(const CSurvPosition& other) : data(other.data) {}
-    CSurvPosition& operator=(const CSurvPosition& other) {
-        data = other.data;
-        return *this;
-    }
-    ~CSurvPosition() = default;
 
     tagSurvPositionData data;
 
@@ -81,31 +73,19 @@ class CSurvPosition {
     void Update11(const tagOrderInfoForSurv& order);
     /// Takes the order's previous quantity and price out.
     void ReversePositions(const tagOrderInfoForSurv& order);
-    /// Both at once, and for good: whoever calls it keeps an image of its own if one is wanted.
     void ApplyChange(const tagOrderInfoForSurv& order) {
-        TakeOut(order);
-        PutIn(order);
+        ReversePositions(order);
+        Update11(order);
     }
-    /// The new figures alone, for good.
-    void ApplyAddition(const tagOrderInfoForSurv& order) { PutIn(order); }
-    /// The same two for a two-leg order.
+    /// The same for a two-leg order.
     void ApplyMarginPlusLeg(const tagOrderInfoForSurv& order);
     void ReverseMarginPlusLeg(const tagOrderInfoForSurv& order);
     void ApplyLegChange(const tagOrderInfoForSurv& order) {
-        TakeOutLeg(order);
-        PutInLeg(order);
+        ReverseMarginPlusLeg(order);
+        ApplyMarginPlusLeg(order);
     }
     /// Even if the order's last traded price is 0.
     void SetLastPrice(const tagOrderInfoForSurv& order) { data.lastPrice = order.lastTradedPrice; }
-
-    /// A second save overwrites the image.
-    void SavePosition() { saved_ = std::make_unique<tagSurvPositionData>(data); }
-    void RestorePosition() {
-        if (saved_) data = *saved_;
-        saved_.reset();
-    }
-    void DiscardSavedPosition() { saved_.reset(); }
-    [[nodiscard]] bool HasSavedPosition() const { return saved_ != nullptr; }
 
     // Data movement -----------------------------------------------------------------------------------------
     /// Copies the figures out; then shortens the '+' code of the owner record itself.
@@ -196,14 +176,6 @@ class CSurvPosition {
         return data.scripInfo ? data.scripInfo->contract.caLevel : std::int16_t{0};
     }
     [[nodiscard]] bool IsOption() const { return data.scripInfo && data.scripInfo->contract.strikePrice >= 1; }
-
- private:
-    void TakeOut(const tagOrderInfoForSurv& order);
-    void PutIn(const tagOrderInfoForSurv& order);
-    void TakeOutLeg(const tagOrderInfoForSurv& order);
-    void PutInLeg(const tagOrderInfoForSurv& order);
-
-    std::unique_ptr<tagSurvPositionData> saved_;  ///< the undo image, while a change is in progress
 };
 
 }  // namespace surv

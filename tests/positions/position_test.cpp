@@ -68,7 +68,6 @@ TEST(Position, ChangesReachTheSidesOfTheProductAndTheEvent) {
             CSurvPosition position;
             (position.*c.change)(order);
             EXPECT_EQ(Totals(position.data, buySell == kBuy), c.totals);
-            EXPECT_EQ(position.HasSavedPosition(), c.change != kUpdate);
         }
     };
     for (const auto& c : cases) {
@@ -111,36 +110,6 @@ TEST(Position, McxValuesAreWeightedByLot) {
         EXPECT_EQ(taken.data.orderBuyValue, c.taken) << c.name;
     }
     EXPECT_EQ(RoundTo(-12.345, 2), -12.35) << "half away from zero";
-}
-
-TEST(Position, RestoreGivesBackTheStateBeforeTheWholeChange) {
-    const struct {
-        const char* name;
-        std::int16_t productType;
-        int prevQuantity, quantity;
-        bool reverseFirst, restores;
-    } cases[] = {
-        {"new order", 1, 0, 10, false, true},
-        {"change", 1, 3, 10, true, true},
-        {"cancel", 1, 3, 0, true, true},
-        {"cancel without a reversal", 1, 3, 0, false, true},
-        {"addition alone", 1, 3, 10, false, false},
-        {"conversion", 0x10, 0, 10, true, true},
-        {"target of a conversion", 0x10, 0, 10, false, false},
-    };
-    for (const auto& c : cases) {
-        tagOrderInfoForSurv order = Order(c.productType, 0, event::kTrade);
-        order.prevQuantity = c.prevQuantity, order.quantity = c.quantity;
-        order.price = order.prevPrice = 50, order.lastTradedPrice = 51;
-        CSurvPosition position(tagSurvPositionData{.lastPrice = 9, .orderBuyQty = 20, .mtmValue = 6});
-        if (c.reverseFirst) position.ReversePositions(order);
-        position.Update11(order);
-        position.data.mtmValue = 99;
-        position.RestorePosition();
-        EXPECT_EQ(position.data.lastPrice, c.restores ? 9 : 51) << c.name;
-        EXPECT_EQ(position.data.mtmValue, c.restores ? 6 : 99) << c.name;
-        EXPECT_EQ(Totals(position.data), c.restores ? "20@0 0@0 | 0@0 0@0 " : "30@50000 10@50000 | 0@0 0@0 ") << c.name;
-    }
 }
 
 TEST(Position, LastPriceAndLinksFollowTheOrder) {
