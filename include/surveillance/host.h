@@ -1,7 +1,8 @@
 #pragma once
 
-// What a host gives the library besides calls: a window for its texts and, for replay and tests, a clock. And what
-// a host does with the rows it gets.
+/// @file
+/// What a host gives the library besides calls: a window for its texts and, for replay and tests, a clock. And what
+/// a host does with the rows it gets.
 
 #include <cstdint>
 
@@ -16,8 +17,9 @@ using HostWindowFunction = void (*)(void* context, unsigned message, unsigned wP
 /// A null function drops every text from then on.
 SURVEILLANCE_API void SetHostWindow(HostWindowFunction window, void* context) noexcept;
 
-/// Gives calendar seconds (UTC epoch). A null function puts the real clock back.
+/// Gives calendar seconds (UTC epoch).
 using HostClockFunction = std::int64_t (*)(void* context);
+/// A null function puts the real clock back.
 SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexcept;
 
 // Rows in lists. Each was made with new of its record type; the host frees them, as here, once it has read them:
