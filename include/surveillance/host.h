@@ -5,13 +5,14 @@
 /// a host does with the rows it gets.
 
 #include <cstdint>
+#include <string_view>
 
 #include "surveillance/containers.h"
 #include "surveillance/records.h"
 #include "surveillance/surveillance.h"
 
 /// Receives a text: message 1131, wParam 5. It is called on the host's own thread, inside the call that has
-/// something to say, and the text is good only until it returns.
+/// something to say. It must call no function of the library, and the text is good only until it returns.
 using HostWindowFunction = void (*)(void* context, unsigned message, unsigned wParam, const char* text);
 
 /// A null function drops every text from then on.
@@ -49,6 +50,23 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // The lists of securities, holdings and sale-against-receipt shares are read only, in every mode: the host frees their
 // rows after the call. They are read once all limit rows are loaded, so a start that failed at a position row is tried
 // again without them: holdings of the same ISIN add up.
+
+/// A limit row that limits nothing: -1 in its thirteen limits and eight multipliers, for in a row of zeroes each of
+/// them is a limit of 0. The host sets those that it wants.
+inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::int32_t token, std::int16_t limitMask) {
+    BKSurveillanceLimitDefTag row{};
+    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode - 1);
+    row.token = token;
+    row.limitMask = limitMask;
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.marginLimit = -1;
+    row.maxSingleOrderValue = row.minSingleOrderValue = -1;
+    row.maxSingleOrderQty = row.minSingleOrderQty = row.netQuantityLimit = -1;
+    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
+    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
+    row.mtmLossMultiplier = row.marginMultiplier = -1;
+    return row;
+}
 
 /// Empties a list and frees its rows.
 template <class Row>

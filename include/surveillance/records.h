@@ -383,14 +383,14 @@ struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
     double marginLimit;                     ///< 114  paise; compared, divided by 100, with margins in rupees
     double baseFund;                        ///< 122  paise; the fund allocated to the entity
     std::int32_t netQuantityLimit;          ///< 130  shares or units of one scrip
-    std::int32_t grossExposureMultiplier;   ///< 134  ten-thousandths: 10000 = one times the fund; -1 = none
-    std::int32_t netExposureMultiplier;     ///< 138  the same
-    std::int32_t netSaleExposureMultiplier; ///< 142  the same
-    std::int32_t netPositionMultiplier;     ///< 146  the same
-    std::int32_t turnoverMultiplier;        ///< 150  the same
+    std::int32_t grossExposureMultiplier;   ///< 134  ten-thousandths of the fund: 10000 = one times it; -1 = none
+    std::int32_t netExposureMultiplier;     ///< 138  ten-thousandths of the fund, as above
+    std::int32_t netSaleExposureMultiplier; ///< 142  ten-thousandths of the fund, as above
+    std::int32_t netPositionMultiplier;     ///< 146  ten-thousandths of the fund, as above
+    std::int32_t turnoverMultiplier;        ///< 150  ten-thousandths of the fund, as above
     std::int32_t pendingOrderMultiplier;    ///< 154  stored, applied by no rebuild
-    std::int32_t mtmLossMultiplier;         ///< 158  ten-thousandths, as above
-    std::int32_t marginMultiplier;          ///< 162  the same
+    std::int32_t mtmLossMultiplier;         ///< 158  ten-thousandths of the fund, as above
+    std::int32_t marginMultiplier;          ///< 162  ten-thousandths of the fund, as above
     std::int32_t rowOption;                 ///< 166  carried
     std::uint8_t limitOptions;              ///< 170  bits: 0 retainMultiplier, 1 carried, 2 premiumInMargin, 3 grossBasis, 4 exposureMarginInLimit, 5 collateralInFund, 6 saleCreditInFund
     double usedGrossOrder;                  ///< 171  paise; orders and trades, like all four below
@@ -753,8 +753,8 @@ struct [[gnu::packed]] tagTokenPriceRecord {  // 42 bytes
     char symbol[13];                        ///<   6  of the scrip
     char series[3];                         ///<  19  of the scrip
     std::int32_t priceA;                    ///<  22  paise; written by the broadcast, read by nothing
-    std::int32_t priceB;                    ///<  26  the same
-    std::int32_t priceC;                    ///<  30  the same
+    std::int32_t priceB;                    ///<  26  paise; as priceA
+    std::int32_t priceC;                    ///<  30  paise; as priceA
     std::int32_t closePrice;                ///<  34  paise
     std::int32_t lastTradedPrice;           ///<  38  paise
 };
@@ -784,8 +784,8 @@ struct [[gnu::packed]] tagBcastMBOOrMBPTouchline {  // 141 bytes
     char host99[26];
     std::int32_t closePrice;                ///< 125  paise
     std::int32_t priceA;                    ///< 129  paise; stored, and passed on to the token's price record
-    std::int32_t priceB;                    ///< 133  the same
-    std::int32_t priceC;                    ///< 137  the same
+    std::int32_t priceB;                    ///< 133  paise; as priceA
+    std::int32_t priceC;                    ///< 137  paise; as priceA
 };
 static_assert(sizeof(tagBcastMBOOrMBPTouchline) == 141 && std::is_trivially_copyable_v<tagBcastMBOOrMBPTouchline> &&
               std::is_standard_layout_v<tagBcastMBOOrMBPTouchline>);

@@ -63,7 +63,7 @@ SURVEILLANCE_API CPtrList* GetTransactionLogList() noexcept;
 
 /// Judges an order before it goes out. request: see tagSurveillanceInfo for its variable part. status: see
 /// surv::status. limitRows: on a pass one row for each limit row touched (probe: tagBreachRow of every breach);
-/// rollbackRows: on a refusal the tagBreachRow rows of the levels undone. probe 1: try every level, keep nothing.
+/// rollbackRows: of a probe the same once more, by level. probe 1: try every level, keep nothing.
 /// Returns 0 also for a refusal; -1 for an unknown message code (status 1), a record without an exchange mask, or a
 /// null request, error record or status.
 SURVEILLANCE_API short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, short* status,
