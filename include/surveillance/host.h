@@ -55,7 +55,7 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 /// them is a limit of 0. The host sets those that it wants.
 inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::int32_t token, std::int16_t limitMask) {
     BKSurveillanceLimitDefTag row{};
-    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode - 1);
+    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode);
     row.token = token;
     row.limitMask = limitMask;
     row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;

@@ -366,7 +366,7 @@ struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
     std::int16_t messageKind;               ///<   9  in the message head; 13 on a change of the limit values alone
     char host11[13];
     std::int32_t rowStamp;                  ///<  24  carried
-    char entityCode[8];                     ///<  28  "-" the house
+    char entityCode[8];                     ///<  28  "-" the house; 8 characters are not terminated
     std::int16_t entityLevel;               ///<  36  level type of the entity
     std::int16_t subLevel;                  ///<  38  -1 counts as 0
     std::int32_t token;                     ///<  40  a scrip, a scrip group, or -9 for all securities
