@@ -11,6 +11,7 @@
 #include "limits/limit_rules.h"
 #include "limits/row_masks.h"
 #include "orderpath/hierarchy.h"
+#include "orderpath/product_table.h"
 #include "shared/refusal_table.h"
 
 namespace {
@@ -167,6 +168,24 @@ void PrintHierarchy() {
     std::cout << '\n';
 }
 
+void PrintProducts() {
+    std::cout << R"(## Products
+
+What a product is called in the texts of the next section, the value that `productFlags` of a scrip and `allowedProducts`
+of a preference hold for it, and whether the holder's preference is asked there. For the other products the preferences
+of the client and the dealer are asked at their levels.
+
+| productType | Name | For an own account | Value | Preference asked |
+|---|---|---|---|---|
+)";
+    for (const ProductPolicy& policy : kProducts) {
+        const char* own = policy.ownAccountName;
+        std::cout << "| " << policy.productType << " | " << policy.name << " | " << (own ? own : policy.name) << " | "
+                  << policy.flag << " | " << (own ? "yes" : "no") << " |\n";
+    }
+    std::cout << '\n';
+}
+
 const char* CodesOf(CodeUse use) {
     switch (use) {
         case CodeUse::kNone: return "not written";
@@ -290,10 +309,11 @@ int main() {
     PrintIntroduction();
     PrintHierarchy();
     PrintOrderRefusals(kMarketRefusals, "Asked once, before the policy; each text as `client|text`.");
+    PrintProducts();
     PrintOrderRefusals(
         kPolicyRefusals,
         "Ten tests in a fixed order (`kPolicyTests` in `src/orderpath/policy.cpp`); the text stands alone. "
-        "The words for a product are Margin+, MTF (MarginFunding for an own account), Delivery, Margin and AMO.");
+        "After-market orders without an overall preference are called AMO.");
     PrintOrderRefusals(
         kPreferenceRefusals,
         "Asked at each of the two levels before its rows. At the client, and after the square-off session, "

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "orderpath/policy_tests.h"
+#include "orderpath/product_table.h"
 #include "platform/format.h"
 #include "reference/preferences.h"
 #include "service/manager.h"
@@ -10,22 +11,6 @@ namespace surv {
 namespace {
 
 using Preference = tagClientRiskPreferenceInfoForSurv;
-
-/// The products that a scrip may be closed to, and two that a holder's preference must allow.
-struct ProductPolicy {
-    std::int16_t productType;
-    std::int16_t flag;  ///< in allowedProducts and productFlags
-    const char* name;
-    const char* ownAccountName;  ///< null: no preference is asked here
-};
-constexpr std::array kProducts{
-    ProductPolicy{product::kMarginPlus, 4, "Margin+", "Margin+"},
-    ProductPolicy{product::kMtf, 8, "MTF", "MarginFunding"},
-    ProductPolicy{product::kDelivery, 2, "Delivery", nullptr},
-    ProductPolicy{product::kAmoDelivery, 2, "Delivery", nullptr},
-    ProductPolicy{product::kMargin, 1, "Margin", nullptr},
-    ProductPolicy{product::kAmoMargin, 1, "Margin", nullptr},
-};
 
 const ProductPolicy* PolicyOf(std::int16_t productType) {
     const auto found = std::find_if(kProducts.begin(), kProducts.end(),
