@@ -44,18 +44,7 @@ bool LiveRows(const StartOptions& options) { return options.positionMode >= 2; }
 bool AdoptsRows(const StartOptions& options) { return LiveRows(options) || (options.flags & kOrderBased) != 0; }
 
 BKSurveillanceLimitDefTag LimitRow(std::string_view entity, std::int16_t mask, std::int32_t token) {
-    BKSurveillanceLimitDefTag row{};
-    SetText(row.entityCode, entity);
-    row.limitMask = mask;
-    row.token = token;
-    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;
-    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.marginLimit = -1;
-    row.maxSingleOrderValue = row.minSingleOrderValue = -1;
-    row.maxSingleOrderQty = row.minSingleOrderQty = row.netQuantityLimit = -1;
-    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
-    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
-    row.mtmLossMultiplier = row.marginMultiplier = -1;
-    return row;
+    return UnlimitedRow(entity, token, mask);
 }
 
 /// The contracts that the house has risk parameters of.

@@ -1,42 +1,46 @@
 #pragma once
 
-// The numbers that cross the boundary: segments, exchange masks, limit masks, products, event kinds, message
-// codes, answers. Values leave the process: add to them, never renumber.
+/// @file
+/// The numbers that cross the boundary: segments, exchange masks, limit masks, products, event kinds, message
+/// codes, answers. Values leave the process: add to them, never renumber.
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+/// The numbers of the boundary.
 namespace surv {
 
 // ---------------------------------------------------------------------------------------------------------------
 // Markets
 
+/// Market segments.
 enum class Segment : std::int16_t {
-    kNone = 0,
-    kNseEquity = 1,
-    kNseFutures = 2,
-    kNseOptions = 3,
-    kBseEquity = 4,
-    kBseFutures = 5,
-    kBseOptions = 6,
-    kMcxFutures = 7,
-    kNcdexFutures = 8,
+    kNone = 0,          ///< no market
+    kNseEquity = 1,     ///< NSE cash
+    kNseFutures = 2,    ///< NSE futures
+    kNseOptions = 3,    ///< NSE options
+    kBseEquity = 4,     ///< BSE cash
+    kBseFutures = 5,    ///< BSE futures
+    kBseOptions = 6,    ///< BSE options
+    kMcxFutures = 7,    ///< MCX futures
+    kNcdexFutures = 8,  ///< NCDEX futures
 };
 
-/// Exchange masks as the host sends them.
-inline constexpr std::int16_t kMaskNseCash = 1;
-inline constexpr std::int16_t kMaskNseDerivatives = 2;
-inline constexpr std::int16_t kMaskBseDerivatives = 4;
-inline constexpr std::int16_t kMaskBseCash = 8;
-inline constexpr std::int16_t kMaskMcx = 0x10;
-inline constexpr std::int16_t kMaskNcdex = 0x40;
+// Exchange masks as the host sends them.
+inline constexpr std::int16_t kMaskNseCash = 1;         ///< exchange mask
+inline constexpr std::int16_t kMaskNseDerivatives = 2;  ///< exchange mask
+inline constexpr std::int16_t kMaskBseDerivatives = 4;  ///< exchange mask
+inline constexpr std::int16_t kMaskBseCash = 8;         ///< exchange mask
+inline constexpr std::int16_t kMaskMcx = 0x10;          ///< exchange mask
+inline constexpr std::int16_t kMaskNcdex = 0x40;        ///< exchange mask
 
+/// What belongs to one segment.
 struct SegmentRow {
-    std::int16_t segment;
-    std::int16_t exchangeMask;
-    std::int16_t segmentBit;
+    std::int16_t segment;       ///< its number
+    std::int16_t exchangeMask;  ///< of the exchange that it is traded on
+    std::int16_t segmentBit;    ///< its bit in limit masks
 };
 
 /// Segment, exchange mask and segment bit belong together; the bit of segment n is 1 << n.
@@ -50,9 +54,12 @@ inline constexpr std::array kSegments{
     SegmentRow{7, kMaskMcx, 128},            // MCX futures
     SegmentRow{8, kMaskNcdex, 256},          // NCDEX futures
 };
+/// Segments in use.
 inline constexpr std::size_t kSegmentCount = kSegments.size();
 
+/// Tests of the tables.
 namespace detail {
+/// Each segment stands at its number.
 constexpr bool SegmentsAreDense() {
     for (std::size_t i = 0; i < kSegments.size(); ++i) {
         const auto number = static_cast<std::int16_t>(i + 1);
@@ -63,6 +70,7 @@ constexpr bool SegmentsAreDense() {
 }  // namespace detail
 static_assert(detail::SegmentsAreDense(), "one row per segment, in order, with its own bit");
 
+/// 1 to 8.
 constexpr bool IsSegment(std::int16_t segment) {
     return segment >= 1 && segment <= static_cast<std::int16_t>(kSegmentCount);
 }
@@ -93,22 +101,26 @@ constexpr std::int16_t SegmentOfContract(std::int16_t exchangeMask, std::int32_t
     }
 }
 
+/// NSE or BSE cash.
 constexpr bool IsCashExchange(std::int16_t exchangeMask) {
     return exchangeMask == kMaskNseCash || exchangeMask == kMaskBseCash;
 }
+/// The same by segment.
 constexpr bool IsCashSegment(std::int16_t segment) { return segment == 1 || segment == 4; }
 
 // ---------------------------------------------------------------------------------------------------------------
 // Limit masks: a set of segment bits; bit 0 is clear for the daily period, set for expiry or settlement.
 
-inline constexpr std::int16_t kSegmentBits = 0x1FE;
-inline constexpr std::int16_t kExpiryBit = 1;
+inline constexpr std::int16_t kSegmentBits = 0x1FE;  ///< the bits of all segments
+inline constexpr std::int16_t kExpiryBit = 1;        ///< set: expiry or settlement; clear: daily
 
+/// One limit mask.
 struct LimitMaskRow {
-    std::int16_t mask;
+    std::int16_t mask;       ///< segment bits and the expiry bit
     std::string_view label;  ///< what a refusal at a row of this mask ends in; blanks count
 };
 
+/// The limit masks in use.
 inline constexpr std::array kLimitMasks{
     LimitMaskRow{2, " of Equity ( NSE-Daily) "},         LimitMaskRow{3, " of Equity ( NSE-Settlement) "},
     LimitMaskRow{4, " of Futures ( NSE-Daily)"},         LimitMaskRow{5, " of Futures ( NSE-Expiry)"},
@@ -177,7 +189,11 @@ constexpr std::int16_t CombinedMaskToExchangeMask(std::int16_t mask) {
     }
 }
 
-enum class Period : std::int16_t { kExpiry = 1, kDaily = 2 };
+/// The two periods that positions and limits are kept for.
+enum class Period : std::int16_t {
+    kExpiry = 1,  ///< until expiry or settlement
+    kDaily = 2,   ///< of the day
+};
 
 /// The single-segment limit mask of a segment and a period.
 constexpr std::int16_t PeriodicityOf(std::int16_t segment, Period period) {
@@ -188,31 +204,31 @@ constexpr std::int16_t PeriodicityOf(std::int16_t segment, Period period) {
 // ---------------------------------------------------------------------------------------------------------------
 // Orders
 
-inline constexpr std::int16_t kBuy = 1;
-inline constexpr std::int16_t kSell = 2;
+inline constexpr std::int16_t kBuy = 1;   ///< buySell
+inline constexpr std::int16_t kSell = 2;  ///< buySell
 
 inline constexpr std::int16_t kProClientOwn = 2;  ///< proClient: 1 client, 2 own account
 
 /// productType. 0: the record named no product.
 namespace product {
-inline constexpr std::int16_t kNone = 0;
-inline constexpr std::int16_t kMargin = 1;
-inline constexpr std::int16_t kDelivery = 2;
-inline constexpr std::int16_t kMarginPlus = 4;    ///< two-leg bracket order
-inline constexpr std::int16_t kMtf = 8;           ///< margin funding
-inline constexpr std::int16_t kAmoMargin = 9;     ///< after-market
-inline constexpr std::int16_t kAmoDelivery = 10;  ///< after-market
-inline constexpr std::int16_t kConvertToDelivery = 0x10;
-inline constexpr std::int16_t kConvertToMargin = 0x20;
+inline constexpr std::int16_t kNone = 0;                  ///< the record names none
+inline constexpr std::int16_t kMargin = 1;                ///< on margin
+inline constexpr std::int16_t kDelivery = 2;              ///< paid and delivered
+inline constexpr std::int16_t kMarginPlus = 4;            ///< two-leg bracket order
+inline constexpr std::int16_t kMtf = 8;                   ///< margin funding
+inline constexpr std::int16_t kAmoMargin = 9;             ///< after-market
+inline constexpr std::int16_t kAmoDelivery = 10;          ///< after-market
+inline constexpr std::int16_t kConvertToDelivery = 0x10;  ///< a margin position becomes a delivery
+inline constexpr std::int16_t kConvertToMargin = 0x20;    ///< a delivery becomes a margin position
 }  // namespace product
 
 /// orderEventKind
 namespace event {
-inline constexpr std::int16_t kOrder = 1;
-inline constexpr std::int16_t kTrade = 2;
-inline constexpr std::int16_t kCorrection = 3;
-inline constexpr std::int16_t kMarginPlusChange = 8;
-inline constexpr std::int16_t kMarginPlusEnd = 9;
+inline constexpr std::int16_t kOrder = 1;             ///< an order enters, changes or ends
+inline constexpr std::int16_t kTrade = 2;             ///< an order is traded
+inline constexpr std::int16_t kCorrection = 3;        ///< a trade is corrected
+inline constexpr std::int16_t kMarginPlusChange = 8;  ///< a leg of a two-leg order changes
+inline constexpr std::int16_t kMarginPlusEnd = 9;     ///< a leg of a two-leg order ends
 }  // namespace event
 
 /// Level type bytes that the order path tests.
@@ -223,15 +239,22 @@ inline constexpr int kNone = 255;         ///< clientType, subClientType: no suc
 }  // namespace level
 
 /// What a message carries as its first record in the variable part.
-enum class PrimaryRecord : std::uint8_t { kNone, kOrderRequest, kTradeInfo, kTradeCorrection };
-
-struct MessageCodeRow {
-    std::int16_t code;
-    bool inCheck;   ///< CheckSurveillance accepts it
-    bool inUpdate;  ///< UpdateSurveillance accepts it
-    PrimaryRecord primary;
+enum class PrimaryRecord : std::uint8_t {
+    kNone,             ///< nothing; a tagOrderInfo may follow
+    kOrderRequest,     ///< a tagOrderRequest
+    kTradeInfo,        ///< a tagTradeInfo
+    kTradeCorrection,  ///< a tagTradeCorrectionRequest
 };
 
+/// One message code of a request.
+struct MessageCodeRow {
+    std::int16_t code;      ///< messageCode of tagSurveillanceInfo
+    bool inCheck;           ///< CheckSurveillance accepts it
+    bool inUpdate;          ///< UpdateSurveillance accepts it
+    PrimaryRecord primary;  ///< what stands first in the variable part
+};
+
+/// Every message code that the library knows.
 inline constexpr std::array kMessageCodes{
     MessageCodeRow{2000, true, true, PrimaryRecord::kOrderRequest},
     MessageCodeRow{2012, false, true, PrimaryRecord::kOrderRequest},
@@ -275,35 +298,35 @@ constexpr const MessageCodeRow* FindMessageCode(std::int16_t code) {
 
 /// The status that CheckSurveillance gives.
 namespace status {
-inline constexpr std::int16_t kPass = 1;
-inline constexpr std::int16_t kRefusedAtLevel = 2;  ///< inside the walk only; the host sees kRefused
-inline constexpr std::int16_t kNoLimits = -306;     ///< a code of the hierarchy has no limits
-inline constexpr std::int16_t kRefused = -312;      ///< by a product rule or a limit
-inline constexpr std::int16_t kNoMarket = -314;     ///< no market price for an order at market
-inline constexpr std::int16_t kNoRiskParameters = -317;
+inline constexpr std::int16_t kPass = 1;                 ///< the order may stand
+inline constexpr std::int16_t kRefusedAtLevel = 2;       ///< inside the walk only; the host sees kRefused
+inline constexpr std::int16_t kNoLimits = -306;          ///< a code of the hierarchy has no limits
+inline constexpr std::int16_t kRefused = -312;           ///< by a product rule or a limit
+inline constexpr std::int16_t kNoMarket = -314;          ///< no market price for an order at market
+inline constexpr std::int16_t kNoRiskParameters = -317;  ///< a derivative without risk parameters
 }  // namespace status
 
 /// errorCode of the error records.
 namespace code {
-inline constexpr std::int16_t kNetPosition = -201;
-inline constexpr std::int16_t kGrossExposure = -202;
-inline constexpr std::int16_t kNetExposure = -203;
-inline constexpr std::int16_t kTurnover = -204;
-inline constexpr std::int16_t kOrderValue = -205;
-inline constexpr std::int16_t kOrderQuantity = -206;
-inline constexpr std::int16_t kNoLimits = -208;
-inline constexpr std::int16_t kPendingOrder = -220;
-inline constexpr std::int16_t kNetSaleExposure = -221;
-inline constexpr std::int16_t kMtmLoss = -222;  ///< and every square-off mode
-inline constexpr std::int16_t kRefused = -227;  ///< product rules, margin, NRI, ISIN, delivery sell quantity
-inline constexpr std::int16_t kNetQuantity = -229;
-inline constexpr std::int16_t kNoRiskParameters = -317;
-inline constexpr std::int16_t kStore = -100;  ///< a limit store could not do what it was asked
-inline constexpr std::int16_t kNoRow = -313;  ///< inside the library: the token has no limit row
+inline constexpr std::int16_t kNetPosition = -201;       ///< limit rule
+inline constexpr std::int16_t kGrossExposure = -202;     ///< limit rule
+inline constexpr std::int16_t kNetExposure = -203;       ///< limit rule
+inline constexpr std::int16_t kTurnover = -204;          ///< limit rule
+inline constexpr std::int16_t kOrderValue = -205;        ///< limit rules, largest and smallest
+inline constexpr std::int16_t kOrderQuantity = -206;     ///< limit rules, largest and smallest
+inline constexpr std::int16_t kNoLimits = -208;          ///< of status kNoLimits
+inline constexpr std::int16_t kPendingOrder = -220;      ///< limit rule
+inline constexpr std::int16_t kNetSaleExposure = -221;   ///< limit rule
+inline constexpr std::int16_t kMtmLoss = -222;           ///< and every square-off mode
+inline constexpr std::int16_t kRefused = -227;           ///< product rules, margin, NRI, ISIN, delivery sell quantity
+inline constexpr std::int16_t kNetQuantity = -229;       ///< limit rule
+inline constexpr std::int16_t kNoRiskParameters = -317;  ///< of status kNoRiskParameters
+inline constexpr std::int16_t kStore = -100;             ///< a limit store could not do what it was asked
+inline constexpr std::int16_t kNoRow = -313;             ///< inside the library: the token has no limit row
 }  // namespace code
 
-inline constexpr std::int16_t kDone = 0;
-inline constexpr std::int16_t kNotDone = -1;
+inline constexpr std::int16_t kDone = 0;      ///< what a function returns
+inline constexpr std::int16_t kNotDone = -1;  ///< what a function returns that couldn't do its work
 
 /// A row of token -9 stands for all securities.
 inline constexpr std::int32_t kAllSecurities = -9;
@@ -312,6 +335,6 @@ inline constexpr std::int32_t kTokenSpan = 10'000'000;
 
 /// -1 (in a field of 32 bits or a double) says: no such limit. Every other value, 0 included, is a limit.
 inline constexpr double kNoLimit = -1.0;
-inline constexpr std::int32_t kNoLimitQuantity = -1;
+inline constexpr std::int32_t kNoLimitQuantity = -1;  ///< the same in a field of quantities
 
 }  // namespace surv

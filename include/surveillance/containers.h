@@ -1,7 +1,8 @@
 #pragma once
 
-// The three containers that the exported signatures name. They appear at the boundary only, hold pointers and own
-// nothing: who frees what a list holds is told at each call (see host.h).
+/// @file
+/// The three containers that the exported signatures name. They appear at the boundary only, hold pointers and own
+/// nothing: who frees what a list holds is told at each call (see host.h).
 
 #include <cstddef>
 #include <deque>
@@ -14,20 +15,24 @@
 class CObject {
  public:
     CObject() = default;
+    /// @cond
     CObject(const CObject&) = default;
     CObject(CObject&&) = default;
     CObject& operator=(const CObject&) = default;
     CObject& operator=(CObject&&) = default;
+    /// @endcond
     virtual ~CObject() = default;
 };
 
 /// An ordered list of pointers. A position is opaque; null is the end.
 class CPtrList {
  public:
+    /// One place of the list.
     struct Node {
-        void* element = nullptr;
-        Node* next = nullptr;
+        void* element = nullptr;  ///< what the host put there
+        Node* next = nullptr;     ///< null at the end
     };
+    /// Where a walk stands.
     using Position = Node*;
 
     CPtrList() = default;
@@ -35,6 +40,7 @@ class CPtrList {
     CPtrList& operator=(const CPtrList&) = delete;
     ~CPtrList() { RemoveAll(); }
 
+    /// Gives the place of the new element.
     Position AddTail(void* element) {
         Node* node = new Node{element, nullptr};
         (tail_ ? tail_->next : head_) = node;
@@ -42,6 +48,7 @@ class CPtrList {
         ++count_;
         return node;
     }
+    /// Null when the list is empty.
     [[nodiscard]] Position GetHeadPosition() const { return head_; }
     /// REQUIRES: position is not null. Gives its element and moves position on.
     void* GetNext(Position& position) const {
@@ -49,7 +56,9 @@ class CPtrList {
         position = position->next;
         return element;
     }
+    /// Elements in the list.
     [[nodiscard]] int GetCount() const { return count_; }
+    /// No element.
     [[nodiscard]] bool IsEmpty() const { return count_ == 0; }
     /// REQUIRES: the list is not empty.
     void* RemoveHead() {
@@ -96,12 +105,14 @@ class CMapStringToOb {
             entries_[it->second].second = value;
         }
     }
+    /// True when the key has a value, which `value` then takes.
     bool Lookup(const char* key, CObject*& value) const {
         const auto it = index_.find(key);
         if (it == index_.end()) return false;
         value = entries_[it->second].second;
         return true;
     }
+    /// 0 when the map is empty.
     [[nodiscard]] Position GetStartPosition() const { return entries_.empty() ? 0 : 1; }
     /// REQUIRES: position is not 0.
     void GetNextAssoc(Position& position, std::string& key, CObject*& value) const {
@@ -110,7 +121,9 @@ class CMapStringToOb {
         value = entry.second;
         position = position < entries_.size() ? position + 1 : 0;
     }
+    /// Entries in the map.
     [[nodiscard]] int GetCount() const { return static_cast<int>(entries_.size()); }
+    /// Forgets the entries; frees none of their values.
     void RemoveAll() {
         index_.clear();
         entries_.clear();

@@ -1,9 +1,11 @@
 #pragma once
 
-// What a host gives the library besides calls: a window for its texts and, for replay and tests, a clock. And what
-// a host does with the rows it gets.
+/// @file
+/// What a host gives the library besides calls: a window for its texts and, for replay and tests, a clock. And what
+/// a host does with the rows it gets.
 
 #include <cstdint>
+#include <string_view>
 
 #include "surveillance/containers.h"
 #include "surveillance/records.h"
@@ -17,9 +19,9 @@ using HostWindowFunction = void (*)(void* context, unsigned message, unsigned wP
 /// A null function drops every text from then on.
 SURVEILLANCE_API void SetHostWindow(HostWindowFunction window, void* context) noexcept;
 
-/// Gives calendar seconds (UTC epoch). A null function puts the real clock back. Like the window's, the function must
-/// not call the library.
+/// Gives calendar seconds (UTC epoch). Like the window's, the function must not call the library.
 using HostClockFunction = std::int64_t (*)(void* context);
+/// A null function puts the real clock back.
 SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexcept;
 
 // Rows in lists. Each was made with new of its record type; the host frees them, as here, once it has read them:
@@ -49,6 +51,23 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // The lists of securities, holdings and sale-against-receipt shares are read only, in every mode: the host frees their
 // rows after the call. They are read once all limit rows are loaded, so a start that failed at a position row is tried
 // again without them: holdings of the same ISIN add up.
+
+/// A limit row that limits nothing: -1 in its thirteen limits and eight multipliers, for in a row of zeroes each of
+/// them is a limit of 0. The host sets those that it wants.
+inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::int32_t token, std::int16_t limitMask) {
+    BKSurveillanceLimitDefTag row{};
+    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode);
+    row.token = token;
+    row.limitMask = limitMask;
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.marginLimit = -1;
+    row.maxSingleOrderValue = row.minSingleOrderValue = -1;
+    row.maxSingleOrderQty = row.minSingleOrderQty = row.netQuantityLimit = -1;
+    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
+    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
+    row.mtmLossMultiplier = row.marginMultiplier = -1;
+    return row;
+}
 
 /// Empties a list and frees its rows.
 template <class Row>

@@ -1,11 +1,13 @@
 #pragma once
 
-// The packed records that cross the boundary. Little-endian, no gaps; offsets in bytes stand behind each field.
-//
-// Money is a double in paise, prices are 32-bit paise, quantities plain counts; fields in rupees say so. A text
-// field of width n holds n-1 characters and a zero unless its note says otherwise; the library reads no text past
-// its width and writes every text to fit. Bytes named host… belong to the host: the library neither reads nor
-// writes them, but carries them where a record is carried whole.
+/// @file
+/// The packed records that cross the boundary. Little-endian, no gaps; behind each field stand its offset in bytes and
+/// what it is.
+///
+/// Money is a double in paise, prices are 32-bit paise, quantities plain counts; each field of money says its unit. A
+/// text field of width n holds n-1 characters and a zero unless its note says otherwise; the library reads no text past
+/// its width and writes every text to fit. Bytes named host… belong to the host: the library neither reads nor
+/// writes them, but carries them where a record is carried whole. Carried: kept and shown, and read by nothing.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,13 +22,13 @@
 
 /// The contract that an order, a trade or a position row is about.
 struct [[gnu::packed]] tagContractDescriptor {  // 36 bytes
-    char instrumentName[7];                 //   0
-    char symbol[13];                        //   7
-    char series[3];                         //  20
-    std::int32_t expiryDate;                //  23  exchange seconds (from 1980-01-01); 0 for cash
-    std::int32_t strikePrice;               //  27  paise; below 1 when not an option
-    char optionType[3];                     //  31  CA, CE, PA, PE for options; product code in cash position rows
-    std::int16_t caLevel;                   //  34  corporate action level; for commodities a number of days
+    char instrumentName[7];                 ///<   0  kind of instrument
+    char symbol[13];                        ///<   7  of the scrip
+    char series[3];                         ///<  20  of an equity
+    std::int32_t expiryDate;                ///<  23  exchange seconds (from 1980-01-01 00:00, UTC+5:30); 0 for cash
+    std::int32_t strikePrice;               ///<  27  paise; below 1 when not an option
+    char optionType[3];                     ///<  31  CA, CE, PA, PE for options; product code in cash position rows
+    std::int16_t caLevel;                   ///<  34  corporate action level; for commodities a number of days
 };
 static_assert(sizeof(tagContractDescriptor) == 36 && std::is_trivially_copyable_v<tagContractDescriptor> &&
               std::is_standard_layout_v<tagContractDescriptor>);
@@ -40,11 +42,11 @@ static_assert(offsetof(tagContractDescriptor, caLevel) == 34);
 
 /// Contract size factors; they weight MCX quantities by lot.
 struct [[gnu::packed]] tagMarginRateBlock {  // 20 bytes
-    std::int32_t priceNumerator;            //   0
-    std::int32_t priceDenominator;          //   4
-    std::int32_t generalNumerator;          //   8
-    std::int32_t generalDenominator;        //  12
-    std::int32_t lotMultiplier;             //  16
+    std::int32_t priceNumerator;            ///<   0  of a price to money
+    std::int32_t priceDenominator;          ///<   4  a ratio with a 0 here counts as 1
+    std::int32_t generalNumerator;          ///<   8  of a lot to units
+    std::int32_t generalDenominator;        ///<  12  a ratio with a 0 here counts as 1
+    std::int32_t lotMultiplier;             ///<  16  multiplies both
 };
 static_assert(sizeof(tagMarginRateBlock) == 20 && std::is_trivially_copyable_v<tagMarginRateBlock> &&
               std::is_standard_layout_v<tagMarginRateBlock>);
@@ -56,9 +58,9 @@ static_assert(offsetof(tagMarginRateBlock, lotMultiplier) == 16);
 
 /// The margin rate of a scrip.
 struct [[gnu::packed]] tagScripRateBlock {  // 14 bytes
-    std::int32_t scripRate;                 //   0
-    std::int16_t marginBasis;               //   4  0, 1 percentage of value; 2 amount per unit
-    double marginRate;                      //   6  hundredths of a percent, or paise per unit
+    std::int32_t scripRate;                 ///<   0  carried
+    std::int16_t marginBasis;               ///<   4  0, 1 percentage of value; 2 amount per unit
+    double marginRate;                      ///<   6  hundredths of a percent, or paise per unit
 };
 static_assert(sizeof(tagScripRateBlock) == 14 && std::is_trivially_copyable_v<tagScripRateBlock> &&
               std::is_standard_layout_v<tagScripRateBlock>);
@@ -73,33 +75,33 @@ static_assert(offsetof(tagScripRateBlock, marginRate) == 6);
 /// a tagOrderInfo if bit 7 of levelMarginFlags is set, then a tagTradeInfo if bit 0 of requestFlags is set.
 struct [[gnu::packed]] tagSurveillanceInfo {  // 154 bytes
     char host0[22];
-    std::int16_t exchangeMask;              //  22  in the request head
+    std::int16_t exchangeMask;              ///<  22  in the request head
     char host24[6];
-    char groupCode[6];                      //  30
-    char dealerCode[6];                     //  36
-    char familyCode[6];                     //  42  empty or blank: no family
-    char clientCode[6];                     //  48
-    char subClientCode[6];                  //  54
-    char userId[23];                        //  60  at most 15 characters are used
-    std::uint8_t groupType;                 //  83
-    std::uint8_t dealerType;                //  84
-    std::uint8_t clientType;                //  85  255 no client level
-    std::uint8_t subClientType;             //  86  255 no sub client level
+    char groupCode[6];                      ///<  30  code of the group
+    char dealerCode[6];                     ///<  36  code of the dealer
+    char familyCode[6];                     ///<  42  empty or blank: no family
+    char clientCode[6];                     ///<  48  code of the client
+    char subClientCode[6];                  ///<  54  code of the sub client
+    char userId[23];                        ///<  60  at most 15 characters are used
+    std::uint8_t groupType;                 ///<  83  level type
+    std::uint8_t dealerType;                ///<  84  level type; 0 the order is a client's, 4 and 45 the dealer is its own client
+    std::uint8_t clientType;                ///<  85  255 no client level
+    std::uint8_t subClientType;             ///<  86  255 no sub client level
     char host87[1];
-    std::uint8_t levelCheckFlags;           //  88  bit 1 group, 2 dealer, 3 family, 4 client, 5 sub client: 1 checked, 0 only updated
-    std::uint8_t levelMarginFlags;          //  89  bit 0 group, 1 dealer, 2 family, 3 client, 4 sub client; bit 7 tagOrderInfo follows
-    std::uint8_t requestFlags;              //  90  bit 0 tagTradeInfo follows; bit 5 no new positions in this scrip
-    std::int32_t token;                     //  91
-    std::int32_t underlyingToken;           //  95
-    tagScripRateBlock scripRates;           //  99
-    char failedLevelCode[6];                // 113  out
-    std::int16_t failedLevelType;           // 119  out; -1 after a pass
+    std::uint8_t levelCheckFlags;           ///<  88  bit 1 group, 2 dealer, 3 family, 4 client, 5 sub client: 1 checked, 0 only updated
+    std::uint8_t levelMarginFlags;          ///<  89  bit 0 group, 1 dealer, 2 family, 3 client, 4 sub client; bit 7 tagOrderInfo follows
+    std::uint8_t requestFlags;              ///<  90  bit 0 tagTradeInfo follows; bit 5 no new positions in this scrip
+    std::int32_t token;                     ///<  91  of the scrip
+    std::int32_t underlyingToken;           ///<  95  of a derivative: its underlying
+    tagScripRateBlock scripRates;           ///<  99  of the scrip: the first that the library is told stands for the day
+    char failedLevelCode[6];                ///< 113  out
+    std::int16_t failedLevelType;           ///< 119  out; -1 after a pass
     char host121[1];
-    std::int16_t messageCode;               // 122
+    std::int16_t messageCode;               ///< 122  what the request is about: kMessageCodes in codes.h
     char host124[2];
-    std::int32_t scripGroupNumber;          // 126
-    std::int32_t priceMultiplier;           // 130  10000 = 1.0
-    tagMarginRateBlock marginRates;         // 134
+    std::int32_t scripGroupNumber;          ///< 126  -101 to -91: a BSE scrip group
+    std::int32_t priceMultiplier;           ///< 130  NCDEX: 10000 = 1.0. NSE equity: multiplies exposures as it stands, so 1
+    tagMarginRateBlock marginRates;         ///< 134  contract size factors
 };
 static_assert(sizeof(tagSurveillanceInfo) == 154 && std::is_trivially_copyable_v<tagSurveillanceInfo> &&
               std::is_standard_layout_v<tagSurveillanceInfo>);
@@ -130,37 +132,37 @@ static_assert(offsetof(tagSurveillanceInfo, marginRates) == 134);
 /// An order as the host forms it.
 struct [[gnu::packed]] tagOrderRequest {  // 492 bytes
     char host0[7];
-    std::int16_t messageCode;               //   7
+    std::int16_t messageCode;               ///<   7  the library reads it in GetClientCode1 alone
     char host9[13];
-    std::int16_t exchangeMask;              //  22
-    char clientCategory[1];                 //  24  "N" an NRI client
+    std::int16_t exchangeMask;              ///<  22  the exchange of the order
+    char clientCategory[1];                 ///<  24  "N" an NRI client
     char host25[18];
-    tagContractDescriptor contract;         //  43
+    tagContractDescriptor contract;         ///<  43  what is traded
     char host79[25];
-    char clientAccount[12];                 // 104  12 characters, not terminated when full
+    char clientAccount[12];                 ///< 104  12 characters, not terminated when full
     char host116[3];
-    std::int16_t buySell;                   // 119  1 buy, 2 sell
+    std::int16_t buySell;                   ///< 119  1 buy, 2 sell
     char host121[8];
-    std::int32_t quantityRemaining;         // 129
-    std::int32_t quantity;                  // 133
-    std::int32_t quantityFilled;            // 137
-    std::int32_t price;                     // 141  paise; 0 at market
-    std::int32_t triggerPrice;              // 145  paise
+    std::int32_t quantityRemaining;         ///< 129  still open
+    std::int32_t quantity;                  ///< 133  of the whole order
+    std::int32_t quantityFilled;            ///< 137  traded so far
+    std::int32_t price;                     ///< 141  paise; 0 at market
+    std::int32_t triggerPrice;              ///< 145  paise
     char host149[8];
-    std::int32_t cancelledQuantity;         // 157
+    std::int32_t cancelledQuantity;         ///< 157  read of BSE cash at code 2075
     char host161[4];
-    std::uint8_t orderFlags;                // 165  bit 6 market order
+    std::uint8_t orderFlags;                ///< 165  bit 6 market order
     char host166[13];
-    char accountText[16];                   // 179  ten characters, a gap of two, up to four more
+    char accountText[16];                   ///< 179  ten characters, a gap of two, up to four more
     char host195[24];
-    std::int16_t proClient;                 // 219  1 client, 2 own account
+    std::int16_t proClient;                 ///< 219  1 client, 2 own account
     char host221[63];
-    char rejectionText[163];                // 284  out: why a position conversion was refused
-    std::int32_t productType;               // 447
+    char rejectionText[163];                ///< 284  out: why a position conversion was refused
+    std::int32_t productType;               ///< 447  see surv::product
     char host451[27];
-    std::int16_t marginPlusLeg;             // 478  0, 1 or 2
-    std::int32_t firstLegPrice;             // 480  paise
-    std::int32_t secondLegPrice;            // 484  paise
+    std::int16_t marginPlusLeg;             ///< 478  0, 1 or 2
+    std::int32_t firstLegPrice;             ///< 480  paise
+    std::int32_t secondLegPrice;            ///< 484  paise
     char host488[4];
 };
 static_assert(sizeof(tagOrderRequest) == 492 && std::is_trivially_copyable_v<tagOrderRequest> &&
@@ -189,40 +191,40 @@ static_assert(offsetof(tagOrderRequest, secondLegPrice) == 484);
 /// The host's stored state of an order: a tagOrderRequest whose fields from offset 24 on lie 24 bytes later.
 struct [[gnu::packed]] tagOrderInfo {  // 782 bytes
     char host0[7];
-    std::int16_t messageCode;               //   7
+    std::int16_t messageCode;               ///<   7  the host's
     char host9[13];
-    std::int16_t exchangeMask;              //  22
+    std::int16_t exchangeMask;              ///<  22  the exchange of the order
     char host24[24];
-    char clientCategory[1];                 //  48  "N" an NRI client
+    char clientCategory[1];                 ///<  48  "N" an NRI client
     char host49[18];
-    tagContractDescriptor contract;         //  67
+    tagContractDescriptor contract;         ///<  67  what is traded
     char host103[25];
-    char clientAccount[12];                 // 128  12 characters, not terminated when full
+    char clientAccount[12];                 ///< 128  12 characters, not terminated when full
     char host140[3];
-    std::int16_t buySell;                   // 143  1 buy, 2 sell
+    std::int16_t buySell;                   ///< 143  1 buy, 2 sell
     char host145[8];
-    std::int32_t quantityRemaining;         // 153
-    std::int32_t quantity;                  // 157
-    std::int32_t quantityFilled;            // 161
-    std::int32_t price;                     // 165  paise; 0 at market
-    std::int32_t triggerPrice;              // 169  paise
+    std::int32_t quantityRemaining;         ///< 153  still open
+    std::int32_t quantity;                  ///< 157  of the whole order
+    std::int32_t quantityFilled;            ///< 161  traded so far
+    std::int32_t price;                     ///< 165  paise; 0 at market
+    std::int32_t triggerPrice;              ///< 169  paise
     char host173[8];
-    std::int32_t cancelledQuantity;         // 181
+    std::int32_t cancelledQuantity;         ///< 181  read of BSE cash at code 2075
     char host185[4];
-    std::uint8_t orderFlags;                // 189  bit 6 market order
+    std::uint8_t orderFlags;                ///< 189  bit 6 market order
     char host190[13];
-    char accountText[16];                   // 203  ten characters, a gap of two, up to four more
+    char accountText[16];                   ///< 203  ten characters, a gap of two, up to four more
     char host219[24];
-    std::int16_t proClient;                 // 243  1 client, 2 own account
+    std::int16_t proClient;                 ///< 243  1 client, 2 own account
     char host245[63];
-    char rejectionText[163];                // 308  out: why a position conversion was refused
-    std::int32_t productType;               // 471
+    char rejectionText[163];                ///< 308  out: why a position conversion was refused
+    std::int32_t productType;               ///< 471  see surv::product
     char host475[27];
-    std::int16_t marginPlusLeg;             // 502  0, 1 or 2
-    std::int32_t firstLegPrice;             // 504  paise
-    std::int32_t secondLegPrice;            // 508  paise
+    std::int16_t marginPlusLeg;             ///< 502  0, 1 or 2
+    std::int32_t firstLegPrice;             ///< 504  paise
+    std::int32_t secondLegPrice;            ///< 508  paise
     char host512[8];
-    std::int16_t orderStatus;               // 520  bit set of the order's state, the host's own code
+    std::int16_t orderStatus;               ///< 520  bit set of the order's state, the host's own code
     char host522[260];
 };
 static_assert(sizeof(tagOrderInfo) == 782 && std::is_trivially_copyable_v<tagOrderInfo> &&
@@ -252,22 +254,22 @@ static_assert(offsetof(tagOrderInfo, orderStatus) == 520);
 /// A trade that is cancelled or modified.
 struct [[gnu::packed]] tagTradeCorrectionRequest {  // 188 bytes
     char host0[22];
-    std::int16_t exchangeMask;              //  22
+    std::int16_t exchangeMask;              ///<  22  the exchange of the trade
     char host24[4];
-    tagContractDescriptor contract;         //  28
+    tagContractDescriptor contract;         ///<  28  what is traded
     char host64[4];
-    std::int32_t tradedQuantity;            //  68
-    std::int32_t tradePrice;                //  72  paise
+    std::int32_t tradedQuantity;            ///<  68  as it was traded
+    std::int32_t tradePrice;                ///<  72  paise
     char host76[4];
-    std::int32_t newQuantity;               //  80
+    std::int32_t newQuantity;               ///<  80  as corrected
     char host84[16];
-    char buySellCharacter[1];               // 100  "1" buy, "2" sell
+    char buySellCharacter[1];               ///< 100  "1" buy, "2" sell
     char host101[1];
-    char sellClientAccount[12];             // 102  taken when the character is "2"
+    char sellClientAccount[12];             ///< 102  taken when the character is "2"
     char host114[1];
-    char buyClientAccount[12];              // 115  taken when the character is "1"
+    char buyClientAccount[12];              ///< 115  taken when the character is "1"
     char host127[35];
-    char accountText[16];                   // 162  as in tagOrderRequest
+    char accountText[16];                   ///< 162  as in tagOrderRequest
     char host178[10];
 };
 static_assert(sizeof(tagTradeCorrectionRequest) == 188 && std::is_trivially_copyable_v<tagTradeCorrectionRequest> &&
@@ -285,22 +287,22 @@ static_assert(offsetof(tagTradeCorrectionRequest, accountText) == 162);
 /// A trade.
 struct [[gnu::packed]] tagTradeInfo {  // 402 bytes
     char host0[22];
-    std::int16_t exchangeMask;              //  22
+    std::int16_t exchangeMask;              ///<  22  the exchange of the trade
     char host24[19];
-    char clientAccount[12];                 //  43
+    char clientAccount[12];                 ///<  43  12 characters, not terminated when full
     char host55[1];
-    std::int16_t buySell;                   //  56
+    std::int16_t buySell;                   ///<  56  1 buy, 2 sell
     char host58[30];
-    std::int32_t tradedQuantity;            //  88
-    std::int32_t tradePrice;                //  92  paise
+    std::int32_t tradedQuantity;            ///<  88  of the trade
+    std::int32_t tradePrice;                ///<  92  paise
     char host96[29];
-    tagContractDescriptor contract;         // 125
+    tagContractDescriptor contract;         ///< 125  what is traded
     char host161[192];
-    std::int32_t productType;               // 353
+    std::int32_t productType;               ///< 353  see surv::product
     char host357[27];
-    std::int16_t marginPlusLeg;             // 384
-    std::int32_t firstLegPrice;             // 386  paise
-    std::int32_t secondLegPrice;            // 390  paise
+    std::int16_t marginPlusLeg;             ///< 384  0, 1 or 2
+    std::int32_t firstLegPrice;             ///< 386  paise
+    std::int32_t secondLegPrice;            ///< 390  paise
     char host394[8];
 };
 static_assert(sizeof(tagTradeInfo) == 402 && std::is_trivially_copyable_v<tagTradeInfo> &&
@@ -321,13 +323,13 @@ static_assert(offsetof(tagTradeInfo, secondLegPrice) == 390);
 
 /// Why an administrative call was not done.
 struct [[gnu::packed]] tagAdminErrMessage {  // 2076 bytes
-    std::int32_t timeStamp;                 //   0  calendar seconds of the refusal
+    std::int32_t timeStamp;                 ///<   0  calendar seconds of the refusal
     char host4[5];
-    std::int16_t headCode;                  //   9  errorCode again, at a refusal by a limit or a fund operation
+    std::int16_t headCode;                  ///<   9  errorCode again, at a refusal by a limit or a fund operation
     char host11[13];
-    std::int16_t errorCode;                 //  24  see surv::code
+    std::int16_t errorCode;                 ///<  24  see surv::code
     char host26[2];
-    char errorText[2048];                   //  28
+    char errorText[2048];                   ///<  28  why
 };
 static_assert(sizeof(tagAdminErrMessage) == 2076 && std::is_trivially_copyable_v<tagAdminErrMessage> &&
               std::is_standard_layout_v<tagAdminErrMessage>);
@@ -338,13 +340,13 @@ static_assert(offsetof(tagAdminErrMessage, errorText) == 28);
 
 /// Why an order was refused. An accepted order leaves it untouched.
 struct [[gnu::packed]] tagOrdErrMessage {  // 2076 bytes
-    std::int32_t timeStamp;                 //   0  calendar seconds of the refusal
+    std::int32_t timeStamp;                 ///<   0  calendar seconds of the refusal
     char host4[5];
-    std::int16_t headCode;                  //   9  errorCode again, at a refusal by a limit or a fund operation
+    std::int16_t headCode;                  ///<   9  errorCode again, at a refusal by a limit or a fund operation
     char host11[13];
-    std::int16_t errorCode;                 //  24  see surv::code
+    std::int16_t errorCode;                 ///<  24  see surv::code
     char host26[2];
-    char errorText[2048];                   //  28
+    char errorText[2048];                   ///<  28  why
 };
 static_assert(sizeof(tagOrdErrMessage) == 2076 && std::is_trivially_copyable_v<tagOrdErrMessage> &&
               std::is_standard_layout_v<tagOrdErrMessage>);
@@ -360,76 +362,76 @@ static_assert(offsetof(tagOrdErrMessage, errorText) == 28);
 /// noted; a limit of -1 is none.
 struct [[gnu::packed]] BKSurveillanceLimitDefTag {  // 487 bytes
     char host0[7];
-    std::int16_t messageCode;               //   7  in the message head; shown in the log of a failed load
-    std::int16_t messageKind;               //   9  in the message head; 13 on a change of the limit values alone
+    std::int16_t messageCode;               ///<   7  in the message head; shown in the log of a failed load
+    std::int16_t messageKind;               ///<   9  in the message head; 13 on a change of the limit values alone
     char host11[13];
-    std::int32_t rowStamp;                  //  24
-    char entityCode[8];                     //  28
-    std::int16_t entityLevel;               //  36
-    std::int16_t subLevel;                  //  38  -1 counts as 0
-    std::int32_t token;                     //  40  a scrip, a scrip group, or -9 for all securities
-    std::int16_t limitMask;                 //  44
-    double grossExposureLimit;              //  46
-    double netExposureLimit;                //  54
-    double netSaleExposureLimit;            //  62
-    double netPositionLimit;                //  70
-    double turnoverLimit;                   //  78
-    double pendingOrderLimit;               //  86
-    double mtmLossLimit;                    //  94
-    double maxSingleOrderValue;             // 102
-    std::int32_t maxSingleOrderQty;         // 110
-    double marginLimit;                     // 114
-    double baseFund;                        // 122  the fund allocated to the entity
-    std::int32_t netQuantityLimit;          // 130
-    std::int32_t grossExposureMultiplier;   // 134  10000 = one times the fund; -1 = none
-    std::int32_t netExposureMultiplier;     // 138
-    std::int32_t netSaleExposureMultiplier; // 142
-    std::int32_t netPositionMultiplier;     // 146
-    std::int32_t turnoverMultiplier;        // 150
-    std::int32_t pendingOrderMultiplier;    // 154  stored, applied by no rebuild
-    std::int32_t mtmLossMultiplier;         // 158
-    std::int32_t marginMultiplier;          // 162
-    std::int32_t rowOption;                 // 166
-    std::uint8_t limitOptions;              // 170  bits: 0 retainMultiplier, 2 premiumInMargin, 3 grossBasis, 4 exposureMarginInLimit, 5 collateralInFund, 6 saleCreditInFund
-    double usedGrossOrder;                  // 171
-    double usedNetOrder;                    // 179
-    double usedNetSaleOrder;                // 187
-    double usedNetPositionOrder;            // 195
-    double usedTurnoverOrder;               // 203
-    double usedGrossTraded;                 // 211
-    double usedNetTraded;                   // 219
-    double usedNetSaleTraded;               // 227
-    double usedNetPositionTraded;           // 235
-    double usedTurnoverTraded;              // 243
-    double usedPendingOrder;                // 251
-    double usedMtm;                         // 259
-    double usedMaxGross;                    // 267
-    double usedMaxNet;                      // 275
-    double usedMaxNetSale;                  // 283
-    double usedMaxNetPosition;              // 291
-    double usedMaxTurnover;                 // 299
-    double usedMarginOrder;                 // 307  rupees
-    double usedMarginTraded;                // 315  rupees
-    double usedMarginMax;                   // 323  rupees
-    double grossUsedGrossOrder;             // 331
-    double grossUsedNetOrder;               // 339
-    double grossUsedNetSaleOrder;           // 347
-    double grossUsedGrossTraded;            // 355
-    double grossUsedNetTraded;              // 363
-    double grossUsedNetSaleTraded;          // 371
+    std::int32_t rowStamp;                  ///<  24  carried
+    char entityCode[8];                     ///<  28  "-" the house; 8 characters are not terminated
+    std::int16_t entityLevel;               ///<  36  level type of the entity
+    std::int16_t subLevel;                  ///<  38  -1 counts as 0
+    std::int32_t token;                     ///<  40  a scrip, a scrip group, or -9 for all securities
+    std::int16_t limitMask;                 ///<  44  kLimitMasks in codes.h
+    double grossExposureLimit;              ///<  46  paise
+    double netExposureLimit;                ///<  54  paise
+    double netSaleExposureLimit;            ///<  62  paise
+    double netPositionLimit;                ///<  70  paise
+    double turnoverLimit;                   ///<  78  paise
+    double pendingOrderLimit;               ///<  86  paise
+    double mtmLossLimit;                    ///<  94  paise
+    double maxSingleOrderValue;             ///< 102  paise
+    std::int32_t maxSingleOrderQty;         ///< 110  shares or units of one order
+    double marginLimit;                     ///< 114  paise; compared, divided by 100, with margins in rupees
+    double baseFund;                        ///< 122  paise; the fund allocated to the entity
+    std::int32_t netQuantityLimit;          ///< 130  shares or units of one scrip
+    std::int32_t grossExposureMultiplier;   ///< 134  ten-thousandths of the fund: 10000 = one times it; -1 = none
+    std::int32_t netExposureMultiplier;     ///< 138  ten-thousandths of the fund, as above
+    std::int32_t netSaleExposureMultiplier; ///< 142  ten-thousandths of the fund, as above
+    std::int32_t netPositionMultiplier;     ///< 146  ten-thousandths of the fund, as above
+    std::int32_t turnoverMultiplier;        ///< 150  ten-thousandths of the fund, as above
+    std::int32_t pendingOrderMultiplier;    ///< 154  stored, applied by no rebuild
+    std::int32_t mtmLossMultiplier;         ///< 158  ten-thousandths of the fund, as above
+    std::int32_t marginMultiplier;          ///< 162  ten-thousandths of the fund, as above
+    std::int32_t rowOption;                 ///< 166  carried
+    std::uint8_t limitOptions;              ///< 170  bits: 0 retainMultiplier, 1 carried, 2 premiumInMargin, 3 grossBasis, 4 exposureMarginInLimit, 5 collateralInFund, 6 saleCreditInFund
+    double usedGrossOrder;                  ///< 171  paise; orders and trades, like all four below
+    double usedNetOrder;                    ///< 179  paise
+    double usedNetSaleOrder;                ///< 187  paise
+    double usedNetPositionOrder;            ///< 195  paise
+    double usedTurnoverOrder;               ///< 203  paise
+    double usedGrossTraded;                 ///< 211  paise; trades alone, like all four below
+    double usedNetTraded;                   ///< 219  paise
+    double usedNetSaleTraded;               ///< 227  paise
+    double usedNetPositionTraded;           ///< 235  paise
+    double usedTurnoverTraded;              ///< 243  paise
+    double usedPendingOrder;                ///< 251  paise; open orders
+    double usedMtm;                         ///< 259  paise; losses (negative), and profits where the preference counts them
+    double usedMaxGross;                    ///< 267  paise; the worst case of open orders, like all four below
+    double usedMaxNet;                      ///< 275  paise
+    double usedMaxNetSale;                  ///< 283  paise
+    double usedMaxNetPosition;              ///< 291  paise
+    double usedMaxTurnover;                 ///< 299  paise
+    double usedMarginOrder;                 ///< 307  rupees; orders and trades
+    double usedMarginTraded;                ///< 315  rupees; trades alone
+    double usedMarginMax;                   ///< 323  rupees; the worst case
+    double grossUsedGrossOrder;             ///< 331  paise; summed over accounts, like all grossUsed figures
+    double grossUsedNetOrder;               ///< 339  paise
+    double grossUsedNetSaleOrder;           ///< 347  paise
+    double grossUsedGrossTraded;            ///< 355  paise
+    double grossUsedNetTraded;              ///< 363  paise
+    double grossUsedNetSaleTraded;          ///< 371  paise
     char host379[8];
-    double grossUsedMaxGross;               // 387
-    double grossUsedMaxNet;                 // 395
-    double grossUsedMaxNetSale;             // 403
-    double usedMtmFull;                     // 411
+    double grossUsedMaxGross;               ///< 387  paise
+    double grossUsedMaxNet;                 ///< 395  paise
+    double grossUsedMaxNetSale;             ///< 403  paise
+    double usedMtmFull;                     ///< 411  paise; MTM, profit and loss
     char host419[8];
-    double usedBookedPnl;                   // 427
-    double collateralFund;                  // 435
-    double saleCreditFund;                  // 443
-    double definedFund;                     // 451
-    double usedExposureMargin;              // 459  rupees
-    double minSingleOrderValue;             // 467
-    std::int32_t minSingleOrderQty;         // 475
+    double usedBookedPnl;                   ///< 427  paise; booked losses (negative), and profits where the preference counts them
+    double collateralFund;                  ///< 435  paise; of the depository holdings
+    double saleCreditFund;                  ///< 443  paise; of sold holdings
+    double definedFund;                     ///< 451  paise; the fund that the definition gives
+    double usedExposureMargin;              ///< 459  rupees
+    double minSingleOrderValue;             ///< 467  paise
+    std::int32_t minSingleOrderQty;         ///< 475  shares or units of one order
     char host479[8];
 };
 static_assert(sizeof(BKSurveillanceLimitDefTag) == 487 && std::is_trivially_copyable_v<BKSurveillanceLimitDefTag> &&
@@ -505,37 +507,37 @@ static_assert(offsetof(BKSurveillanceLimitDefTag, minSingleOrderQty) == 475);
 /// A position row: what one holder has done in one scrip and one period.
 struct [[gnu::packed]] BKExposureTag {  // 260 bytes
     char host0[9];
-    std::int16_t messageKind;               //   9  8 marks a row of the MTF product
+    std::int16_t messageKind;               ///<   9  8 marks a row of the MTF product
     char host11[13];
-    std::int32_t rowStamp;                  //  24
-    char levelCode[6];                      //  28  "-" for the root
-    char groupCode[6];                      //  34
+    std::int32_t rowStamp;                  ///<  24  carried
+    char levelCode[6];                      ///<  28  "-" for the root
+    char groupCode[6];                      ///<  34  code of the group
     char host40[6];
-    char accountCode[32];                   //  46
-    char familyCode[6];                     //  78
-    char userId[16];                        //  84
-    std::int16_t marketSegment;             // 100
-    std::int16_t limitMask;                 // 102  a single-segment mask
-    std::int32_t token;                     // 104  -9 in a total row
-    std::int32_t underlyingToken;           // 108
-    tagContractDescriptor contract;         // 112
-    std::int32_t lastPrice;                 // 148  paise
-    std::int32_t orderBuyQty;               // 152
-    double orderBuyValue;                   // 156
-    std::int32_t orderSellQty;              // 164
-    double orderSellValue;                  // 168
-    std::int32_t tradedBuyQty;              // 176
-    double tradedBuyValue;                  // 180
-    std::int32_t tradedSellQty;             // 188
-    double tradedSellValue;                 // 192
-    double openPositionValue;               // 200
-    double mtmValue;                        // 208
-    std::int16_t clientLevelType;           // 216
-    std::int16_t subClientLevelType;        // 218
-    std::int16_t groupLevelType;            // 220
-    std::int32_t priceMultiplier;           // 222
-    tagMarginRateBlock marginRates;         // 226
-    tagScripRateBlock scripRates;           // 246
+    char accountCode[32];                   ///<  46  of the holder
+    char familyCode[6];                     ///<  78  of the holder; read by a start
+    char userId[16];                        ///<  84  of the holder
+    std::int16_t marketSegment;             ///< 100  surv::Segment
+    std::int16_t limitMask;                 ///< 102  a single-segment mask
+    std::int32_t token;                     ///< 104  -9 in a total row
+    std::int32_t underlyingToken;           ///< 108  of a derivative
+    tagContractDescriptor contract;         ///< 112  optionType in rows of masks 3 and 17: "DD" delivery, "MP" and "MD" the legs of a two-leg order
+    std::int32_t lastPrice;                 ///< 148  paise
+    std::int32_t orderBuyQty;               ///< 152  orders and trades
+    double orderBuyValue;                   ///< 156  paise
+    std::int32_t orderSellQty;              ///< 164  orders and trades
+    double orderSellValue;                  ///< 168  paise
+    std::int32_t tradedBuyQty;              ///< 176  trades alone
+    double tradedBuyValue;                  ///< 180  paise
+    std::int32_t tradedSellQty;             ///< 188  trades alone
+    double tradedSellValue;                 ///< 192  paise
+    double openPositionValue;               ///< 200  paise; at the last price
+    double mtmValue;                        ///< 208  paise; a loss is negative
+    std::int16_t clientLevelType;           ///< 216  level type of the holder
+    std::int16_t subClientLevelType;        ///< 218  -1 or 255 none
+    std::int16_t groupLevelType;            ///< 220  level type
+    std::int32_t priceMultiplier;           ///< 222  as in tagSurveillanceInfo
+    tagMarginRateBlock marginRates;         ///< 226  contract size factors
+    tagScripRateBlock scripRates;           ///< 246  margin rate of the scrip
 };
 static_assert(sizeof(BKExposureTag) == 260 && std::is_trivially_copyable_v<BKExposureTag> &&
               std::is_standard_layout_v<BKExposureTag>);
@@ -571,12 +573,12 @@ static_assert(offsetof(BKExposureTag, scripRates) == 246);
 
 /// What a probe reports of a limit row.
 struct [[gnu::packed]] tagBreachRow {  // 38 bytes
-    char rowHead[24];                       //   0  first 24 bytes of the limit row
-    std::int32_t token;                     //  24
-    char entityCode[6];                     //  28
-    std::int16_t limitMask;                 //  34
-    std::uint8_t breachBitsA;               //  36  1 gross, 2 net, 4 net sale, 8 net position, 0x10 turnover, 0x20 margin, 0x40 pending order
-    std::uint8_t breachBitsB;               //  37  1 order value, 2 order quantity, 4 net quantity
+    char rowHead[24];                       ///<   0  first 24 bytes of the limit row
+    std::int32_t token;                     ///<  24  of the limit row
+    char entityCode[6];                     ///<  28  of the limit row
+    std::int16_t limitMask;                 ///<  34  of the limit row
+    std::uint8_t breachBitsA;               ///<  36  1 gross, 2 net, 4 net sale, 8 net position, 0x10 turnover, 0x20 margin, 0x40 pending order
+    std::uint8_t breachBitsB;               ///<  37  1 order value, 2 order quantity, 4 net quantity
 };
 static_assert(sizeof(tagBreachRow) == 38 && std::is_trivially_copyable_v<tagBreachRow> &&
               std::is_standard_layout_v<tagBreachRow>);
@@ -593,10 +595,10 @@ static_assert(offsetof(tagBreachRow, breachBitsB) == 37);
 /// Head of each risk parameter message.
 struct [[gnu::packed]] tagRPFHeader {  // 24 bytes
     char host0[7];
-    std::int16_t messageCode;               //   7  28001 to 28009
+    std::int16_t messageCode;               ///<   7  28001 to 28009
     char host9[11];
-    std::int16_t messageLength;             //  20  of the whole message, this head included
-    std::int16_t segment;                   //  22  exchange mask that the file belongs to: 2, 4, 0x10 or 0x40
+    std::int16_t messageLength;             ///<  20  of the whole message, this head included
+    std::int16_t segment;                   ///<  22  exchange mask that the file belongs to: 2, 4, 0x10 or 0x40
 };
 static_assert(sizeof(tagRPFHeader) == 24 && std::is_trivially_copyable_v<tagRPFHeader> &&
               std::is_standard_layout_v<tagRPFHeader>);
@@ -612,9 +614,9 @@ static_assert(sizeof(tagRPFFileDetails) == 66);
 
 /// Charges of one underlying.
 struct [[gnu::packed]] tagRPFUnderlyingRecord {  // 82 bytes
-    std::int32_t underlyingToken;           //   0
-    float calendarSpreadCharge;             //   4  rupees per unit of spread position
-    float shortOptionMinimumCharge;         //   8  rupees per unit of short option quantity
+    std::int32_t underlyingToken;           ///<   0  of the underlying
+    float calendarSpreadCharge;             ///<   4  rupees per unit of spread position
+    float shortOptionMinimumCharge;         ///<   8  rupees per unit of short option quantity
     char host12[70];
 };
 static_assert(sizeof(tagRPFUnderlyingRecord) == 82 && std::is_trivially_copyable_v<tagRPFUnderlyingRecord> &&
@@ -625,13 +627,13 @@ static_assert(offsetof(tagRPFUnderlyingRecord, shortOptionMinimumCharge) == 8);
 
 /// Risk parameters of one contract.
 struct [[gnu::packed]] tagRPFContractRecord {  // 122 bytes
-    tagContractDescriptor contract;         //   0  the third character of optionType is not read
-    std::int32_t token;                     //  36
-    std::int32_t underlyingToken;           //  40
-    float contractPrice;                    //  44  paise; 0: the contract carries no price
+    tagContractDescriptor contract;         ///<   0  the third character of optionType is not read
+    std::int32_t token;                     ///<  36  of the contract
+    std::int32_t underlyingToken;           ///<  40  of the underlying
+    float contractPrice;                    ///<  44  paise; 0: the contract carries no price
     char host48[6];
-    float riskArray[16];                    //  54  rupees lost per unit of long position in each scenario; a gain is negative
-    float compositeDelta;                   // 118  per unit of position
+    float riskArray[16];                    ///<  54  rupees lost per unit of long position in each scenario; a gain is negative
+    float compositeDelta;                   ///< 118  per unit of position
 };
 static_assert(sizeof(tagRPFContractRecord) == 122 && std::is_trivially_copyable_v<tagRPFContractRecord> &&
               std::is_standard_layout_v<tagRPFContractRecord>);
@@ -644,16 +646,16 @@ static_assert(offsetof(tagRPFContractRecord, compositeDelta) == 118);
 
 /// Exposure margin rates of one derivative token.
 struct [[gnu::packed]] tagAdditionalMarginInfo {  // 68 bytes
-    std::int32_t exchange;                  //   0  exchange mask: 2, 0x10 or 0x40
-    std::int32_t token;                     //   4
-    std::int32_t additionalMarginRate;      //   8
+    std::int32_t exchange;                  ///<   0  exchange mask: 2, 0x10 or 0x40
+    std::int32_t token;                     ///<   4  of the contract
+    std::int32_t additionalMarginRate;      ///<   8  millionths of value; NCDEX ten-thousandths
     char host12[20];
-    std::int32_t longMarginRate;            //  32  MCX, long positions
+    std::int32_t longMarginRate;            ///<  32  MCX, long positions: millionths of value
     char host36[8];
-    std::int32_t shortMarginRate;           //  44  MCX, short positions
+    std::int32_t shortMarginRate;           ///<  44  MCX, short positions: millionths of value
     char host48[8];
-    std::int32_t sellExposureRate;          //  56
-    std::int32_t buyExposureRate;           //  60
+    std::int32_t sellExposureRate;          ///<  56  on net sale exposure: ten-thousandths of value; MCX millionths
+    std::int32_t buyExposureRate;           ///<  60  on net exposure, as sellExposureRate
     char host64[4];
 };
 static_assert(sizeof(tagAdditionalMarginInfo) == 68 && std::is_trivially_copyable_v<tagAdditionalMarginInfo> &&
@@ -668,10 +670,10 @@ static_assert(offsetof(tagAdditionalMarginInfo, buyExposureRate) == 60);
 
 /// The VaR rate of one cash token.
 struct [[gnu::packed]] tagMarginInfo {  // 16 bytes
-    std::int32_t token;                     //   0
-    std::int16_t marginBasis;               //   4  0, 1: hundredths of a percent of value; 2: paise per unit
-    double marginRate;                      //   6
-    std::int16_t exchange;                  //  14  exchange mask: 1 or 8
+    std::int32_t token;                     ///<   0  of the scrip
+    std::int16_t marginBasis;               ///<   4  0, 1: hundredths of a percent of value; 2: paise per unit
+    double marginRate;                      ///<   6  as marginBasis says; 0 by percent charges the whole value
+    std::int16_t exchange;                  ///<  14  exchange mask: 1 or 8
 };
 static_assert(sizeof(tagMarginInfo) == 16 && std::is_trivially_copyable_v<tagMarginInfo> &&
               std::is_standard_layout_v<tagMarginInfo>);
@@ -682,13 +684,13 @@ static_assert(offsetof(tagMarginInfo, exchange) == 14);
 
 /// The margin rate of one MCX token.
 struct [[gnu::packed]] tagMcxMarginRecord {  // 44 bytes
-    std::int32_t token;                     //   0
-    char symbol[13];                        //   4
-    char series[3];                         //  17
+    std::int32_t token;                     ///<   0  of the contract
+    char symbol[13];                        ///<   4  carried
+    char series[3];                         ///<  17  carried
     char host20[12];
-    std::int16_t marginBasis;               //  32  1: percent of value; 2: paise per unit
-    double marginRate;                      //  34
-    std::int16_t exchange;                  //  42  exchange mask; only 0x10 is kept
+    std::int16_t marginBasis;               ///<  32  1: percent of value; 2: paise per unit
+    double marginRate;                      ///<  34  as marginBasis says
+    std::int16_t exchange;                  ///<  42  exchange mask; only 0x10 is kept
 };
 static_assert(sizeof(tagMcxMarginRecord) == 44 && std::is_trivially_copyable_v<tagMcxMarginRecord> &&
               std::is_standard_layout_v<tagMcxMarginRecord>);
@@ -701,14 +703,14 @@ static_assert(offsetof(tagMcxMarginRecord, exchange) == 42);
 
 /// The exposure margin rate of one NCDEX token. Kept until the clean-up; no margin is formed from it.
 struct [[gnu::packed]] tagNcdexExposureMarginRecord {  // 48 bytes
-    std::int32_t token;                     //   0
-    char symbol[13];                        //   4
-    char series[3];                         //  17
+    std::int32_t token;                     ///<   0  of the contract
+    char symbol[13];                        ///<   4  carried
+    char series[3];                         ///<  17  carried
     char host20[12];
-    std::int16_t marginBasis;               //  32
-    double marginRate;                      //  34
+    std::int16_t marginBasis;               ///<  32  carried
+    double marginRate;                      ///<  34  carried
     char host42[4];
-    std::int16_t exchange;                  //  46  exchange mask; only 0x40 is kept
+    std::int16_t exchange;                  ///<  46  exchange mask; only 0x40 is kept
 };
 static_assert(sizeof(tagNcdexExposureMarginRecord) == 48 &&
               std::is_trivially_copyable_v<tagNcdexExposureMarginRecord> &&
@@ -727,12 +729,12 @@ static_assert(offsetof(tagNcdexExposureMarginRecord, exchange) == 46);
 struct [[gnu::packed]] tagProductTypeScripBasket {  // 81 bytes
     char host0[24];
     char host24[17];
-    std::int32_t token;                     //  41
-    std::int16_t productFlags;              //  45  1 margin, 2 delivery, 4 Margin+, 8 MTF
-    std::int32_t firstLegBand;              //  47  ten-thousandths of a price
-    std::int32_t secondLegBand;             //  51  ten-thousandths of a price
-    std::int32_t dailyBand;                 //  55  ten-thousandths of a price
-    std::int32_t basePrice;                 //  59  paise
+    std::int32_t token;                     ///<  41  of the scrip
+    std::int16_t productFlags;              ///<  45  1 margin, 2 delivery, 4 Margin+, 8 MTF
+    std::int32_t firstLegBand;              ///<  47  ten-thousandths of a price
+    std::int32_t secondLegBand;             ///<  51  ten-thousandths of a price
+    std::int32_t dailyBand;                 ///<  55  ten-thousandths of a price
+    std::int32_t basePrice;                 ///<  59  paise
     char host63[18];
 };
 static_assert(sizeof(tagProductTypeScripBasket) == 81 && std::is_trivially_copyable_v<tagProductTypeScripBasket> &&
@@ -746,15 +748,15 @@ static_assert(offsetof(tagProductTypeScripBasket, basePrice) == 59);
 
 /// A cash token and its last prices.
 struct [[gnu::packed]] tagTokenPriceRecord {  // 42 bytes
-    std::int32_t token;                     //   0
-    std::int16_t exchange;                  //   4  exchange mask; only 1 is kept
-    char symbol[13];                        //   6
-    char series[3];                         //  19
-    std::int32_t priceA;                    //  22  written by the broadcast
-    std::int32_t priceB;                    //  26
-    std::int32_t priceC;                    //  30
-    std::int32_t closePrice;                //  34  paise
-    std::int32_t lastTradedPrice;           //  38  paise
+    std::int32_t token;                     ///<   0  of the scrip
+    std::int16_t exchange;                  ///<   4  exchange mask; only 1 is kept
+    char symbol[13];                        ///<   6  of the scrip
+    char series[3];                         ///<  19  of the scrip
+    std::int32_t priceA;                    ///<  22  paise; written by the broadcast, read by nothing
+    std::int32_t priceB;                    ///<  26  paise; as priceA
+    std::int32_t priceC;                    ///<  30  paise; as priceA
+    std::int32_t closePrice;                ///<  34  paise
+    std::int32_t lastTradedPrice;           ///<  38  paise
 };
 static_assert(sizeof(tagTokenPriceRecord) == 42 && std::is_trivially_copyable_v<tagTokenPriceRecord> &&
               std::is_standard_layout_v<tagTokenPriceRecord>);
@@ -771,19 +773,19 @@ static_assert(offsetof(tagTokenPriceRecord, lastTradedPrice) == 38);
 /// The market of one scrip, as an exchange broadcasts it.
 struct [[gnu::packed]] tagBcastMBOOrMBPTouchline {  // 141 bytes
     char host0[22];
-    std::int16_t exchange;                  //  22  exchange mask
-    std::int32_t token;                     //  24  0: the record is ignored
+    std::int16_t exchange;                  ///<  22  exchange mask
+    std::int32_t token;                     ///<  24  0: the record is ignored
     char host28[8];
-    std::int32_t lastTradedPrice;           //  36  paise; 0 when there was no trade
+    std::int32_t lastTradedPrice;           ///<  36  paise; 0 when there was no trade
     char host40[43];
-    std::int32_t bestBuyPrice;              //  83  paise; inside the 12 bytes of the best bid
+    std::int32_t bestBuyPrice;              ///<  83  paise; inside the 12 bytes of the best bid
     char host87[8];
-    std::int32_t bestSellPrice;             //  95  paise; inside the 12 bytes of the best offer
+    std::int32_t bestSellPrice;             ///<  95  paise; inside the 12 bytes of the best offer
     char host99[26];
-    std::int32_t closePrice;                // 125  paise
-    std::int32_t priceA;                    // 129  stored, and passed on to the token's price record
-    std::int32_t priceB;                    // 133
-    std::int32_t priceC;                    // 137
+    std::int32_t closePrice;                ///< 125  paise
+    std::int32_t priceA;                    ///< 129  paise; stored, and passed on to the token's price record
+    std::int32_t priceB;                    ///< 133  paise; as priceA
+    std::int32_t priceC;                    ///< 137  paise; as priceA
 };
 static_assert(sizeof(tagBcastMBOOrMBPTouchline) == 141 && std::is_trivially_copyable_v<tagBcastMBOOrMBPTouchline> &&
               std::is_standard_layout_v<tagBcastMBOOrMBPTouchline>);
@@ -799,8 +801,8 @@ static_assert(offsetof(tagBcastMBOOrMBPTouchline, priceC) == 137);
 
 /// A series whose scrips are delivered whatever the order says.
 struct [[gnu::packed]] tagCompulsoryDeliverySeries {  // 5 bytes
-    char series[3];                         //   0
-    std::int16_t exchange;                  //   3  exchange mask: 1 or 8
+    char series[3];                         ///<   0  its name
+    std::int16_t exchange;                  ///<   3  exchange mask: 1 or 8
 };
 static_assert(sizeof(tagCompulsoryDeliverySeries) == 5 && std::is_trivially_copyable_v<tagCompulsoryDeliverySeries> &&
               std::is_standard_layout_v<tagCompulsoryDeliverySeries>);
@@ -813,42 +815,42 @@ static_assert(offsetof(tagCompulsoryDeliverySeries, exchange) == 3);
 /// Shares of one ISIN that one entity holds at the depository. Of a row of a start the head down to holdingQty,
 /// carriedText4, collateralPrice and haircutRate are read. Carried: passed through as it came.
 struct [[gnu::packed]] tagDPHolding {  // 303 bytes
-    char categoryCode[6];                   //   0
-    char carriedText1[16];                  //   6
-    char carriedText2[16];                  //  22
-    std::int32_t carriedLong1;              //  38
-    std::int32_t carriedLong2;              //  42
-    char carriedText3[36];                  //  46
-    char isinCode[14];                      //  82
-    std::int32_t holdingQty;                //  96  shares held
-    std::int32_t nseBlockedQty;             // 100  used up by today's sales
-    std::int32_t bseBlockedQty;             // 104
-    std::int32_t nseSarQty;                 // 108  on the sale-against-receipt account
-    std::int32_t nseSarBlockedQty;          // 112  the part of it that is used up
-    std::int32_t bseSarQty;                 // 116
-    std::int32_t bseSarBlockedQty;          // 120
-    std::int32_t nseOrderBuyQty;            // 124
-    std::int32_t nseOrderSellQty;           // 128
-    std::int32_t nseTradedBuyQty;           // 132
-    std::int32_t nseTradedSellQty;          // 136
-    double nseOrderBuyValue;                // 140
-    double nseOrderSellValue;               // 148
-    double nseTradedBuyValue;               // 156
-    double nseTradedSellValue;              // 164
-    std::int32_t bseOrderBuyQty;            // 172
-    std::int32_t bseOrderSellQty;           // 176
-    std::int32_t bseTradedBuyQty;           // 180
-    std::int32_t bseTradedSellQty;          // 184
-    double bseOrderBuyValue;                // 188
-    double bseOrderSellValue;               // 196
-    double bseTradedBuyValue;               // 204
-    double bseTradedSellValue;              // 212
-    char carriedText4[51];                  // 220
-    std::int32_t collateralQty;             // 271  that counts as collateral
-    double collateralPrice;                 // 275
-    double collateralValue;                 // 283  after the haircut
-    double saleCredit;                      // 291
-    std::int32_t haircutRate;               // 299  ten-thousandths
+    char categoryCode[6];                   ///<   0  of the entity
+    char carriedText1[16];                  ///<   6  carried
+    char carriedText2[16];                  ///<  22  carried
+    std::int32_t carriedLong1;              ///<  38  carried
+    std::int32_t carriedLong2;              ///<  42  carried
+    char carriedText3[36];                  ///<  46  carried
+    char isinCode[14];                      ///<  82  of the equity
+    std::int32_t holdingQty;                ///<  96  shares held
+    std::int32_t nseBlockedQty;             ///< 100  used up by today's sales
+    std::int32_t bseBlockedQty;             ///< 104  the same of BSE
+    std::int32_t nseSarQty;                 ///< 108  on the sale-against-receipt account
+    std::int32_t nseSarBlockedQty;          ///< 112  the part of it that is used up
+    std::int32_t bseSarQty;                 ///< 116  as nseSarQty
+    std::int32_t bseSarBlockedQty;          ///< 120  as nseSarBlockedQty
+    std::int32_t nseOrderBuyQty;            ///< 124  today's deliveries of NSE: orders and trades
+    std::int32_t nseOrderSellQty;           ///< 128  the same
+    std::int32_t nseTradedBuyQty;           ///< 132  trades alone
+    std::int32_t nseTradedSellQty;          ///< 136  the same
+    double nseOrderBuyValue;                ///< 140  paise; orders and trades
+    double nseOrderSellValue;               ///< 148  paise
+    double nseTradedBuyValue;               ///< 156  paise; trades alone
+    double nseTradedSellValue;              ///< 164  paise
+    std::int32_t bseOrderBuyQty;            ///< 172  the eight of BSE
+    std::int32_t bseOrderSellQty;           ///< 176  as of NSE
+    std::int32_t bseTradedBuyQty;           ///< 180  as of NSE
+    std::int32_t bseTradedSellQty;          ///< 184  as of NSE
+    double bseOrderBuyValue;                ///< 188  paise
+    double bseOrderSellValue;               ///< 196  paise
+    double bseTradedBuyValue;               ///< 204  paise
+    double bseTradedSellValue;              ///< 212  paise
+    char carriedText4[51];                  ///< 220  carried
+    std::int32_t collateralQty;             ///< 271  that counts as collateral
+    double collateralPrice;                 ///< 275  paise a share
+    double collateralValue;                 ///< 283  paise; after the haircut
+    double saleCredit;                      ///< 291  paise
+    std::int32_t haircutRate;               ///< 299  ten-thousandths: 2500 is 25 percent
 };
 static_assert(sizeof(tagDPHolding) == 303 && std::is_trivially_copyable_v<tagDPHolding> &&
               std::is_standard_layout_v<tagDPHolding>);
@@ -892,15 +894,15 @@ static_assert(offsetof(tagDPHolding, haircutRate) == 299);
 /// Shares that came to an entity during the day.
 struct [[gnu::packed]] tagDPUpload {  // 105 bytes
     char host0[24];
-    char categoryCode[6];                   //  24
-    char carriedText1[16];                  //  30
-    char carriedText2[16];                  //  46
-    char isinCode[14];                      //  62
-    char carriedText3[9];                   //  76
-    std::int32_t quantity;                  //  85  joins the shares held; below 0 takes off
+    char categoryCode[6];                   ///<  24  of the entity
+    char carriedText1[16];                  ///<  30  carried
+    char carriedText2[16];                  ///<  46  carried
+    char isinCode[14];                      ///<  62  of the equity
+    char carriedText3[9];                   ///<  76  carried
+    std::int32_t quantity;                  ///<  85  joins the shares held; below 0 takes off
     char host89[4];
-    double collateralPrice;                 //  93
-    std::int32_t haircutRate;               // 101  ten-thousandths
+    double collateralPrice;                 ///<  93  paise a share
+    std::int32_t haircutRate;               ///< 101  ten-thousandths
 };
 static_assert(sizeof(tagDPUpload) == 105 && std::is_trivially_copyable_v<tagDPUpload> &&
               std::is_standard_layout_v<tagDPUpload>);
@@ -916,16 +918,16 @@ static_assert(offsetof(tagDPUpload, haircutRate) == 101);
 /// Shares of one ISIN on an entity's sale-against-receipt account. The host's record may be longer.
 struct [[gnu::packed]] tagSarRow {  // 206 bytes
     char host0[24];
-    char categoryCode[6];                   //  24
+    char categoryCode[6];                   ///<  24  of the entity
     char host30[32];
-    char carriedText1[16];                  //  62
-    char carriedText2[16];                  //  78
+    char carriedText1[16];                  ///<  62  carried
+    char carriedText2[16];                  ///<  78  carried
     char host94[40];
-    std::int16_t limitMask;                 // 134  3 NSE, 0x11 BSE; another brings no shares
+    std::int16_t limitMask;                 ///< 134  3 NSE, 0x11 BSE; another brings no shares
     char host136[40];
-    std::int32_t quantity;                  // 176
+    std::int32_t quantity;                  ///< 176  shares
     char host180[12];
-    char isinCode[14];                      // 192
+    char isinCode[14];                      ///< 192  of the equity
 };
 static_assert(sizeof(tagSarRow) == 206 && std::is_trivially_copyable_v<tagSarRow> &&
               std::is_standard_layout_v<tagSarRow>);
@@ -938,11 +940,11 @@ static_assert(offsetof(tagSarRow, isinCode) == 192);
 
 /// The ISIN of an equity.
 struct [[gnu::packed]] tagSecurityIsinRow {  // 36 bytes
-    std::int32_t token;                     //   0
-    char isinCode[14];                      //   4
-    char symbol[13];                        //  18
-    char series[3];                         //  31
-    std::int16_t exchange;                  //  34  exchange mask; 1 and 8 are kept
+    std::int32_t token;                     ///<   0  of the equity
+    char isinCode[14];                      ///<   4  of the equity
+    char symbol[13];                        ///<  18  carried
+    char series[3];                         ///<  31  carried
+    std::int16_t exchange;                  ///<  34  exchange mask; 1 and 8 are kept
 };
 static_assert(sizeof(tagSecurityIsinRow) == 36 && std::is_trivially_copyable_v<tagSecurityIsinRow> &&
               std::is_standard_layout_v<tagSecurityIsinRow>);
@@ -957,16 +959,16 @@ static_assert(offsetof(tagSecurityIsinRow, exchange) == 34);
 
 /// Money that joins or leaves the fund of an entity, and the answer.
 struct [[gnu::packed]] tagRMSFundAllocationRequest {  // 388 bytes
-    std::int32_t timeStamp;                 //   0  out: calendar seconds of the answer
+    std::int32_t timeStamp;                 ///<   0  out: calendar seconds of the answer
     char host4[3];
-    std::int16_t messageCode;               //   7  out: 13002
-    std::int16_t headCode;                  //   9  out: 0 done; -100 no such entity, or none with limits over all exchanges; -1 refused
+    std::int16_t messageCode;               ///<   7  out: 13002
+    std::int16_t headCode;                  ///<   9  out: 0 done; -100 no such entity, or none with limits over all exchanges; -1 refused
     char host11[13];
-    char entityName[32];                    //  24  shown in a refusal
-    char entityKey[60];                     //  56  code of the entity
-    double requestedFund;                   // 116  above 0 a deposit, else a withdrawal
-    double usedMargin;                      // 124  out: rupees
-    char errorText[256];                    // 132  out: why it was refused
+    char entityName[32];                    ///<  24  shown in a refusal
+    char entityKey[60];                     ///<  56  code of the entity
+    double requestedFund;                   ///< 116  paise; above 0 a deposit, else a withdrawal
+    double usedMargin;                      ///< 124  out: rupees; usedMarginMax of the row, where the request was done
+    char errorText[256];                    ///< 132  out: why it was refused
 };
 static_assert(sizeof(tagRMSFundAllocationRequest) == 388 && std::is_trivially_copyable_v<tagRMSFundAllocationRequest> &&
               std::is_standard_layout_v<tagRMSFundAllocationRequest>);
@@ -985,23 +987,23 @@ static_assert(offsetof(tagRMSFundAllocationRequest, errorText) == 132);
 /// How one entity is margined at one exchange. The bytes from exchange on travel into the order record.
 struct [[gnu::packed]] tagClientRiskPreferenceInfoForSurv {  // 102 bytes
     char host0[24];
-    char preferenceCode[6];                 //  24  client or family; "*****" the default record
-    char familyCode[6];                     //  30
-    char parentCode[6];                     //  36
-    char accountCode[16];                   //  42
-    std::int32_t exchange;                  //  58  exchange mask, or -1 for the overall record
-    std::int32_t token;                     //  62  -9 = all securities
-    std::int32_t prefMarginRate;            //  66
-    std::int32_t marginAddOnFactor;         //  70  millionths
-    std::int32_t prefExtraMarginRate;       //  74  millionths of value
-    std::int32_t carried;                   //  78
-    std::int32_t preAutoSquareOffPart;      //  82  millionths of mtmLossLimit
-    std::int32_t autoSquareOffPart;         //  86  millionths of mtmLossLimit
-    std::int16_t prefMarginMode;            //  90  0 exchange rate, 1 own rate, 2 the larger
-    std::int32_t allowedProducts;           //  92  1 margin, 2 delivery, 4 Margin+, 8 MTF
+    char preferenceCode[6];                 ///<  24  client or family; "*****" the default record
+    char familyCode[6];                     ///<  30  family of a client
+    char parentCode[6];                     ///<  36  carried
+    char accountCode[16];                   ///<  42  carried
+    std::int32_t exchange;                  ///<  58  exchange mask, or -1 for the overall record
+    std::int32_t token;                     ///<  62  -9 = all securities
+    std::int32_t prefMarginRate;            ///<  66  the entity's own rate, millionths of value; on cash and loaded MCX rows whole percents (10000) alone. 0: none
+    std::int32_t marginAddOnFactor;         ///<  70  millionths
+    std::int32_t prefExtraMarginRate;       ///<  74  millionths of value
+    std::int32_t carried;                   ///<  78  carried
+    std::int32_t preAutoSquareOffPart;      ///<  82  millionths of mtmLossLimit
+    std::int32_t autoSquareOffPart;         ///<  86  millionths of mtmLossLimit
+    std::int16_t prefMarginMode;            ///<  90  0 exchange rate, 1 own rate, 2 the larger
+    std::int32_t allowedProducts;           ///<  92  1 margin, 2 delivery, 4 Margin+, 8 MTF
     char host96[2];
-    std::uint8_t marginFlags;               //  98
-    std::uint8_t fundFlags;                 //  99
+    std::uint8_t marginFlags;               ///<  98  bits: 0 exposure margin counts, 1 MTM profit, 2 MTM loss, 3 booked profit, 4 booked loss, 5 premium, 6 square-off by time, 7 by session
+    std::uint8_t fundFlags;                 ///<  99  bits: 0 square-off alone, 1 and 2 the two MTM square-off modes, 3 after-market orders are checked, 5 collateral and 6 sale credit in the fund
     char host100[2];
 };
 static_assert(sizeof(tagClientRiskPreferenceInfoForSurv) == 102 && std::is_trivially_copyable_v<tagClientRiskPreferenceInfoForSurv> &&

@@ -1,23 +1,24 @@
 #pragma once
 
-// The exported functions of the surveillance library.
-//
-// One call at a time: the library has no thread and takes no lock. Nothing is thrown. Unless told otherwise a
-// function returns 0 (done) or -1 (not done); the refusal of an order is no failure of the call. Failures of an
-// entry are told as a text to the host window (host.h).
-//
-// Ownership. Lists stay the host's. Limit and position rows handed to a start become the library's. Rows that the
-// library puts into a list are the host's to free, except limit rows in positionMode 2 and 3, which are the
-// library's live rows; host.h has helpers for both.
+/// @file
+/// The exported functions of the surveillance library.
+///
+/// One call at a time: the library has no thread and takes no lock. Nothing is thrown. Unless told otherwise a
+/// function returns 0 (done) or -1 (not done); the refusal of an order is no failure of the call. Failures of an
+/// entry are told as a text to the host window (host.h).
+///
+/// Ownership. Lists stay the host's. Limit and position rows handed to a start become the library's. Rows that the
+/// library puts into a list are the host's to free, except limit rows in positionMode 2 and 3, which are the
+/// library's live rows; host.h has helpers for both.
 
 #include <cstdint>
 
 #include "surveillance/containers.h"
 #include "surveillance/records.h"
 
+/// An exported function.
 #define SURVEILLANCE_API __attribute__((visibility("default")))
 
-struct tagBcastMBOOrMBPTouchline;
 struct tagBcastUpdateSecurityInfo;
 struct tagCheckSurveillanceInfo;
 struct tagUpdateSurveillanceInfo;
@@ -42,13 +43,17 @@ SURVEILLANCE_API void CleanupSurvManager() noexcept;
 SURVEILLANCE_API short UpdateSurvExposure(CPtrList* limitList, CPtrList* exposureList, short rpfMarginMode) noexcept;
 /// mode: 0 no mark to market; else bits 1 cash, 2 futures, 4 options.
 SURVEILLANCE_API short ComputeMTMOnOrOff(short mode) noexcept;
+/// When a scrip is marked again: after so many seconds, or at so many of its touchlines. 0 seconds: at every touchline.
 SURVEILLANCE_API short MTMTimeIntervalAndTickCount(std::int32_t seconds, short ticks) noexcept;
 /// rupees 0 switches the test off. A long start resets it to 0.
 SURVEILLANCE_API short SetMarginPlusMinOrderValue(std::int32_t rupees) noexcept;
+/// value 1: positions by client are built from orders, and the rows of a start stay alive as in positionMode 2 and 3.
 SURVEILLANCE_API short SetOrderBasedPosition(short value) noexcept;
+/// value 1: MCX quantities and values are weighted by lot.
 SURVEILLANCE_API short InitializeMCXLOTWeightOnOrOff(short value) noexcept;
 /// kind 0: square-off time, 1: square-off session. Other kinds and unknown masks change nothing.
 SURVEILLANCE_API short AddUpdateAutoSquareOffTimeSettings(short kind, short exchangeMask, short value) noexcept;
+/// Stored; nothing reads it.
 SURVEILLANCE_API short EnableTransactionLogging(short value) noexcept;
 /// Always null.
 SURVEILLANCE_API CPtrList* GetTransactionLogList() noexcept;
@@ -58,7 +63,7 @@ SURVEILLANCE_API CPtrList* GetTransactionLogList() noexcept;
 
 /// Judges an order before it goes out. request: see tagSurveillanceInfo for its variable part. status: see
 /// surv::status. limitRows: on a pass one row for each limit row touched (probe: tagBreachRow of every breach);
-/// rollbackRows: on a refusal the tagBreachRow rows of the levels undone. probe 1: try every level, keep nothing.
+/// rollbackRows: of a probe the same once more, by level. probe 1: try every level, keep nothing.
 /// Returns 0 also for a refusal; -1 for an unknown message code (status 1), a record without an exchange mask, or a
 /// null request, error record or status.
 SURVEILLANCE_API short CheckSurveillance(tagSurveillanceInfo* request, tagOrdErrMessage* error, short* status,
@@ -76,10 +81,13 @@ SURVEILLANCE_API short GetClientCode1(short kind, const tagOrderInfo& orderInfo,
 
 /// Old forms. They are refused whatever the state.
 SURVEILLANCE_API short CheckSurveillance(tagCheckSurveillanceInfo* info) noexcept;
+/// Refused, too.
 SURVEILLANCE_API short CheckSurveillance(const char* groupCode, const char* dealerCode, const char* clientCode,
                                          const tagOrderRequest* order, tagOrdErrMessage* error, short* status,
                                          CPtrList* limitRows) noexcept;
+/// Refused, too.
 SURVEILLANCE_API short UpdateSurveillance(tagUpdateSurveillanceInfo* info) noexcept;
+/// Refused, too.
 SURVEILLANCE_API short UpdateSurveillance(const char* groupCode, const char* dealerCode, const char* clientCode,
                                           const tagOrderInfo* order, const tagTradeInfo* trade,
                                           tagAdminErrMessage* error, CPtrList* limitRows) noexcept;
@@ -119,8 +127,9 @@ SURVEILLANCE_API short InitializeMarginInfo(CPtrList* list) noexcept;
 /// The values of the map are tagAdditionalMarginInfo records, entered by PutRecord of host.h; the keys are not used.
 /// The records are copied, the first of an exchange and token stands.
 SURVEILLANCE_API short InitializeAllAdditionalMarginInfo(CMapStringToOb* map) noexcept;
-/// tagMcxMarginRecord and tagNcdexExposureMarginRecord.
+/// The list holds tagMcxMarginRecord, the one below tagNcdexExposureMarginRecord; copied as above.
 SURVEILLANCE_API short InitializeMCXMarginInfo(CPtrList* records) noexcept;
+/// The same of NCDEX.
 SURVEILLANCE_API short InitializeNCDEXExposureMarginInfo(CPtrList* records) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------

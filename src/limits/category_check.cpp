@@ -9,6 +9,7 @@
 #include "limits/row_masks.h"
 #include "limits/row_tokens.h"
 #include "platform/host_list.h"
+#include "shared/refusal_table.h"
 
 namespace surv {
 namespace {
@@ -173,20 +174,20 @@ void CheckPeriodicities(CheckRun& run, Period period, const ScripTrial& trial, C
     if (order.IsDelivery()) CheckOutsideScope(run, trial, answer);
 }
 
-CategoryAnswer RefuseCategory(const char* text) {
+CategoryAnswer RefuseCategory(const RefusalRow& row) {
     CategoryAnswer answer;
     answer.passed = false;
     answer.asked = true;
-    answer.refusal = {code::kRefused, text};
+    answer.refusal = {row.code, row.text};
     return answer;
 }
 
 /// Margin funding sells what it holds, and no more. Null: nothing against the order.
-const char* MtfSellRefusal(const LevelTrial& level, const ScripTrial& expiry) {
+const RefusalRow* MtfSellRefusal(const LevelTrial& level, const ScripTrial& expiry) {
     if (level.order.productType != product::kMtf || level.order.buySell != kSell) return nullptr;
-    if (!level.flatPositions[PeriodIndex(Period::kExpiry)]) return "Fresh SELL order not allowed for MTF";
+    if (!level.flatPositions[PeriodIndex(Period::kExpiry)]) return &refusal::kMtfFreshSell;
     const tagSurvPositionData& after = expiry.after.data;
-    return after.orderSellQty > after.tradedBuyQty ? "Only Square Off Orders allowed for MTF" : nullptr;
+    return after.orderSellQty > after.tradedBuyQty ? &refusal::kMtfOversold : nullptr;
 }
 
 }  // namespace
@@ -204,7 +205,7 @@ CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode
     category.NoteOrderMarket(order, OrderRoad::kCheck);
     ConversionTrial conversion;
     const bool converts = order.IsConversion() && order.deliveryLevel;
-    if (converts && !TryConversion(category, order, conversion)) return RefuseCategory(kNoFreeQuantity);
+    if (converts && !TryConversion(category, order, conversion)) return RefuseCategory(refusal::kNoFreeQuantity);
     order.ownerInfo = category.OwnerOf(order);
     const AccountKey accountKey = MakeAccountKey(order);
     std::array<PeriodTrial, kPeriods.size()> trials;
@@ -217,7 +218,7 @@ CategoryAnswer CheckCategory(LevelTrial& level, TrialBuffers& buffers, CheckMode
     }
     const ScripTrial& expiry = trials[PeriodIndex(Period::kExpiry)].scrip;
     TryHolding(category, order, expiry.before, expiry.after);
-    if (const char* text = MtfSellRefusal(level, expiry)) return RefuseCategory(text);
+    if (const RefusalRow* row = MtfSellRefusal(level, expiry)) return RefuseCategory(*row);
 
     CategoryAnswer answer;
     for (const Period period : PeriodsOf(order)) {

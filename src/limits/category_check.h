@@ -6,9 +6,6 @@
 
 namespace surv {
 
-/// How a conversion is refused that nothing held covers.
-inline constexpr const char* kNoFreeQuantity = "Free Qty not available for Position Conversion";
-
 /// What a category says about an order.
 struct CategoryAnswer {
     bool passed = true;

@@ -5,6 +5,7 @@
 
 #include "platform/format.h"
 #include "service/manager.h"
+#include "shared/refusal_table.h"
 
 namespace surv {
 namespace {
@@ -14,10 +15,13 @@ constexpr std::int16_t kAllExchanges = 0x1FF;
 constexpr double kTenThousand = 10000.0;
 constexpr double kPaisePerRupee = 100.0;
 
-std::int16_t Refuse(tagRMSFundAllocationRequest& request, std::string_view text) {
-    request.headCode = code::kStore;
+std::int16_t Refuse(tagRMSFundAllocationRequest& request, const RefusalRow& row, std::string_view text) {
+    request.headCode = row.code;
     WriteField(request.errorText, text);
     return kNotDone;
+}
+std::int16_t Refuse(tagRMSFundAllocationRequest& request, const RefusalRow& row) {
+    return Refuse(request, row, row.text);
 }
 
 std::string EntityOf(const tagRMSFundAllocationRequest& request) { return std::string{FieldText(request.entityName)}; }
@@ -46,28 +50,24 @@ std::int16_t CSurveillanceManager::RMSFundAllocation(tagRMSFundAllocationRequest
     request.timeStamp = context_.clock.Stamp();
     CSurveillanceCategory* category = FindNamed(FieldText(request.entityKey));
     if (category) return category->RMSFundAllocation(request, limit);
-    return Refuse(request, Format("Surveillance Limits not available for  %s", EntityOf(request).c_str()));
+    return Refuse(request, refusal::kNoEntity, Format(refusal::kNoEntity.text, EntityOf(request).c_str()));
 }
 
 std::int16_t CSurveillanceCategory::RMSFundAllocation(tagRMSFundAllocationRequest& request,
                                                       BKSurveillanceLimitDefTag* limit) {
     if (CSurveillanceInfo* info = limitStores.Find(kAllExchanges)) return info->RMSFundAllocation(request, limit);
-    return Refuse(request, Format("Surveillance Limits for All Exchange Combined not available for  %s",
-                                  EntityOf(request).c_str()));
+    return Refuse(request, refusal::kNoCombinedStore,
+                  Format(refusal::kNoCombinedStore.text, EntityOf(request).c_str()));
 }
 
-/// Whatever the store or its row refuses leaves under one code.
 std::int16_t CSurveillanceInfo::RMSFundAllocation(tagRMSFundAllocationRequest& request,
                                                   BKSurveillanceLimitDefTag* limit) {
-    constexpr std::int16_t kRefusedCode = -1;
-    if (store.AllocateFund(request, limit) == kDone) return kDone;
-    request.headCode = kRefusedCode;
-    return kNotDone;
+    return store.AllocateFund(request, limit);
 }
 
 std::int16_t CSurvLimitStore::AllocateFund(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit) {
     if (CSurvLimitEntry* entry = Find(kAllSecurities)) return entry->AllocateFund(request, limit);
-    return Refuse(request, "Surveillance details not available for the Dealer");
+    return Refuse(request, refusal::kNoFundRow);
 }
 
 std::int16_t CSurvLimitEntry::AllocateFund(tagRMSFundAllocationRequest& request, BKSurveillanceLimitDefTag* limit) {
@@ -85,16 +85,16 @@ std::int16_t CSurvLimitEntry::AllocateFund(tagRMSFundAllocationRequest& request,
 std::int16_t CSurvLimitEntry::CheckFundWithdrawal(tagRMSFundAllocationRequest& request) {
     BKSurveillanceLimitDefTag& row = *row_;
     if (row.limitOptions & kRetainMultiplier) {
-        return Refuse(request, "Retain Multiplier setting should not be turned on");
+        return Refuse(request, refusal::kRetainsMultiplier);
     }
-    if (row.marginMultiplier == kNoLimitQuantity) return Refuse(request, "Margin Multiplier not set");
+    if (row.marginMultiplier == kNoLimitQuantity) return Refuse(request, refusal::kNoMarginMultiplier);
     row.marginLimit = StoredLimit(row.marginMultiplier / kTenThousand *
                                   (row.definedFund + row.baseFund + row.saleCreditFund + row.collateralFund));
     const double available = FreeFund(row);
     const double requested = request.requestedFund;
     if (available + requested >= 0 && std::isfinite(row.baseFund + requested)) return kDone;
-    return Refuse(request, Format("Insufficient Fund, Available Fund = %.2f , Requested Fund = %.2f",
-                                  available / kPaisePerRupee, requested / kPaisePerRupee));
+    return Refuse(request, refusal::kInsufficientFund,
+                  Format(refusal::kInsufficientFund.text, available / kPaisePerRupee, requested / kPaisePerRupee));
 }
 
 }  // namespace surv

@@ -110,11 +110,7 @@ bool DeliverySellApplies(const RuleInput& in) {
     const DeliverySell sell = FormDeliverySell(in);
     return sell.available - (sell.used - in.order.dpTodayFreeQty) < 0;
 }
-std::string DeliverySellText(const RuleInput& in) {
-    const bool conversion = in.order.productType == product::kConvertToDelivery;
-    const char* const form = conversion ? "Limit exceeded Set = %d, N.Used = %ld ,Prev= %d, T.Free Qty = %d "
-                                        : "Delivery Order Sell Qty Limit exceeded QTY (DP+SAR) Set = %d, Net Used = "
-                                          "%ld , (DP+SAR)Prev Blocked = %d, Today Free Qty = %d ";
+std::string DeliverySellText(const RuleInput& in, const char* form) {
     return Format(form, in.order.dpSetQty, static_cast<long>(FormDeliverySell(in).used), in.order.dpPrevBlockedQty,
                   in.order.dpTodayFreeQty);
 }
@@ -128,65 +124,101 @@ constexpr auto kMoney = Unit::kMoney;
 constexpr auto kNobody = Exempt::kNobody;
 constexpr auto kSquareOff = Exempt::kSquareOff;
 
+constexpr TextNumbers kOwn = TextNumbers::kNone;
 constexpr TextNumbers kLF = TextNumbers::kLimitFigure;
 constexpr TextNumbers kLSF = TextNumbers::kLimitStoredFigure;
 constexpr TextNumbers kFL = TextNumbers::kFigureLimit;
 constexpr TextNumbers kFLS = TextNumbers::kFigureLimitStored;
 
+constexpr const char* kProductMarginText = "Margin Limit exceeded. Set = %.2lf, Used = %.2lf (%s) (Prev = %.2lf)";
+
 // clang-format off
 constexpr std::array kRules{
     tagLimitRule{
-        RuleId::kNetQuantity, code::kNetQuantity, kAbove, kQuantity, kSquareOff, nullptr, &NetQuantity,
+        RuleId::kNetQuantity, {"net quantity", "the net quantity of the scrip's position in its worst case",
+            "netQuantityLimit", ""},
+        code::kNetQuantity, kAbove, kQuantity, kSquareOff, nullptr, &NetQuantity,
         "Net Quantity Limit exceeded",
         {kLSF, "Order failed Net Quantity check where the limit is %ld , prev. utilized was %ld and current value is %ld "},
         false, 0, 4,
         {kFLS, "Order failed Net Quantity %ld exceeded, Limit = %ld (Utilised =  % ld)"}},
     tagLimitRule{
-        RuleId::kMaxValue, code::kOrderValue, kAbove, kMoney, kNobody, nullptr, &MaxValue,
+        RuleId::kMaxValue, {"largest order by value", "value of the order",
+            "maxSingleOrderValue", ""},
+        code::kOrderValue, kAbove, kMoney, kNobody, nullptr, &MaxValue,
         "Max. Single Transaction Value exceeded",
         {kLF, "Order failed Max. Single Transaction Value Check where the limit is %.2f and current value is %.2f "},
         false, 0, 1,
         {kFL, "Order failed Max. Single Transaction Value %.2f exceeded %.2f Limit"}},
     tagLimitRule{
-        RuleId::kMaxQuantity, code::kOrderQuantity, kAbove, kQuantity, kNobody, nullptr, &MaxQuantity,
+        RuleId::kMaxQuantity, {"largest order by quantity", "quantity of the order",
+            "maxSingleOrderQty", ""},
+        code::kOrderQuantity, kAbove, kQuantity, kNobody, nullptr, &MaxQuantity,
         "Max. Single Transaction Qty. exceeded",
         {kLF, "Order failed Max. Single Transaction Qty Check where the limit is %ld and current value is %ld "},
         false, 0, 2,
         {kFL, "Order failed Max. Single Transaction Qty %ld exceeded %ld Limit"}},
     tagLimitRule{
-        RuleId::kMinValue, code::kOrderValue, Breaks::kBelow, kMoney, kNobody, nullptr, &MinValue,
+        RuleId::kMinValue, {"smallest order by value", "value of the order",
+            "minSingleOrderValue", ""},
+        code::kOrderValue, Breaks::kBelow, kMoney, kNobody, nullptr, &MinValue,
         "Minimum. Single Transaction Value Not Satisfied",
         {kLF, "Order failed Minimum. Single Transaction Value Check where the limit is %.2f and current value is %.2f "},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kMinQuantity, code::kOrderQuantity, Breaks::kBelow, kQuantity, kNobody, nullptr, &MinQuantity,
+        RuleId::kMinQuantity, {"smallest order by quantity", "quantity of the order",
+            "minSingleOrderQty", ""},
+        code::kOrderQuantity, Breaks::kBelow, kQuantity, kNobody, nullptr, &MinQuantity,
         "Min. Single Transaction Qty. Not Satisfied ",
         {kLF, "Order failed Min. Single Transaction Qty Check where the limit is %ld and current value is %ld "},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kIsin, code::kRefused, Breaks::kAlways, kMoney, kNobody, &IsinMissing, &NoFigure,
+        RuleId::kIsin, {"ISIN", "none",
+            "", "the scrip has no ISIN"},
+        code::kRefused, Breaks::kAlways, kMoney, kNobody, &IsinMissing, &NoFigure,
         nullptr,
         {TextNumbers::kNone, "ISIN Code Not Available for Buy Delivery Order"},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kNriDelivery, code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriDeliveryApplies, &NoFigure,
+        RuleId::kNriDelivery, {"NRI, to delivery", "none",
+            "", "a conversion to delivery of an NRI client"},
+        code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriDeliveryApplies, &NoFigure,
         nullptr,
         {TextNumbers::kNone, "NRI Client Position Conversion Not Allowed"},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kDeliveryMargin, code::kRefused, kAbove, kMoney, kNobody, &Buys, &DeliveryMargin,
-        nullptr, {}, false, 0x20, 0, {}, &DeliveryMarginText},
+        RuleId::kDeliveryMargin, {"margin of deliveries", "usedMarginMax before the order, the change of the order's worst case, what the preference counts, and the margin of a conversion",
+            "marginLimit", "buys"},
+        code::kRefused, kAbove, kMoney, kNobody, &Buys, &DeliveryMargin,
+        nullptr,
+        {kOwn, kProductMarginText, nullptr, nullptr, nullptr, "Limit exceeded-PC.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)"},
+        false, 0x20, 0, {}, &DeliveryMarginText},
     tagLimitRule{
-        RuleId::kDeliverySell, code::kRefused, Breaks::kAlways, kQuantity, kNobody, &DeliverySellApplies, &NoFigure,
-        nullptr, {}, false, 0, 0, {}, &DeliverySellText},
+        RuleId::kDeliverySell, {"sale of deliveries", "shares that the order takes beyond those bought, less those free today, against what is held and not blocked",
+            "", "sells beyond what was bought; of an NRI client and in a series of compulsory delivery every sale"},
+        code::kRefused, Breaks::kAlways, kQuantity, kNobody, &DeliverySellApplies, &NoFigure,
+        nullptr,
+        {kOwn,
+         "Delivery Order Sell Qty Limit exceeded QTY (DP+SAR) Set = %d, Net Used = %ld , (DP+SAR)Prev Blocked = %d, Today Free Qty = %d ",
+         nullptr, nullptr, nullptr,
+         "Limit exceeded Set = %d, N.Used = %ld ,Prev= %d, T.Free Qty = %d "},
+        false, 0, 0, {}, &DeliverySellText},
     tagLimitRule{
-        RuleId::kMarginPlusMargin, code::kRefused, kAbove, kMoney, kNobody, nullptr, &MarginPlusMargin,
-        nullptr, {}, false, 0x20, 0, {}, &MarginPlusMarginText},
+        RuleId::kMarginPlusMargin, {"margin of two-leg orders", "the largest of the three margin views, and what the preference counts",
+            "marginLimit", ""},
+        code::kRefused, kAbove, kMoney, kNobody, nullptr, &MarginPlusMargin,
+        nullptr,
+        {kOwn, "Margin Limit exceeded for Margin Plus Order.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)"},
+        false, 0x20, 0, {}, &MarginPlusMarginText},
     tagLimitRule{
-        RuleId::kMtfMargin, code::kRefused, kAbove, kMoney, kNobody, nullptr, &MtfMargin,
-        nullptr, {}, false, 0x20, 0, {}, &MtfMarginText},
+        RuleId::kMtfMargin, {"margin of margin funding", "usedMarginMax, and what the preference counts",
+            "marginLimit", ""},
+        code::kRefused, kAbove, kMoney, kNobody, nullptr, &MtfMargin,
+        nullptr, {kOwn, kProductMarginText}, false, 0x20, 0, {}, &MtfMarginText},
     tagLimitRule{
-        RuleId::kGross, code::kGrossExposure, kAbove, kMoney, Exempt::kSquareOffUnlessNoNetting, nullptr, &Gross,
+        RuleId::kGross, {"gross exposure", "usedMaxGross; on gross basis grossUsedMaxGross",
+            "grossExposureLimit", ""},
+        code::kGrossExposure, kAbove, kMoney, Exempt::kSquareOffUnlessNoNetting, nullptr, &Gross,
         "Gross Exposure Limit exceeded",
         {kLSF,
          "Order failed Gross Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
@@ -200,7 +232,9 @@ constexpr std::array kRules{
          "Order failed Gross Exposure(Grossing) %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
          nullptr}},
     tagLimitRule{
-        RuleId::kNet, code::kNetExposure, kAbove, kMoney, kSquareOff, &Buys, &Net,
+        RuleId::kNet, {"net exposure", "usedMaxNet; on gross basis grossUsedMaxNet",
+            "netExposureLimit", "buys; in an enquiry sells too"},
+        code::kNetExposure, kAbove, kMoney, kSquareOff, &Buys, &Net,
         "Net Exposure Limit exceeded",
         {kLSF,
          "Order failed Net Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
@@ -214,7 +248,9 @@ constexpr std::array kRules{
          "Order failed Net Exposure(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
          "Order failed Net Purchase(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
     tagLimitRule{
-        RuleId::kNetSale, code::kNetSaleExposure, kAbove, kMoney, kSquareOff, &Sells, &NetSale,
+        RuleId::kNetSale, {"net sale exposure", "usedMaxNetSale; on gross basis grossUsedMaxNetSale",
+            "netSaleExposureLimit", "sells; in an enquiry buys too"},
+        code::kNetSaleExposure, kAbove, kMoney, kSquareOff, &Sells, &NetSale,
         "Net Sale Exposure Limit exceeded",
         {kLSF,
          "Order failed Net Sale Exposure check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f ",
@@ -228,55 +264,83 @@ constexpr std::array kRules{
          "Order failed Net Sale Exposure(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)",
          "Order failed Net Write(Grossing)  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
     tagLimitRule{
-        RuleId::kNetPosition, code::kNetPosition, kAbove, kMoney, kSquareOff, nullptr, &NetPosition,
+        RuleId::kNetPosition, {"net position", "|usedMaxNetPosition|",
+            "netPositionLimit", ""},
+        code::kNetPosition, kAbove, kMoney, kSquareOff, nullptr, &NetPosition,
         "Net Position Limit exceeded",
         {kLSF, "Order failed Net Position check where the limit is %.2f, prev. utilized was %.2f and current value is %.2f "},
         true, 8, 0,
         {kFLS, "Order failed Net Position  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
     tagLimitRule{
-        RuleId::kPendingOrder, code::kPendingOrder, kAbove, kMoney, kNobody, nullptr, &PendingOrder,
+        RuleId::kPendingOrder, {"pending orders", "usedPendingOrder",
+            "pendingOrderLimit", ""},
+        code::kPendingOrder, kAbove, kMoney, kNobody, nullptr, &PendingOrder,
         "Pending Order Limit exceeded",
         {kLSF, "Order failed Pending Order check where the limit is %.2f, prev. utilized was %.2f and Current Value is %.2f "},
         false, 0x40, 0,
         {kFLS, "Order failed Pending Order  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
     tagLimitRule{
-        RuleId::kTurnover, code::kTurnover, kAbove, kMoney, kNobody, nullptr, &Turnover,
+        RuleId::kTurnover, {"turnover", "usedMaxTurnover",
+            "turnoverLimit", ""},
+        code::kTurnover, kAbove, kMoney, kNobody, nullptr, &Turnover,
         "Turnover Limit exceeded",
         {kLSF, "Order failed Turnover check where the limit is %.2f, prev. utilized is  % .2f and current value is %.2f "},
         true, 0x10, 0,
         {kFLS, "Order failed Turnover  %.2f exceeded, Limit = %.2f (Utilised =  % .2f)"}},
     tagLimitRule{
-        RuleId::kMtmLoss, code::kMtmLoss, kAbove, kMoney, kSquareOff, &MtmLossApplies, &MtmLoss,
+        RuleId::kMtmLoss, {"MTM loss", "|usedMtm|",
+            "mtmLossLimit", "usedMtm below 0; not on a row of one futures or options segment of NSE or BSE; on a combined row beyond equity only on its expiry side"},
+        code::kMtmLoss, kAbove, kMoney, kSquareOff, &MtmLossApplies, &MtmLoss,
         "MTM Loss Limit exceeded",
         {kLF, "Order failed MTM Loss check where the limit is %.2f, prev. utilized was %.2f "},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kSquareOffMode, code::kMtmLoss, Breaks::kAlways, kMoney, kSquareOff, &SquareOffModeApplies, &NoFigure,
+        RuleId::kSquareOffMode, {"square-off mode", "none",
+            "", "the preference, the time or the session of the exchange leaves square-offs alone"},
+        code::kMtmLoss, Breaks::kAlways, kMoney, kSquareOff, &SquareOffModeApplies, &NoFigure,
         "Only Square Off Orders allowed",
         {TextNumbers::kNone, "Only Square Off Orders allowed - User is in SquareOff mode"},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kPreAutoSquareOff, code::kMtmLoss, kAbove, kMoney, kSquareOff, &PreAutoSquareOffApplies, &PreAutoSquareOff,
+        RuleId::kPreAutoSquareOff, {"before automatic square-off", "|usedMtm| against preAutoSquareOffPart of the limit",
+            "mtmLossLimit", "usedMtm below 0, on rows of mask 511, where the overall preference has the mode on"},
+        code::kMtmLoss, kAbove, kMoney, kSquareOff, &PreAutoSquareOffApplies, &PreAutoSquareOff,
         "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode",
         {kLF, "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode (limit is %.2f, prev. utilized was %.2f)"},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kAutoSquareOff, code::kMtmLoss, kAbove, kMoney, kSquareOff, &AutoSquareOffApplies, &AutoSquareOff,
+        RuleId::kAutoSquareOff, {"automatic square-off", "|usedMtm| against autoSquareOffPart of the limit",
+            "mtmLossLimit", "usedMtm below 0, on rows of mask 511, where the overall preference has the mode on"},
+        code::kMtmLoss, kAbove, kMoney, kSquareOff, &AutoSquareOffApplies, &AutoSquareOff,
         "Only Square Off Orders allowed - MTM AutoSquareOff Mode",
         {kLF, "Only Square Off Orders allowed - MTM AutoSquareOff Mode (limit is %.2f, prev. utilized was %.2f)"},
         false, 0, 0, {}},
     tagLimitRule{
-        RuleId::kMargin, code::kRefused, kAbove, kMoney, Exempt::kSquareOffUnlessNoNettingOrConversion,
+        RuleId::kMargin, {"margin", "the largest of the three margin views, what the preference counts, and the margin of a conversion",
+            "marginLimit", "margin rows; derivatives but those of MCX only where the level asks for margin"},
+        code::kRefused, kAbove, kMoney, Exempt::kSquareOffUnlessNoNettingOrConversion,
         &MarginApplies, &GeneralMargin,
-        "Margin Limit exceeded", {}, false, 0x20, 0, {}, &GeneralMarginText},
+        "Margin Limit exceeded",
+        {kOwn, "Margin Limit exceeded.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)[UsedIM=%.2lf,PrevIM=%.2lf,EM=%.2lf,MTM=%.2lf,B.PL=%.2lf]"},
+        false, 0x20, 0, {}, &GeneralMarginText},
     tagLimitRule{
-        RuleId::kInitialMargin, code::kRefused, kAbove, kMoney, kSquareOff, &InitialMarginApplies, &InitialMargin,
-        "Initial Margin Limit exceeded", {}, false, 0x20, 0, {}, &InitialMarginText},
+        RuleId::kInitialMargin, {"initial margin", "the largest of the three margin views before the order",
+            "marginLimit", "margin rows without exposureMarginInLimit, where the level asks for margin"},
+        code::kRefused, kAbove, kMoney, kSquareOff, &InitialMarginApplies, &InitialMargin,
+        "Initial Margin Limit exceeded",
+        {kOwn, "Initial Margin Limit exceeded. Set = %.2lf, Used = %.2lf (%s) (Prev = %.2lf)"},
+        false, 0x20, 0, {}, &InitialMarginText},
     tagLimitRule{
-        RuleId::kSpanMargin, code::kRefused, kAbove, kMoney, kSquareOff, &SpanMarginApplies, &SpanMargin,
-        "SPAN Margin Limit exceeded", {}, false, 0x20, 0, {}, &SpanMarginText},
+        RuleId::kSpanMargin, {"SPAN margin", "the same and usedExposureMargin, before the order",
+            "marginLimit", "rows 13, 15, 97, 127, 257, 385, 511 with exposureMarginInLimit, where the level asks for margin"},
+        code::kRefused, kAbove, kMoney, kSquareOff, &SpanMarginApplies, &SpanMargin,
+        "SPAN Margin Limit exceeded",
+        {kOwn, "SPAN Margin Limit exceeded. Set = %.2lf, Used = %.2lf(%s) (Prev = %.2lf) [Details ->UsedIM = %.2lf, PrevIM = %.2lf, EM = %.2lf]"},
+        false, 0x20, 0, {}, &SpanMarginText},
     tagLimitRule{
-        RuleId::kNriConversion, code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriConversionApplies, &NoFigure,
+        RuleId::kNriConversion, {"NRI, to margin", "none",
+            "", "margin rows, a conversion to margin of an NRI client on a cash exchange"},
+        code::kRefused, Breaks::kAlways, kMoney, kNobody, &NriConversionApplies, &NoFigure,
         nullptr,
         {TextNumbers::kNone, "NRI client Position Conversion Not allowed"},
         false, 0, 0, {}},
@@ -296,12 +360,6 @@ const tagLimitRule& RuleOf(RuleId id) { return kRules[static_cast<std::size_t>(i
 // ---------------------------------------------------------------------------------------------------------------
 // The rule sets: which rules each has, and on which rows
 
-enum class On : std::uint8_t {
-    kNo,
-    kYes,         ///< wherever the rule applies
-    kOdd,         ///< rows of expiry and settlement
-    kSettlement,  ///< rows of cash settlement, alone or with others
-};
 struct RuleUse {
     RuleId rule;
     std::array<On, kRuleSetCount> on;
@@ -416,6 +474,7 @@ const tagLimitRule* FirstBroken(const RuleInput& in) {
 const char* PickForm(const RuleText& text, const RuleInput& in) {
     constexpr std::int16_t kOptionBits = 0x48;
     const bool option = (in.order.periodicity & kOptionBits) != 0;
+    if (text.conversion && in.order.productType == product::kConvertToDelivery) return text.conversion;
     if (in.GrossBasis()) {
         if (option && text.grossOption) return text.grossOption;
         if (text.gross) return text.gross;
@@ -454,6 +513,9 @@ Wording WordingOf(const tagLimitRule& rule, const RuleInput& in, Wording row) {
 
 }  // namespace
 
+std::span<const tagLimitRule> LimitRules() { return kRules; }
+On RuleUseOf(RuleSet set, RuleId rule) { return UseIn(set, kRuleUses[static_cast<std::size_t>(rule)]); }
+
 const tagLimitRule* FirstBrokenRule(const RuleInput& input) {
     switch (input.set) {
         case RuleSet::kGeneral: return FirstBroken<RuleSet::kGeneral>(input);
@@ -482,7 +544,7 @@ std::vector<const tagLimitRule*> BrokenReportRules(const RuleInput& input) {
 
 std::string RefusalText(const tagLimitRule& rule, const RuleInput& input, Wording row) {
     if (rule.shortText && WordingOf(rule, input, row) == Wording::kShort) return rule.shortText;
-    if (rule.wordOf) return rule.wordOf(input);
+    if (rule.wordOf) return rule.wordOf(input, PickForm(rule.longText, input));
     const RuleText& text = input.set == RuleSet::kReport ? rule.reportText : rule.longText;
     return Word(text, rule.unit, input, rule.figures(input));
 }

@@ -4,6 +4,7 @@
 // and the texts. A rule set is an ordered list of rules; the order is the order of judgement.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -74,17 +75,28 @@ enum class Exempt : std::uint8_t {
 /// Which numbers a text takes, in its order.
 enum class TextNumbers : std::uint8_t { kNone, kLimitFigure, kLimitStoredFigure, kFigureLimit, kFigureLimitStored };
 
-/// A text in its forms: on option scopes and on rows of gross basis the words differ. A null form takes the plain one.
+/// A text in its forms: on option scopes, on rows of gross basis and in conversions to delivery the words differ. A
+/// null form takes the plain one.
 struct RuleText {
     TextNumbers numbers = TextNumbers::kNone;
     const char* plain = nullptr;
     const char* option = nullptr;
     const char* gross = nullptr;
     const char* grossOption = nullptr;
+    const char* conversion = nullptr;
+};
+
+/// A rule as the page of rules tells it; no order reads this.
+struct RuleWords {
+    const char* name;
+    const char* figure;      ///< what is judged: fields of the row as it would be with the order in it
+    const char* limitField;  ///< of the row; empty: none
+    const char* when;        ///< beyond the rows and the exemption; empty: always
 };
 
 struct tagLimitRule {
     RuleId id;
+    RuleWords words;
     std::int16_t code;
     Breaks breaks;
     Unit unit;
@@ -98,9 +110,20 @@ struct tagLimitRule {
     std::uint8_t breachBitsA;
     std::uint8_t breachBitsB;
     RuleText reportText;
-    /// A text with numbers of its own, in place of the long ones; null: none.
-    std::string (*wordOf)(const RuleInput&) = nullptr;
+    /// The numbers of the long text where they aren't those of the figures: fills the form. Null: they are.
+    std::string (*wordOf)(const RuleInput&, const char* form) = nullptr;
 };
+
+/// On which rows a set has a rule.
+enum class On : std::uint8_t {
+    kNo,
+    kYes,         ///< wherever the rule applies
+    kOdd,         ///< rows of expiry and settlement
+    kSettlement,  ///< rows of cash settlement, alone or with others
+};
+/// The whole table, in the order of judgement, and where a set has a rule: for the page of rules.
+[[nodiscard]] std::span<const tagLimitRule> LimitRules();
+[[nodiscard]] On RuleUseOf(RuleSet set, RuleId rule);
 
 // Judging. A figure equal to its limit passes; a figure that isn't a number refuses, and a limit that isn't finite
 // counts as exceeded.

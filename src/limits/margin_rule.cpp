@@ -91,14 +91,11 @@ double ConversionMarginAt(const RuleInput& in) {
 
 bool HoldsExposureMargin(const RuleInput& in) { return (in.now.limitOptions & kExposureMarginInLimit) != 0; }
 
-bool IsConversionToDelivery(const RuleInput& in) { return in.order.productType == product::kConvertToDelivery; }
-
 /// "Set, used (view) and before" of the product sets.
 std::string WorstCaseText(const RuleInput& in, const char* form, double used) {
     const double before = in.stored.usedMarginMax + Adjust(in).Applied(0);
     return Format(form, LimitOf(in), used, "M", before);
 }
-constexpr const char* kProductForm = "Margin Limit exceeded. Set = %.2lf, Used = %.2lf (%s) (Prev = %.2lf)";
 
 }  // namespace
 
@@ -112,17 +109,14 @@ RuleFigures GeneralMargin(const RuleInput& in) {
 }
 
 /// Conversions to margin are always answered in short.
-std::string GeneralMarginText(const RuleInput& in) {
+std::string GeneralMarginText(const RuleInput& in, const char* form) {
     const Adjustment adjustment = Adjust(in);
     const double initial = UsedInitial(in);
     const double used = adjustment.Applied(initial);
     const double initialBefore = in.stored.usedMarginMax;
     const double before = used - initial + initialBefore;
-    return Format(
-        "Margin Limit exceeded.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)[UsedIM=%.2lf,PrevIM=%.2lf,EM=%.2lf,MTM=%.2lf,"
-        "B.PL=%.2lf]",
-        LimitOf(in), used, "I", before, initial, initialBefore, adjustment.exposureMargin, adjustment.mtm,
-        adjustment.booked);
+    return Format(form, LimitOf(in), used, "I", before, initial, initialBefore, adjustment.exposureMargin,
+                  adjustment.mtm, adjustment.booked);
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -134,7 +128,7 @@ bool InitialMarginApplies(const RuleInput& in) {
 
 RuleFigures InitialMargin(const RuleInput& in) { return Margin(in, StoredInitial(in)); }
 
-std::string InitialMarginText(const RuleInput& in) {
+std::string InitialMarginText(const RuleInput& in, const char* form) {
     const double figure = StoredInitial(in);
     const char* view = "M";
     double before = in.stored.usedMarginMax;
@@ -145,8 +139,7 @@ std::string InitialMarginText(const RuleInput& in) {
         view = "T";
         before = figure;
     }
-    return Format("Initial Margin Limit exceeded. Set = %.2lf, Used = %.2lf (%s) (Prev = %.2lf)", LimitOf(in), figure,
-                  view, before);
+    return Format(form, LimitOf(in), figure, view, before);
 }
 
 bool SpanMarginApplies(const RuleInput& in) {
@@ -156,14 +149,11 @@ bool SpanMarginApplies(const RuleInput& in) {
 
 RuleFigures SpanMargin(const RuleInput& in) { return Margin(in, StoredInitial(in) + in.stored.usedExposureMargin); }
 
-std::string SpanMarginText(const RuleInput& in) {
+std::string SpanMarginText(const RuleInput& in, const char* form) {
     const double initial = StoredInitial(in);
     const double exposure = in.stored.usedExposureMargin;
-    return Format(
-        "SPAN Margin Limit exceeded. Set = %.2lf, Used = %.2lf(%s) (Prev = %.2lf) [Details ->UsedIM = %.2lf, PrevIM = "
-        "%.2lf, EM = %.2lf]",
-        LimitOf(in), initial + exposure, "E", in.stored.usedMarginMax + exposure, initial, in.stored.usedMarginMax,
-        exposure);
+    return Format(form, LimitOf(in), initial + exposure, "E", in.stored.usedMarginMax + exposure, initial,
+                  in.stored.usedMarginMax, exposure);
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -174,23 +164,20 @@ RuleFigures DeliveryMargin(const RuleInput& in) {
     return Margin(in, adjusted + in.trial.positionMargin.worst + in.stored.usedMarginMax + ConversionMarginAt(in));
 }
 
-std::string DeliveryMarginText(const RuleInput& in) {
-    const char* const form =
-        IsConversionToDelivery(in) ? "Limit exceeded-PC.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)" : kProductForm;
+std::string DeliveryMarginText(const RuleInput& in, const char* form) {
     return WorstCaseText(in, form, in.trial.positionMargin.worst + in.stored.usedMarginMax + Adjust(in).Applied(0));
 }
 
 RuleFigures MarginPlusMargin(const RuleInput& in) { return Margin(in, UsedInitial(in) + Adjust(in).Applied(0)); }
 
-std::string MarginPlusMarginText(const RuleInput& in) {
-    return WorstCaseText(in, "Margin Limit exceeded for Margin Plus Order.Set=%.2lf,Used=%.2lf(%s)(Prev=%.2lf)",
-                         UsedInitial(in) + Adjust(in).Applied(0));
+std::string MarginPlusMarginText(const RuleInput& in, const char* form) {
+    return WorstCaseText(in, form, UsedInitial(in) + Adjust(in).Applied(0));
 }
 
 RuleFigures MtfMargin(const RuleInput& in) { return Margin(in, Adjust(in).Applied(0) + in.now.usedMarginMax); }
 
-std::string MtfMarginText(const RuleInput& in) {
-    return WorstCaseText(in, kProductForm, in.now.usedMarginMax + Adjust(in).Applied(0));
+std::string MtfMarginText(const RuleInput& in, const char* form) {
+    return WorstCaseText(in, form, in.now.usedMarginMax + Adjust(in).Applied(0));
 }
 
 }  // namespace surv

@@ -18,9 +18,8 @@ constexpr std::int16_t kNoOrder = 2070;
 Refusal NoMarket(const OrderIntake& intake) {
     const std::string symbol{FieldText(intake.order.contract.symbol)};
     const std::string series{FieldText(intake.order.contract.series)};
-    const std::string text =
-        Format("Market for %s %s does not exist. Order pending with admin", symbol.c_str(), series.c_str());
-    return {status::kNoMarket, 0, CodeUse::kNone, WithClientText(intake.clientText, text)};
+    const std::string text = Format(refusal::kNoMarket.text, symbol.c_str(), series.c_str());
+    return MakeRefusal(refusal::kNoMarket, WithClientText(intake.clientText, text));
 }
 
 /// Takes the scrip's prices, and a price for an order at market. False: there is no market.
@@ -43,8 +42,7 @@ Refusal UnknownOrLimitless(const OrderIntake& intake, const HierarchyRefusal& fa
 }
 
 Refusal NoRiskParameters(const OrderIntake& intake) {
-    return {status::kNoRiskParameters, code::kNoRiskParameters, CodeUse::kErrorCode,
-            WithClientText(intake.clientText, "RPF Details not available")};
+    return MakeRefusal(refusal::kNoRiskParameters, WithClientText(intake.clientText, refusal::kNoRiskParameters.text));
 }
 
 /// Whose conversions are answered in the order's record, too.

@@ -7,35 +7,8 @@
 namespace surv {
 namespace {
 
-/// Whose flag switches the test for limits of the segment on.
-enum class LimitTest : std::uint8_t { kCheckFlag, kMarginFlag, kAlways };
-
-struct HierarchyTest {
-    Level level;
-    const char* unknown;      ///< the code has no category
-    const char* notRelevant;  ///< it has no limits for the segment
-    LimitTest limitTest;
-    int bit;
-};
-
-/// In the order of the tests.
-constexpr std::array kTests{
-    HierarchyTest{Level::kGroup, "Limits not Set or Invalid Group Code", "Relevant Limits not Set for Group Code",
-                  LimitTest::kCheckFlag, 1},
-    HierarchyTest{Level::kDealer, "Limits not Set or Invalid Dealer Code", "Relevant Limits not Set for Dealer Code",
-                  LimitTest::kMarginFlag, 1},
-    HierarchyTest{Level::kFamily, "Limits not Set or Invalid Family Code", "Relevant Limits not Set for Family Code",
-                  LimitTest::kMarginFlag, 2},
-    HierarchyTest{Level::kClient, "Limits not Set or Invalid Client Code", "Relevant Limits not Set for Client Code",
-                  LimitTest::kCheckFlag, 4},
-    HierarchyTest{Level::kSubClient, "Limits not Set or Invalid Sub Client Code",
-                  "Relevant Limits not Set for Sub Client Code", LimitTest::kCheckFlag, 5},
-    HierarchyTest{Level::kRoot, "Limits not Set or Invalid dealer Code", "Relevant Limits not Set for Dealer Code",
-                  LimitTest::kAlways, 0},
-};
-
 const HierarchyTest& TestOf(Level level) {
-    return *std::find_if(kTests.begin(), kTests.end(),
+    return *std::find_if(kHierarchyTests.begin(), kHierarchyTests.end(),
                          [level](const HierarchyTest& test) { return test.level == level; });
 }
 
@@ -147,7 +120,7 @@ HierarchyRefusal FindHierarchy(const CSurveillanceManager& manager, const tagSur
                                const tagOrderInfoForSurv& order, CHierarchy& hierarchy) {
     const bool familiesInForce = manager.Context().settings.familyLevelEnabled;
     const std::int32_t segmentBit = SegmentToBit(order.marketSegment);
-    for (const HierarchyTest& test : kTests) {
+    for (const HierarchyTest& test : kHierarchyTests) {
         const Presence presence = PresenceOf(test.level, request, order, familiesInForce);
         if (presence == Presence::kAbsent) continue;
         const CodeText code = LevelCodeOf(test.level, request);

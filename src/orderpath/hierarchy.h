@@ -24,6 +24,33 @@ class CHierarchy {
     std::array<CSurveillanceCategory*, kLevelCount> categories_{};
 };
 
+/// Whose flag switches the test for limits of the segment on.
+enum class LimitTest : std::uint8_t { kCheckFlag, kMarginFlag, kAlways };
+
+struct HierarchyTest {
+    Level level;
+    const char* unknown;      ///< the code has no category
+    const char* notRelevant;  ///< it has no limits for the segment
+    LimitTest limitTest;
+    int bit;
+};
+
+/// In the order of the tests.
+inline constexpr std::array kHierarchyTests{
+    HierarchyTest{Level::kGroup, "Limits not Set or Invalid Group Code", "Relevant Limits not Set for Group Code",
+                  LimitTest::kCheckFlag, 1},
+    HierarchyTest{Level::kDealer, "Limits not Set or Invalid Dealer Code", "Relevant Limits not Set for Dealer Code",
+                  LimitTest::kMarginFlag, 1},
+    HierarchyTest{Level::kFamily, "Limits not Set or Invalid Family Code", "Relevant Limits not Set for Family Code",
+                  LimitTest::kMarginFlag, 2},
+    HierarchyTest{Level::kClient, "Limits not Set or Invalid Client Code", "Relevant Limits not Set for Client Code",
+                  LimitTest::kCheckFlag, 4},
+    HierarchyTest{Level::kSubClient, "Limits not Set or Invalid Sub Client Code",
+                  "Relevant Limits not Set for Sub Client Code", LimitTest::kCheckFlag, 5},
+    HierarchyTest{Level::kRoot, "Limits not Set or Invalid dealer Code", "Relevant Limits not Set for Dealer Code",
+                  LimitTest::kAlways, 0},
+};
+
 /// The first test that fails: its message and the code it shows. A null message: none failed.
 struct HierarchyRefusal {
     const char* message = nullptr;

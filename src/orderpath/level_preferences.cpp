@@ -13,23 +13,23 @@ using Record = tagClientRiskPreferenceInfoForSurv;
 struct ProductTest {
     std::int16_t productType;
     std::int32_t allowedFlag;
-    const char* refusal;
+    const RefusalRow& refused;
 };
 constexpr std::array kProductTests{
-    ProductTest{product::kMargin, 1, "Margin Order Not Allowed for "},
-    ProductTest{product::kConvertToMargin, 1, "Position Conversion failed since Margin Order Not Allowed for "},
-    ProductTest{product::kAmoMargin, 1, "AMO Margin Order Not Allowed for "},
-    ProductTest{product::kDelivery, 2, "Delivery Order Not Allowed for "},
-    ProductTest{product::kConvertToDelivery, 2, "Position Conversion failed since Delivery Order Not Allowed for "},
-    ProductTest{product::kAmoDelivery, 2, "AMO Delivery Order Not Allowed for "},
+    ProductTest{product::kMargin, 1, refusal::kMarginNotAllowed},
+    ProductTest{product::kConvertToMargin, 1, refusal::kToMarginNotAllowed},
+    ProductTest{product::kAmoMargin, 1, refusal::kAmoMarginNotAllowed},
+    ProductTest{product::kDelivery, 2, refusal::kDeliveryNotAllowed},
+    ProductTest{product::kConvertToDelivery, 2, refusal::kToDeliveryNotAllowed},
+    ProductTest{product::kAmoDelivery, 2, refusal::kAmoDeliveryNotAllowed},
 };
 
 /// Why the preference forbids the product; null when it doesn't.
-const char* ProductRefusal(const tagOrderInfoForSurv& order) {
+const RefusalRow* ProductRefusal(const tagOrderInfoForSurv& order) {
     if (!IsCashExchange(order.ExchangeMask())) return nullptr;
     for (const ProductTest& test : kProductTests) {
         const bool allowed = (order.riskPreference.allowedProducts & test.allowedFlag) != 0;
-        if (test.productType == order.productType && !allowed) return test.refusal;
+        if (test.productType == order.productType && !allowed) return &test.refused;
     }
     return nullptr;
 }
@@ -67,8 +67,6 @@ const Record* OverallRecord(const CSurveillanceCategory& category, Level level, 
     const Record* own = category.ownPreferences ? category.ownPreferences->Find(kOverallPreference) : nullptr;
     return own ? own : family;
 }
-
-constexpr const char* kConversionAfterSession = "Position conversion Not Allowed after squareoff session";
 
 bool IsAfterSquareOffSession(const tagOrderInfoForSurv& order, const CAutoSquareOffSettings& settings) {
     return settings.Get(CAutoSquareOffSettings::kSession, order.ExchangeMask()) == 1;
@@ -115,8 +113,8 @@ std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager,
     if (!found) found = manager.FindOwnPreference(category, order.ExchangeMask());
     if (found) {
         order.riskPreference = TravellingPart(*found);
-        if (const char* text = ProductRefusal(order)) {
-            return LevelRefusal{{status::kRefused, code::kRefused, CodeUse::kErrorCode, text}, level == Level::kClient};
+        if (const RefusalRow* refused = ProductRefusal(order)) {
+            return LevelRefusal{MakeRefusal(*refused), level == Level::kClient};
         }
     }
     if (const Record* overall = OverallRecord(category, level, familyCounts)) TakeOverall(order, *overall);
@@ -124,7 +122,7 @@ std::optional<LevelRefusal> ApplyLevelPreferences(CSurveillanceManager& manager,
 
     if (!CountsDeliveries(level, request)) return std::nullopt;
     if (order.IsConversion() && IsAfterSquareOffSession(order, settings.autoSquareOff)) {
-        return LevelRefusal{{status::kRefused, 0, CodeUse::kNone, kConversionAfterSession}, true};
+        return LevelRefusal{MakeRefusal(refusal::kConversionAfterSession), true};
     }
     order.deliveryLevel = order.IsDelivery() || order.IsConversion() || order.productType == product::kMtf;
     return std::nullopt;

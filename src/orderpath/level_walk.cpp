@@ -82,7 +82,7 @@ bool CLevelWalk::PriceConversion() {
 }
 
 void CLevelWalk::RefuseConversion() {
-    refusal_ = {status::kRefused, code::kRefused, CodeUse::kErrorAndHeadCode, kNoFreeQuantity};
+    refusal_ = MakeRefusal(refusal::kNoFreeQuantity);
     passing_ = false;
 }
 

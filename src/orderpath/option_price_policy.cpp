@@ -15,21 +15,11 @@ constexpr double kPercent = 100.0;
 struct Direction {
     std::int16_t side;
     PriceTest ProductReference::*test;
-    const char* callText;  ///< strike, price of the underlying
-    const char* putText;   ///< price of the underlying, strike
+    const RefusalRow& call;  ///< strike, price of the underlying
+    const RefusalRow& put;   ///< price of the underlying, strike
 };
-constexpr Direction kSelling{
-    kSell, &ProductReference::sellPriceTest,
-    "Order is not allowed as Price entered is less than the Percentage defined on the difference between the "
-    "underlying price and the strike price ; Strike Price = %.2f and LTP = %.2f of ",
-    "Order is not allowed as Price entered is less than the Percentage defined on the difference between the "
-    "underlying price and the strike price ; LTP =  %.2f and  Strike Price = %.2f of "};
-constexpr Direction kBuying{
-    kBuy, &ProductReference::buyPriceTest,
-    "Order is not allowed as Price entered is more than the Percentage defined on the difference between the "
-    "underlying price and the strike price ; Strike Price = %.2f and LTP = %.2f of ",
-    "Order is not allowed as Price entered is more than the Percentage defined on the difference between the "
-    "underlying price and the strike price ; LTP =  %.2f and  Strike Price = %.2f  of "};
+constexpr Direction kSelling{kSell, &ProductReference::sellPriceTest, refusal::kSellCallBelow, refusal::kSellPutBelow};
+constexpr Direction kBuying{kBuy, &ProductReference::buyPriceTest, refusal::kBuyCallAbove, refusal::kBuyPutAbove};
 
 bool Applies(const PolicyInput& in, const Direction& direction) {
     constexpr std::int16_t kModeWithTest = 1;
@@ -76,7 +66,7 @@ PolicyVerdict TestPrice(PolicyInput& in, const Direction& direction) {
     if (!Applies(in, direction)) return std::nullopt;
     const std::int32_t ltp = UnderlyingPrice(in, direction);
     if (ltp == 0 && !IsSquareOffAtRoot(in)) {
-        return RefusePolicy("LTP of Underlying is Not Available for the Scrip of ");
+        return RefusePolicy(refusal::kNoUnderlyingPrice);
     }
     const std::int32_t strike = in.order.contract.strikePrice;
     constexpr std::size_t kTypeLength = 2;
@@ -91,8 +81,8 @@ PolicyVerdict TestPrice(PolicyInput& in, const Direction& direction) {
     if (IsOutOfBand(direction, in.order.price, intrinsic, band) && !IsSquareOffAtRoot(in)) {
         const double strikeRupees = strike / kPaisePerRupee;
         const double ltpRupees = ltp / kPaisePerRupee;
-        return RefusePolicy(call ? Format(direction.callText, strikeRupees, ltpRupees)
-                                 : Format(direction.putText, ltpRupees, strikeRupees));
+        return call ? RefusePolicy(direction.call, Format(direction.call.text, strikeRupees, ltpRupees))
+                    : RefusePolicy(direction.put, Format(direction.put.text, ltpRupees, strikeRupees));
     }
     PriceMarketOrder(in, intrinsic);
     return std::nullopt;

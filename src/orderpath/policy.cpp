@@ -21,12 +21,12 @@ PolicyVerdict TestClosedScrip(PolicyInput& in) {
     const bool closed =
         in.manager.Context().settings.positionMode == kModeWithTest && (in.request.requestFlags & kNoNewPositions) != 0;
     if (!closed || IsSquareOffAtRoot(in)) return std::nullopt;
-    return RefusePolicy("New Positions for given scrip are not allowed for ");
+    return RefusePolicy(refusal::kNewPositionsClosed);
 }
 
 PolicyVerdict TestNamesProduct(PolicyInput& in) {
     const bool named = in.order.productType != product::kNone || !IsCashExchange(in.order.ExchangeMask());
-    return named ? std::nullopt : RefusePolicy("Wrong Product type ");
+    return named ? std::nullopt : RefusePolicy(refusal::kWrongProduct);
 }
 
 /// From here on the order carries its series without blanks.
@@ -45,7 +45,7 @@ PolicyVerdict TestNeedsDelivery(PolicyInput& in) {
     const bool delivery = product == product::kDelivery || product == product::kAmoDelivery;
     const bool nri = in.order.nriClient && IsCashExchange(in.order.ExchangeMask());
     if (delivery || (!nri && !in.order.compulsoryDelivery)) return std::nullopt;
-    return RefusePolicy("Only Delivery Order Allowed", CodeUse::kNone);
+    return RefusePolicy(refusal::kDeliveryAlone);
 }
 
 /// In the order in which they run.

@@ -22,9 +22,10 @@ struct PolicyInput {
 /// Empty: the test has nothing against the order.
 using PolicyVerdict = std::optional<PolicyAnswer>;
 
-[[nodiscard]] inline PolicyVerdict RefusePolicy(std::string text, CodeUse codeUse = CodeUse::kErrorCode) {
-    return PolicyAnswer{PolicyEnd::kRefused, {status::kRefused, code::kRefused, codeUse, std::move(text)}};
+[[nodiscard]] inline PolicyVerdict RefusePolicy(const RefusalRow& row, std::string text) {
+    return PolicyAnswer{PolicyEnd::kRefused, MakeRefusal(row, std::move(text))};
 }
+[[nodiscard]] inline PolicyVerdict RefusePolicy(const RefusalRow& row) { return RefusePolicy(row, row.text); }
 
 /// Whether the order only reduces what its account holds at the root.
 [[nodiscard]] bool IsSquareOffAtRoot(const PolicyInput& in);

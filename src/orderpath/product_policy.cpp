@@ -2,6 +2,7 @@
 #include <array>
 
 #include "orderpath/policy_tests.h"
+#include "orderpath/product_table.h"
 #include "platform/format.h"
 #include "reference/preferences.h"
 #include "service/manager.h"
@@ -10,22 +11,6 @@ namespace surv {
 namespace {
 
 using Preference = tagClientRiskPreferenceInfoForSurv;
-
-/// The products that a scrip may be closed to, and two that a holder's preference must allow.
-struct ProductPolicy {
-    std::int16_t productType;
-    std::int16_t flag;  ///< in allowedProducts and productFlags
-    const char* name;
-    const char* ownAccountName;  ///< null: no preference is asked here
-};
-constexpr std::array kProducts{
-    ProductPolicy{product::kMarginPlus, 4, "Margin+", "Margin+"},
-    ProductPolicy{product::kMtf, 8, "MTF", "MarginFunding"},
-    ProductPolicy{product::kDelivery, 2, "Delivery", nullptr},
-    ProductPolicy{product::kAmoDelivery, 2, "Delivery", nullptr},
-    ProductPolicy{product::kMargin, 1, "Margin", nullptr},
-    ProductPolicy{product::kAmoMargin, 1, "Margin", nullptr},
-};
 
 const ProductPolicy* PolicyOf(std::int16_t productType) {
     const auto found = std::find_if(kProducts.begin(), kProducts.end(),
@@ -48,12 +33,14 @@ std::string SymbolOf(const PolicyInput& in) { return std::string{FieldText(in.or
 // ---------------------------------------------------------------------------------------------------------------
 // The holder's preference
 
-PolicyVerdict NotSet(const char* name) { return RefusePolicy(Format("%s Order Preference Not Set for ", name)); }
+PolicyVerdict NotSet(const char* name) {
+    return RefusePolicy(refusal::kPreferenceNotSet, Format(refusal::kPreferenceNotSet.text, name));
+}
 
 /// A record that forbids the product refuses; none doesn't.
 PolicyVerdict TestRecord(const Preference* record, const ProductPolicy& policy, const char* name) {
     if (!record || (record->allowedProducts & policy.flag)) return std::nullopt;
-    return RefusePolicy(Format("%s Order Not Allowed for ", name));
+    return RefusePolicy(refusal::kProductNotAllowed, Format(refusal::kProductNotAllowed.text, name));
 }
 
 /// The dealer's own preferences: a missing record refuses too.
@@ -92,7 +79,7 @@ std::string_view AskedCode(const PolicyInput& in, const ProductPolicy& policy) {
 PolicyVerdict TestScrip(const PolicyInput& in, const ProductPolicy& policy) {
     const tagProductTypeScripBasket* basket = BasketOf(in);
     if (!basket || (basket->productFlags & policy.flag)) return std::nullopt;
-    return RefusePolicy(Format("%s Order Not Allowed for the scrip - %s for ", policy.name, SymbolOf(in).c_str()));
+    return RefusePolicy(refusal::kScripClosed, Format(refusal::kScripClosed.text, policy.name, SymbolOf(in).c_str()));
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -137,21 +124,16 @@ PriceRange TriggerRange(const tagProductTypeScripBasket& basket, const LegPrices
 PolicyVerdict TestLegsAgainstEachOther(const tagOrderInfoForSurv& order, const LegPrices& prices) {
     if (order.marginPlusLeg != kSecondLeg) {
         if (order.buySell == kBuy && order.firstLegPrice < order.secondLegPrice) {
-            return RefusePolicy(
-                Format("Wrong Price for Margin Plus Buy Order -FirstLegPrice[%.2f] and SecondLegPrice[%.2f] for ",
-                       prices.first, prices.second));
+            return RefusePolicy(refusal::kBuyLegsWrong,
+                                Format(refusal::kBuyLegsWrong.text, prices.first, prices.second));
         }
         if (order.buySell == kSell && order.firstLegPrice > order.secondLegPrice) {
-            return RefusePolicy(
-                Format("Wrong Price for Margin Plus Sell Order -FirstLegPrice[%.2f] and SecondLegPrice[%.2f] for ",
-                       prices.first, prices.second));
+            return RefusePolicy(refusal::kSellLegsWrong,
+                                Format(refusal::kSellLegsWrong.text, prices.first, prices.second));
         }
     }
     if (order.triggerPrice != order.secondLegPrice) return std::nullopt;
-    return RefusePolicy(Format(
-        "Trigger Price and Limit Price should not be equal for Margin Plus Order - Trigger Price[%.2f] and Limit "
-        "Price[%.2f] for ",
-        prices.trigger, prices.second));
+    return RefusePolicy(refusal::kTriggerIsLimit, Format(refusal::kTriggerIsLimit.text, prices.trigger, prices.second));
 }
 
 PolicyVerdict TestRanges(const PolicyInput& in, const tagProductTypeScripBasket& basket, const LegPrices& prices) {
@@ -159,16 +141,16 @@ PolicyVerdict TestRanges(const PolicyInput& in, const tagProductTypeScripBasket&
     const PriceRange day = DayRange(basket);
     const PriceRange trigger = TriggerRange(basket, prices, in.order.buySell == kSell);
     if (!day.Holds(prices.first)) {
-        return RefusePolicy(Format("First Leg Price out of Daily Price Range[%.2f - %.2f] of Symbol-[%s] for ", day.low,
-                                   day.high, symbol.c_str()));
+        return RefusePolicy(refusal::kFirstLegOutOfDay,
+                            Format(refusal::kFirstLegOutOfDay.text, day.low, day.high, symbol.c_str()));
     }
     if (!day.Holds(prices.second)) {
-        return RefusePolicy(Format("Limit Price out of Daily Price Range[%.2f - %.2f] of Symbol-[%s] for ", day.low,
-                                   day.high, symbol.c_str()));
+        return RefusePolicy(refusal::kLimitOutOfDay,
+                            Format(refusal::kLimitOutOfDay.text, day.low, day.high, symbol.c_str()));
     }
     if (!trigger.Holds(prices.trigger)) {  // shown from its upper end
-        return RefusePolicy(Format("Trigger Price out of range[%.2f - %.2f] of Symbol-[%s] for ", trigger.high,
-                                   trigger.low, symbol.c_str()));
+        return RefusePolicy(refusal::kTriggerOutOfRange,
+                            Format(refusal::kTriggerOutOfRange.text, trigger.high, trigger.low, symbol.c_str()));
     }
     return std::nullopt;
 }
@@ -177,9 +159,7 @@ PolicyVerdict TestLeastValue(const PolicyInput& in, const LegPrices& prices) {
     const double least = in.manager.Context().settings.marginPlusMinOrderValue;
     const double value = prices.first * in.order.firstLegQuantity;
     if (least <= 0 || value >= least) return std::nullopt;
-    return RefusePolicy(
-        Format("Order failed Min. Margin Plus Order Value Check where the limit = %.2f and current value = %.2f for",
-               least, value));
+    return RefusePolicy(refusal::kLeastMarginPlusValue, Format(refusal::kLeastMarginPlusValue.text, least, value));
 }
 
 }  // namespace
@@ -201,7 +181,7 @@ PolicyVerdict TestMarginPlusShape(PolicyInput& in) {
     const tagProductTypeScripBasket* basket = BasketOf(in);
     if (!basket) {
         NameFailedLevel(in, kRootCode);
-        return RefusePolicy("Product Scrip Basket Info not available for ");
+        return RefusePolicy(refusal::kNoBasket);
     }
     if (PolicyVerdict refusal = TestScrip(in, *PolicyOf(product::kMarginPlus))) return refusal;
     const LegPrices prices(order);
@@ -235,7 +215,7 @@ PolicyVerdict TestAfterMarket(PolicyInput& in) {
     if (!overall) return NotSet("AMO");
     if (!(overall->fundFlags & kAfterMarketChecked)) return PolicyAnswer{PolicyEnd::kPassesAtOnce, {}};
     if (!delivery) return std::nullopt;
-    if (in.IsOwnAccount()) return RefusePolicy("AMO Pro Delivery Order Not Allowed for .");
+    if (in.IsOwnAccount()) return RefusePolicy(refusal::kAfterMarketOwnDelivery);
     order.productType = product::kDelivery;
     return std::nullopt;
 }

@@ -2,16 +2,15 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "platform/clock.h"
 #include "platform/fixed_text.h"
+#include "shared/refusal_table.h"
 #include "surveillance/codes.h"
 #include "surveillance/records.h"
 
 namespace surv {
-
-/// How a refusal writes errorCode: not at all, or with or without headCode beside it.
-enum class CodeUse : std::uint8_t { kNone, kErrorCode, kErrorAndHeadCode };
 
 /// Why an order is refused, as it goes to the host.
 struct Refusal {
@@ -20,6 +19,12 @@ struct Refusal {
     CodeUse codeUse = CodeUse::kNone;
     std::string text;
 };
+
+/// A refusal of the table, in its own words or in those formed from them.
+[[nodiscard]] inline Refusal MakeRefusal(const RefusalRow& row, std::string text) {
+    return {row.status, row.code, row.codeUse, std::move(text)};
+}
+[[nodiscard]] inline Refusal MakeRefusal(const RefusalRow& row) { return MakeRefusal(row, row.text); }
 
 /// Writes status and error record. The time is set on every refusal.
 inline void WriteRefusal(const Refusal& refusal, const CClock& clock, tagOrdErrMessage& error, short& status) {

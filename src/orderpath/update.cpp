@@ -5,6 +5,7 @@
 #include "orderpath/intake.h"
 #include "orderpath/market_price.h"
 #include "orderpath/policy.h"
+#include "orderpath/refusal.h"
 #include "orderpath/risk_lookup.h"
 #include "orderpath/trial_scope.h"
 #include "service/manager.h"
@@ -65,7 +66,7 @@ std::int16_t CSurveillanceManager::UpdateSurveillance(tagSurveillanceInfo& reque
 
     const bool rpfAvailable = !NeedsRiskParameters(order) || FindRiskParameters(context_, order);
     if (!rpfAvailable && context_.settings.positionMode == 1) {
-        WriteError(error, "RPF Details not available");
+        WriteError(error, refusal::kNoRiskParameters.text);
         if (error) error->errorCode = code::kNoRiskParameters;
         return kDone;
     }

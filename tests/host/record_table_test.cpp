@@ -30,7 +30,7 @@ std::map<std::string, std::vector<Member>> ReadHeader() {
         std::size_t offset = 0;
         words >> first >> second >> third;
         if (first == "struct") record = third;
-        if (third != "//" || second.find(';') == std::string::npos || !(words >> offset)) continue;
+        if (third != "///<" || second.find(';') == std::string::npos || !(words >> offset)) continue;
         records[record].push_back({first, second.substr(0, second.find_first_of("[;")), offset});
     }
     return records;

@@ -194,17 +194,7 @@ void DumpClientBook(std::string& out, const CClientBook& book) {
 }  // namespace
 
 BKSurveillanceLimitDefTag EmptyLimit(std::string_view entity, std::int16_t mask, std::int32_t token) {
-    BKSurveillanceLimitDefTag row{};
-    Put(row.entityCode, entity);
-    row.limitMask = mask, row.token = token;
-    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = kNoLimit;
-    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.maxSingleOrderValue = kNoLimit;
-    row.marginLimit = row.minSingleOrderValue = kNoLimit;
-    row.maxSingleOrderQty = row.netQuantityLimit = row.minSingleOrderQty = kNoLimitQuantity;
-    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
-    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
-    row.mtmLossMultiplier = row.marginMultiplier = -1;
-    return row;
+    return UnlimitedRow(entity, token, mask);
 }
 
 BKExposureTag PositionRow(std::string_view level, std::int16_t mask, std::int32_t traded, std::string_view account,
