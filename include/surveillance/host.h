@@ -57,6 +57,17 @@ void FreeRows(CPtrList& list) {
 /// Empties a list of live rows.
 inline void ForgetRows(CPtrList& list) { list.RemoveAll(); }
 
+/// Gives a row, which is made of zeros, no limit at all: a limit of 0 lets nothing pass.
+inline void SetNoLimits(BKSurveillanceLimitDefTag& row) {
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;
+    row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.marginLimit = -1;
+    row.maxSingleOrderValue = row.minSingleOrderValue = -1;
+    row.maxSingleOrderQty = row.minSingleOrderQty = row.netQuantityLimit = -1;
+    row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
+    row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
+    row.mtmLossMultiplier = row.marginMultiplier = -1;
+}
+
 /// Enters a record into a map for InitializeAllAdditionalMarginInfo. The map points at it: keep it until after the
 /// call.
 inline void PutRecord(CMapStringToOb& map, const char* key, tagAdditionalMarginInfo& record) {

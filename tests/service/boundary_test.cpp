@@ -29,12 +29,7 @@ BKSurveillanceLimitDefTag Row(const char* entity) {
     BKSurveillanceLimitDefTag row{};
     Put(row.entityCode, entity);
     row.limitMask = 3, row.token = -9;
-    const double none = -1;
-    for (const std::size_t at : {46, 54, 62, 70, 78, 86, 94, 102, 114, 467}) {
-        std::memcpy(reinterpret_cast<char*>(&row) + at, &none, sizeof none);
-    }
-    row.maxSingleOrderQty = row.netQuantityLimit = row.minSingleOrderQty = -1;
-    std::memset(reinterpret_cast<char*>(&row) + offsetof(BKSurveillanceLimitDefTag, grossExposureMultiplier), 0xFF, 32);
+    SetNoLimits(row);
     return row;
 }
 
@@ -314,7 +309,7 @@ Names ExportedNames() {
 TEST(Exports, TheLibraryShowsWhatItsHeadersDeclareAndNothingElse) {
     const std::string mark = "\nSURVEILLANCE_API ";
     Names declared;
-    for (const char* header : {"surveillance.h", "host.h"}) {
+    for (const char* header : {"surveillance.h", "host.h", "surveillance_c.h"}) {
         std::ifstream file(SURVEILLANCE_SOURCE_DIR "/include/surveillance/" + std::string(header));
         const std::string text(std::istreambuf_iterator<char>(file), {});
         for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
