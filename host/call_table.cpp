@@ -359,6 +359,7 @@ constexpr std::array kCalls{
 
 ScriptError UnknownCall(const std::string& name) {
     std::vector<std::string_view> names;
+    names.reserve(kCalls.size());
     for (const Call& call : kCalls) names.push_back(call.name);
     return ScriptError(fmt::format("unknown call \"{}\"{}", name, Suggestion(name, names)));
 }

@@ -82,9 +82,11 @@ void surv_ListFreeRows(int kind, CPtrList* list) noexcept {
 }
 
 CMapStringToOb* surv_MapNew() noexcept {
-    CMapStringToOb* map = nullptr;
-    static_cast<void>(Entered([&] { map = new CMapStringToOb; }));
-    return map;
+    try {
+        return new CMapStringToOb;
+    } catch (...) {
+        return nullptr;
+    }
 }
 void surv_MapDelete(CMapStringToOb* map) noexcept { delete map; }
 short surv_MapPut(CMapStringToOb* map, const char* key, tagAdditionalMarginInfo* record) noexcept {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "surveillance/host.h"
+#include "surveillance/surveillance_c.h"
 
 namespace {
 
@@ -237,6 +238,14 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
         {"fund request", -1, [&] { return RMSFundAllocation(nullptr, &row); }},
         {"fund row", -1, [&] { return RMSFundAllocation(&fund, nullptr); }},
         {"account record", -1, [&] { return GetClientCode1(0, {}, nullptr, code); }},
+        {"C, list", -1, [&] { return surv_ListAdd(nullptr, &row); }},
+        {"C, walk", 0, [] { return static_cast<short>(surv_ListCount(nullptr) + !!surv_ListNext(nullptr, nullptr)); }},
+        {"C, kind", 0, [] { return static_cast<short>(surv_RowNew(4) != nullptr); }},
+        {"C, map", -1, [] { return surv_MapPut(nullptr, "", nullptr); }},
+        {"C, row", -1, [&] { return surv_RemoveSurvLimits(nullptr, &error); }},
+        {"C, live row", -1, [&] { return surv_GetSurvPositions(code, 3, -9, nullptr); }},
+        {"C, stored order", -1, [&] { return surv_GetClientCode1(0, nullptr, "", code); }},
+        {"C, security", -1, [] { return surv_CheckAndUpdateSecurityInfo(nullptr); }},
     };
     for (const auto& [name, result, call] : cases) EXPECT_EQ(call(), result) << name;
     EXPECT_EQ(Texts(), Strings{});
