@@ -61,6 +61,15 @@ class CPtrList {
         delete node;
         return element;
     }
+    /// Takes over the elements of another list, behind its own. Needs no memory; the other list is empty then.
+    void TakeAll(CPtrList& other) {
+        if (other.IsEmpty()) return;
+        (tail_ ? tail_->next : head_) = other.head_;
+        tail_ = other.tail_;
+        count_ += other.count_;
+        other.head_ = other.tail_ = nullptr;
+        other.count_ = 0;
+    }
     /// Forgets the elements; frees none of them.
     void RemoveAll() {
         while (head_) RemoveHead();

@@ -10,13 +10,15 @@
 #include "surveillance/surveillance.h"
 
 /// Receives a text: message 1131, wParam 5. It is called on the host's own thread, inside the call that has
-/// something to say, and the text is good only until it returns.
+/// something to say, and the text is good only until it returns. A function of the library that it calls does nothing
+/// and answers its failure, without a text: the call that speaks isn't done yet.
 using HostWindowFunction = void (*)(void* context, unsigned message, unsigned wParam, const char* text);
 
 /// A null function drops every text from then on.
 SURVEILLANCE_API void SetHostWindow(HostWindowFunction window, void* context) noexcept;
 
-/// Gives calendar seconds (UTC epoch). A null function puts the real clock back.
+/// Gives calendar seconds (UTC epoch). A null function puts the real clock back. Like the window's, the function must
+/// not call the library.
 using HostClockFunction = std::int64_t (*)(void* context);
 SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexcept;
 

@@ -19,7 +19,7 @@ std::int16_t AtCategories(const CSurveillanceManager& manager, int kind, std::st
     if (kind == kEvery) {
         for (const auto& category : manager.categories) work(*category.value);
     } else if (kind == kOne) {
-        CSurveillanceCategory* category = manager.FindCategory(code);
+        CSurveillanceCategory* category = manager.FindNamed(code);
         if (!category) return kNotDone;
         work(*category);
     }

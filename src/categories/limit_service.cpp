@@ -131,7 +131,7 @@ void RebuildForReading(BKSurveillanceLimitDefTag& row, const tagClientRiskPrefer
 std::int16_t CSurveillanceManager::GetSurvPositions(std::string_view entityCode, std::int16_t limitMask,
                                                     std::int32_t token, BKSurveillanceLimitDefTag*& limit) {
     limit = nullptr;
-    CSurveillanceCategory* category = FindCategory(entityCode);
+    CSurveillanceCategory* category = FindNamed(entityCode);
     if (!category) return kNotDone;
     if (CSurvLimitEntry* entry = category->FindRow(limitMask, token)) {
         RebuildForReading(entry->Row(), FundPreference(*category, context_.settings));

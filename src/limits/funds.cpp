@@ -22,12 +22,6 @@ std::int16_t Refuse(tagRMSFundAllocationRequest& request, std::string_view text)
 
 std::string EntityOf(const tagRMSFundAllocationRequest& request) { return std::string{FieldText(request.entityName)}; }
 
-/// The category of the request's key; a key that is longer than any code names none.
-CSurveillanceCategory* FindEntity(const CSurveillanceManager& manager, const tagRMSFundAllocationRequest& request) {
-    const std::string_view key = FieldText(request.entityKey);
-    return key.size() <= sizeof(BKSurveillanceLimitDefTag::entityCode) ? manager.FindCategory(key) : nullptr;
-}
-
 /// Each limit that is set follows the fund alone, whatever else counts when an order or a reader rebuilds it.
 void DeriveFromFund(BKSurveillanceLimitDefTag& row) {
     DeriveLimits(row, [&row](double stored, std::int32_t multiplier) {
@@ -50,7 +44,7 @@ std::int16_t CSurveillanceManager::RMSFundAllocation(tagRMSFundAllocationRequest
                                                      BKSurveillanceLimitDefTag* limit) {
     request.messageCode = kFundAnswer;
     request.timeStamp = context_.clock.Stamp();
-    CSurveillanceCategory* category = FindEntity(*this, request);
+    CSurveillanceCategory* category = FindNamed(FieldText(request.entityKey));
     if (category) return category->RMSFundAllocation(request, limit);
     return Refuse(request, Format("Surveillance Limits not available for  %s", EntityOf(request).c_str()));
 }

@@ -13,8 +13,8 @@ namespace surv {
 class CSurveillanceCategory;
 
 /// The market of one scrip, as the broadcast last told it, and who is marked by it. Prices are paise, 0 when there is
-/// none.
-struct CBroadcastScrip {
+/// none. What a touchline that isn't due touches comes first, in one line of the cache.
+struct alignas(64) CBroadcastScrip {
     std::int16_t exchange = 0;        ///< exchange mask
     std::int32_t broadcastToken = 0;  ///< 0: made by a trade, and no touchline has come yet
     std::int32_t lastTradedPrice = 0;
@@ -25,6 +25,11 @@ struct CBroadcastScrip {
     std::int32_t priceB = 0;
     std::int32_t priceC = 0;
 
+    // When it was last marked.
+    std::int32_t lastComputedPrice = 0;  ///< lastTradedPrice at that time
+    std::int64_t lastComputeTime = 0;    ///< calendar seconds
+    std::int64_t tickCount = 0;          ///< touchlines since then
+
     tagContractDescriptor security{};  ///< with underlyingToken, from whoever names the scrip first
     std::int32_t underlyingToken = 0;
     std::int32_t scripToken = -1;          ///< -1: the security isn't set
@@ -33,11 +38,6 @@ struct CBroadcastScrip {
     HashSet<CSurveillanceCategory*> categories;  ///< that hold the scrip; not owned
     /// The same by PeriodGroupKey of their levels, for the screens of houses that hold positions by client.
     HashMap<std::int16_t, HashSet<CSurveillanceCategory*>> categoriesByLevel{13};
-
-    // When it was last marked.
-    std::int64_t lastComputeTime = 0;    ///< calendar seconds
-    std::int64_t tickCount = 0;          ///< touchlines since then
-    std::int32_t lastComputedPrice = 0;  ///< lastTradedPrice at that time
 
     /// A category stands once; null is ignored. It is filed under the levels that it has now.
     void AddCategory(CSurveillanceCategory* category);

@@ -78,7 +78,7 @@ void CClientExposure::CollectRows(std::int16_t mask, std::int32_t token, CPtrLis
     CollectPositions(mask, token, positions);
     for (const CSurvPosition* position : positions) {
         auto row = std::make_unique<BKExposureTag>();
-        FillRowFromPosition(position->data, *row);
+        FillRowFromPosition(position->GetPositionData(), *row);
         HandOver(list, std::move(row));
     }
 }

@@ -17,7 +17,7 @@ bool HasTraded(const tagSurvPositionData& data) { return data.tradedBuyQty >= 1 
 CCategoryRows::CCategoryRows(const CSurveillanceCategory& category, std::string_view code, const ProductForm& form,
                              std::int16_t mask, CPtrList& list)
     : category_(category),
-      code_(code),
+      isRoot_(code == kRootCode),
       form_(form),
       mask_(mask),
       list_(list),
@@ -43,16 +43,20 @@ CClientExposure* CCategoryRows::FindAccount(std::string_view group, std::string_
     return found && HoldsAnything(*found) ? found : nullptr;
 }
 
-bool CCategoryRows::TrimCodes(HolderCodes& codes) {
-    codes.group.Trim();
+bool CCategoryRows::TrimAccount(HolderCodes& codes) {
     codes.account.Trim();
     return codes.account.View().size() <= kLongestAccount;
+}
+
+bool CCategoryRows::TrimCodes(HolderCodes& codes) {
+    codes.group.Trim();
+    return TrimAccount(codes);
 }
 
 /// The accounts of the category stand under six forms.
 bool CCategoryRows::SumsByDealer() const {
     const bool dealer = place_.level == 0 || place_.level == kDealerPlace;
-    return code_ == kRootCode || (dealer && place_.secondLevel == kDealerPlace);
+    return isRoot_ || (dealer && place_.secondLevel == kDealerPlace);
 }
 
 bool CCategoryRows::IsShown(const tagSurvPositionData& data, Shown shown) const {
@@ -123,7 +127,7 @@ CClientExposure* CCategoryRows::FindTotalled(std::string_view group, std::string
 
 CClientExposure* CCategoryRows::FindOwn(std::string_view group, std::string_view account) const {
     const auto [level, second] = place_;
-    const bool plainly = account == kEverybodyCode || code_ != kRootCode;
+    const bool plainly = account == kEverybodyCode || !isRoot_;
     if (plainly && !(level == kDealerPlace && second == kDealerPlace)) {
         CClientExposure* const plain = FindAccount(group, account);
         const bool summed = settings_.positionMode == 3 && level == kGroupPlace;
@@ -141,7 +145,7 @@ void CCategoryRows::AddAccountTotalRows(HolderCodes& codes) const {
 
 void CCategoryRows::AddOwnAccountTotalRows(HolderCodes& codes) const {
     if (codes.account.View() == kEveryAccount) return AddAllAccountTotals();
-    if (!TrimCodes(codes)) return;
+    if (!TrimAccount(codes)) return;
     AddAccountTotal(FindOwn(codes.group.View(), codes.account.View()), Shown::kTraded);
 }
 
@@ -156,7 +160,7 @@ void CCategoryRows::AddHolderTotals(HolderCodes& codes, std::int32_t token, Find
     for (const auto& holder : *holders) {
         if (!holder.value->position.data.scripInfo) continue;
         const auto [group, account] = SplitAccountKey(holder.key.View());
-        codes.group.Write(group);
+        codes.group.Write(Trimmed(group));
         const CClientExposure* const found = (this->*find)(group, account);
         if (found && seen.Insert(found)) AddAccountTotal(found, shown);
     }

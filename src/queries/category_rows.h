@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "categories/category.h"
@@ -24,7 +25,8 @@ inline constexpr std::int16_t kFamilyPlace = 8;
 /// level types of the account. "ALL" stands for every account.
 class CCategoryRows {
  public:
-    /// code: under which the caller knows the category; the root's is "-". All arguments outlive the builder.
+    /// code: under which the caller knows the category; the root's is "-". What is given by reference outlives the
+    /// builder.
     CCategoryRows(const CSurveillanceCategory& category, std::string_view code, const ProductForm& form,
                   std::int16_t mask, CPtrList& list);
 
@@ -57,7 +59,8 @@ class CCategoryRows {
     [[nodiscard]] const Holders* FindHolders(const PositionKey& key) const;
     [[nodiscard]] CClientExposure* FindAccount(std::string_view group, std::string_view account) const;
     [[nodiscard]] bool SumsByDealer() const;
-    /// Trims the codes in the caller's buffers. False: the account's code is longer than any.
+    /// Trim the codes in the caller's buffers, the account's or both. False: the account's is longer than any.
+    [[nodiscard]] static bool TrimAccount(HolderCodes& codes);
     [[nodiscard]] static bool TrimCodes(HolderCodes& codes);
 
     // The account that a plain code stands for (account_totals.cpp); null: none is shown.
@@ -72,7 +75,7 @@ class CCategoryRows {
     [[nodiscard]] bool IsWalked(const PositionKey& key) const;
     [[nodiscard]] bool IsNettedWalked(const PositionKey& key) const;
     [[nodiscard]] bool IsHolderWalked(const PositionKey& key) const;
-    [[nodiscard]] FixedText<16> ScripRowsForm(std::string_view group, std::string_view account) const;
+    [[nodiscard]] std::optional<FixedText<16>> ScripRowsForm(std::string_view group, std::string_view account) const;
     [[nodiscard]] bool IsPassedOver(std::string_view account, const tagPositionOwnerInfo* owner) const;
     void AddPositionRows(std::string_view group, std::string_view account, std::int32_t token) const;
     void AddAllPositionRows(std::int32_t token) const;
@@ -85,7 +88,7 @@ class CCategoryRows {
     [[nodiscard]] std::unique_ptr<BKExposureTag> RowOf(const tagSurvPositionData& data) const;
 
     const CSurveillanceCategory& category_;
-    std::string_view code_;
+    bool isRoot_;
     const ProductForm& form_;
     std::int16_t mask_;
     CPtrList& list_;

@@ -17,7 +17,9 @@ class CCodeArgument {
 
     [[nodiscard]] std::string_view View() const { return text_.View(); }
     void Trim() { Write(Trimmed(View())); }
+    /// A buffer that holds the code already isn't written to.
     void Write(std::string_view code) {
+        if (code == View()) return;
         text_ = FixedText<32>{code};
         const std::string_view text = View();
         const std::size_t length = std::min(text.size(), room_);

@@ -137,7 +137,7 @@ void WalkLevels(const CSurveillanceManager& manager, const QueryKind& kind, cons
         }
         return;
     }
-    if (query.token == kAllSecurities) return;
+    if (query.token < 0 || query.token >= kTokenSpan) return;  // its key could be another exchange's
     const int shift = kind.ofFamilies ? form.levelWalkShift : 0;
     const int exchangeMask = LimitMaskToExchangeMask(query.periodicity) + shift;
     const CBroadcastScrip* scrip =
@@ -169,7 +169,7 @@ std::int16_t CSurveillanceManager::GetNetPositionInfoFromDll(NetPositionQuery qu
         WalkLevels(*this, *kind, query, form, addRows);
         return kDone;
     }
-    const CSurveillanceCategory* const category = FindCategory(query.categoryCode);
+    const CSurveillanceCategory* const category = FindNamed(query.categoryCode);
     if (!category) return kNotDone;
     addRows(*category);
     return kDone;

@@ -93,7 +93,7 @@ void CSurveillanceManager::CaptureAllSurveillancePositions(CPtrList* limitRows, 
 }
 
 void CSurveillanceManager::DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const {
-    const CSurveillanceCategory* category = FindCategory(code);
+    const CSurveillanceCategory* category = FindNamed(code);
     if (category && limitRows) category->AppendLimitRows(*limitRows);
 }
 

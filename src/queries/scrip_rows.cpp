@@ -88,12 +88,13 @@ void CCategoryRows::AddAllPositionRows(std::int32_t token) const {
     }
 }
 
-/// The form of an account whose positions are shown; empty when none is.
-FixedText<16> CCategoryRows::ScripRowsForm(std::string_view group, std::string_view account) const {
+/// The form of an account whose positions are shown; an account may have no code.
+std::optional<FixedText<16>> CCategoryRows::ScripRowsForm(std::string_view group, std::string_view account) const {
+    using Form = std::optional<FixedText<16>>;
     const FixedText<16> six = SixForm(account);
     const FixedText<16> ten = TenForm(account);
     const auto ifThere = [&](const FixedText<16>& form) {
-        return FindAccount(group, form.View()) ? form : FixedText<16>{};
+        return FindAccount(group, form.View()) ? Form{form} : std::nullopt;
     };
     const auto [level, second] = place_;
     const bool dealerOfGroup = level == 0 && second == kGroupPlace;
@@ -102,24 +103,24 @@ FixedText<16> CCategoryRows::ScripRowsForm(std::string_view group, std::string_v
         const std::int16_t client = plain->levelTypes.client;
         if (SumsByDealer()) {
             if (client == 1 || client == 6) return ifThere(six);
-            return client == 8 ? ifThere(ten) : FixedText<16>{account};
+            return client == 8 ? ifThere(ten) : Form{account};
         }
         const bool byGroup = dealerOfGroup || level == kGroupPlace;
-        return byGroup && client == 1 ? ifThere(ten) : FixedText<16>{account};
+        return byGroup && client == 1 ? ifThere(ten) : Form{account};
     }
-    if (SumsByDealer()) return FindAccount(group, six.View()) ? six : ifThere(ten);
-    return dealerOfGroup || level == kGroupPlace ? ifThere(ten) : FixedText<16>{};
+    if (SumsByDealer()) return FindAccount(group, six.View()) ? Form{six} : ifThere(ten);
+    return dealerOfGroup || level == kGroupPlace ? ifThere(ten) : std::nullopt;
 }
 
 void CCategoryRows::AddAccountScripRows(HolderCodes& codes, std::int32_t token) const {
     const auto [level, second] = place_;
     if (codes.account.View() != kEveryAccount) {
-        if (!TrimCodes(codes)) return;
-        const FixedText<16> form = ScripRowsForm(codes.group.View(), codes.account.View());
-        if (!form.Empty()) AddPositionRows(codes.group.View(), form.View(), token);
+        if (!TrimAccount(codes)) return;
+        const auto form = ScripRowsForm(codes.group.View(), codes.account.View());
+        if (form) AddPositionRows(codes.group.View(), form->View(), token);
         return;
     }
-    if ((level != 1 || second != kDealerPlace) && level != kGroupPlace && code_ != kRootCode) {
+    if ((level != 1 || second != kDealerPlace) && level != kGroupPlace && !isRoot_) {
         return AddAllPositionRows(token);
     }
     for (const auto& first : category_.Book(period_).accounts.accounts) {  // its sum stands for all
@@ -155,22 +156,26 @@ void CCategoryRows::AddCategoryScripRows(std::string_view filter, std::int32_t t
     const CExposureDetails& own = book.exposures;
     const CExposureDetails& clientLevel = book.clientLevelExposures;
     const bool both = place_.level == 0 || place_.level == kDealerPlace;
+    const auto find = [](const CExposureDetails& set, const PositionKey& key) {
+        CSurvPosition* const position = set.Find(key);
+        return position && position->data.scripInfo ? position : nullptr;  // a call that was put back leaves blank ones
+    };
     const auto walk = [&](const CExposureDetails& set, auto take) {
         if (token != kAllSecurities) {
             const PositionKey key{exchangeMask_, form_.nettedFamily, token};
-            if (CSurvPosition* position = set.Find(key)) take(key, *position);
+            if (CSurvPosition* position = find(set, key)) take(key, *position);
             return;
         }
         for (const auto& position : set.positions) {
-            if (IsNettedWalked(position.key)) take(position.key, *position.value);
+            if (position.value->data.scripInfo && IsNettedWalked(position.key)) take(position.key, *position.value);
         }
     };
     walk(own, [&](const PositionKey& key, CSurvPosition& position) {
-        AddNettedRow(position, both ? clientLevel.Find(key) : nullptr, filter);
+        AddNettedRow(position, both ? find(clientLevel, key) : nullptr, filter);
     });
     if (!both) return;
     walk(clientLevel, [&](const PositionKey& key, CSurvPosition& position) {
-        if (!own.Find(key)) AddNettedRow(position, nullptr, filter);
+        if (!find(own, key)) AddNettedRow(position, nullptr, filter);
     });
 }
 
@@ -185,7 +190,7 @@ bool CCategoryRows::IsPassedOver(std::string_view account, const tagPositionOwne
     const std::int16_t group = owner ? owner->groupLevelType : std::int16_t{-1};
     const bool byGroup =
         (level == kGroupPlace && (client == 1 || client == 6)) || ((level == 0 || level == 1) && second == kGroupPlace);
-    if (code_ != kRootCode && byGroup) {
+    if (!isRoot_ && byGroup) {
         if (account.size() <= kLongestPlain) {
             return IsSixForm(account) && (level == 0 || (level == kGroupPlace && client == 1));
         }
@@ -221,9 +226,9 @@ void CCategoryRows::AddTokenHolderRows(HolderCodes& codes, std::int32_t token) c
     const auto find = [&](std::string_view form) { return holders->Find(MakeAccountKey(codes.group.View(), form)); };
     const auto [level, second] = place_;
     CClientPosition* held = find(account);
-    if (!held && code_ != kRootCode && (level == kGroupPlace || (level == 0 && second == kGroupPlace))) {
+    if (!held && !isRoot_ && (level == kGroupPlace || (level == 0 && second == kGroupPlace))) {
         held = find(TenForm(account).View());
-    } else if (!held && (code_ == kRootCode || level == kDealerPlace || (level == 0 && second == kDealerPlace))) {
+    } else if (!held && (isRoot_ || level == kDealerPlace || (level == 0 && second == kDealerPlace))) {
         held = find(SixForm(account).View());
         if (!held) held = find(TenForm(account).View());
     }

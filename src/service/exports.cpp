@@ -31,9 +31,23 @@ constexpr const char* kCheckNotStarted = "Check Surveillance Failed !!!. Surveil
 constexpr const char* kUpdateNotStarted = "Update Surveillance Failed !!!. Surveillance Manager not initialized";
 constexpr const char* kOldForm = "This function should not be called.";
 
-/// Runs a piece of work; whatever it throws becomes `failure`, and a lack of memory is told to the host.
+bool callRunning = false;
+
+/// A call, as long as it lives.
+class CRunningCall {
+ public:
+    CRunningCall() { callRunning = true; }
+    CRunningCall(const CRunningCall&) = delete;
+    CRunningCall& operator=(const CRunningCall&) = delete;
+    ~CRunningCall() { callRunning = false; }
+};
+
+/// Runs a piece of work; whatever it throws becomes `failure`, and a lack of memory is told to the host. A window or a
+/// clock of the host's that calls back in while a call runs gets `failure` and no text: the call isn't done yet.
 template <class Result, class Work>
 Result Contained(Result failure, Work work) noexcept {
+    if (callRunning) return failure;
+    const CRunningCall running;
     try {
         Library& library = TheLibrary();
         try {
@@ -84,7 +98,39 @@ short LoadRates(const CPtrList* records, Add add) noexcept {
     });
 }
 
-constexpr std::size_t kEntityCodeWidth = sizeof(BKSurveillanceLimitDefTag::entityCode);
+/// An entity's code is read so far that one which is too long shows.
+constexpr std::size_t kEntityCodeWidth = sizeof(BKSurveillanceLimitDefTag::entityCode) + 1;
+
+/// The rows of an answer, until all are made: then the host's list gets them. Should memory run out before, it gets
+/// none.
+template <class Row>
+class CGathered {
+ public:
+    /// list: null when the host wants no rows. live: the rows are the library's own.
+    explicit CGathered(CPtrList* list, bool live = false) : list_(list), live_(live) {}
+    CGathered(const CGathered&) = delete;
+    CGathered& operator=(const CGathered&) = delete;
+    ~CGathered() {
+        while (!rows_.IsEmpty()) {
+            auto* const row = static_cast<Row*>(rows_.RemoveHead());
+            if (!live_) delete row;
+        }
+    }
+    /// Null like the host's.
+    [[nodiscard]] CPtrList* List() { return list_ ? &rows_ : nullptr; }
+    void HandOver() {
+        if (list_) list_->TakeAll(rows_);
+    }
+
+ private:
+    CPtrList* list_;
+    CPtrList rows_;
+    bool live_;
+};
+using LimitRows = CGathered<BKSurveillanceLimitDefTag>;
+using PositionRows = CGathered<BKExposureTag>;
+
+bool RowsAreLive(const surv::CSurveillanceManager& manager) { return manager.Context().settings.RowsAreLive(); }
 
 }  // namespace
 
@@ -439,14 +485,19 @@ short GetNetPositionInfoFromDll(int queryKind, char* categoryCode, char* groupCo
             periodicity,
             byToken != 0,
             product};
-        return manager.GetNetPositionInfoFromDll(query, *result);
+        PositionRows rows(result);
+        const short answer = manager.GetNetPositionInfoFromDll(query, *rows.List());
+        rows.HandOver();
+        return answer;
     });
 }
 
 short GetMarketExposure(char* code, short periodicity, CPtrList* result) noexcept {
     return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) -> short {
         // A code that names no entity gives no rows, and that is all that the host is told.
-        static_cast<void>(manager.GetMarketExposure(surv::HostText(code, kEntityCodeWidth), periodicity, result));
+        LimitRows rows(result, RowsAreLive(manager));
+        static_cast<void>(manager.GetMarketExposure(surv::HostText(code, kEntityCodeWidth), periodicity, rows.List()));
+        rows.HandOver();
         return kDone;
     });
 }
@@ -462,14 +513,22 @@ short ClientPositionPresentFromDLL(char* text1, char* text2, char* /*text3*/, ch
 
 short GetAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        manager.GetAllSurveillancePositions(limitRows, positionRows);
+        LimitRows limits(limitRows, RowsAreLive(manager));
+        PositionRows positions(positionRows);
+        manager.GetAllSurveillancePositions(limits.List(), positions.List());
+        limits.HandOver();
+        positions.HandOver();
         return kDone;
     });
 }
 
 short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRows) noexcept {
     return Guarded(kNotInitialized, [&](surv::CSurveillanceManager& manager) -> short {
-        manager.CaptureAllSurveillancePositions(limitRows, positionRows);
+        LimitRows limits(limitRows, RowsAreLive(manager));
+        PositionRows positions(positionRows);
+        manager.CaptureAllSurveillancePositions(limits.List(), positions.List());
+        limits.HandOver();
+        positions.HandOver();
         return kDone;
     });
 }
@@ -477,7 +536,9 @@ short CaptureAllSurveillancePositions(CPtrList* limitRows, CPtrList* positionRow
 short DownloadSurvInfo(const char* code, CPtrList* limitRows) noexcept {
     return Guarded("Download Failed !!!. Surveillance Manager not initialized",
                    [&](surv::CSurveillanceManager& manager) -> short {
-                       manager.DownloadSurvInfo(surv::HostText(code, kEntityCodeWidth), limitRows);
+                       LimitRows limits(limitRows, RowsAreLive(manager));
+                       manager.DownloadSurvInfo(surv::HostText(code, kEntityCodeWidth), limits.List());
+                       limits.HandOver();
                        return kDone;
                    });
 }
@@ -489,7 +550,10 @@ short GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode, CPt
     return Guarded(kCheckNotStarted, [&](surv::CSurveillanceManager& manager) {
         const auto code = surv::HostText(categoryCode, kEntityCodeWidth);
         const auto isin = surv::HostText(isinCode, sizeof(tagDPHolding::isinCode));
-        return manager.GetDPPositionInfoFromDll(kind, code, isin, result);
+        CGathered<tagDPHolding> rows(result);
+        const short answer = manager.GetDPPositionInfoFromDll(kind, code, isin, rows.List());
+        rows.HandOver();
+        return answer;
     });
 }
 

@@ -155,6 +155,10 @@ class CSurveillanceManager {
     void DownloadSurvInfo(std::string_view code, CPtrList* limitRows) const;
 
     [[nodiscard]] CSurveillanceCategory* FindCategory(const CodeText& code) const { return categories.Find(code); }
+    /// The category of a code as a host writes it: what is longer than a code names none.
+    [[nodiscard]] CSurveillanceCategory* FindNamed(std::string_view code) const {
+        return code.size() <= sizeof(BKSurveillanceLimitDefTag::entityCode) ? FindCategory(code) : nullptr;
+    }
     /// Hands the category of a code to `work`, or each one for "ALL". -1: no such category.
     template <class Work>
     std::int16_t ForCategories(std::string_view code, Work work) const {
@@ -162,7 +166,7 @@ class CSurveillanceManager {
             for (const auto& category : categories) work(*category.value);
             return kDone;
         }
-        CSurveillanceCategory* category = FindCategory(code);
+        CSurveillanceCategory* category = FindNamed(code);
         if (!category) return kNotDone;
         work(*category);
         return kDone;

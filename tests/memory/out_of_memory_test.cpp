@@ -2,13 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "memory/failing_memory.h"
 #include "mtm/marked_house.h"
 #include "positions/exposure_row.h"
 #include "support/derivatives.h"
+#include "surveillance/host.h"
 
 namespace surv::test {
 namespace {
+
+using LimitRow = BKSurveillanceLimitDefTag;
 
 /// Sends the order with memory for `allocations` of them. False: memory ran out.
 bool CheckWithin(CScenario& s, const OrderSpec& order, long allocations) {
@@ -261,6 +267,182 @@ TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {
     }
     EXPECT_EQ(static_cast<tagDPHolding*>(shown.GetHeadPosition()->element)->holdingQty, 100) << "counted once";
     FreeRows<tagDPHolding>(shown);
+}
+
+TEST(OutOfMemory, AScreenGivesAllItsRowsOrNone) {
+    CPtrList limits, positions, holdings, shown;
+    tagDPHolding held{};
+    WriteField(held.categoryCode, "C1");
+    held.isinCode[0] = 'A';
+    holdings.AddTail(&held);
+    for (const short positionMode : {short{1}, short{2}}) {
+        SCOPED_TRACE(positionMode);
+        for (const char* code : {"C1", "C2"}) {
+            limits.AddTail(new LimitRow(EmptyLimit(code, 3)));
+            positions.AddTail(new BKExposureTag(PositionRow(code, 3, 100)));
+        }
+        SetHostWindow([](void*, unsigned, unsigned, const char*) {}, nullptr);
+        ASSERT_EQ(
+            InitializeSurvManager(&limits, &positions, 0, 1, 0, 0, positionMode, 0, 0, nullptr, &holdings, nullptr),
+            kDone);
+        char everything[] = "ALL";
+        char root[] = "C1";
+        char group[] = "G1";
+        const std::tuple<const char*, int, std::function<short()>> screens[]{
+            {"limits", 2, [&] { return GetMarketExposure(everything, 3, &shown); }},
+            {"limits of one", 1, [&] { return DownloadSurvInfo(root, &shown); }},
+            {"limits of all", 2, [&] { return GetAllSurveillancePositions(&shown, nullptr); }},
+            {"positions of all", 2, [&] { return GetAllSurveillancePositions(nullptr, &shown); }},
+            {"netted positions", positionMode == 1 ? 2 : 0,
+             [&] { return CaptureAllSurveillancePositions(nullptr, &shown); }},
+            {"net positions", 1,
+             [&] { return GetNetPositionInfoFromDll(5, root, group, everything, -9, 3, &shown, 0, 0); }},
+            {"holdings", 1, [&] { return GetDPPositionInfoFromDll(0, root, everything, &shown); }},
+        };
+        for (const auto& [name, rows, ask] : screens) {
+            SCOPED_TRACE(name);
+            short answer = kNotDone;
+            for (long allocations = 0; answer != kDone; ++allocations) {
+                ASSERT_LT(allocations, 100);
+                ASSERT_TRUE(shown.IsEmpty());
+                allocationsLeft = allocations;
+                answer = ask();
+                allocationsLeft = -1;
+            }
+            EXPECT_EQ(shown.GetCount(), rows);
+            const std::string_view kind = name;
+            if (kind.starts_with("limits")) {
+                positionMode == 2 ? ForgetRows(shown) : FreeRows<LimitRow>(shown);
+            } else if (kind == "holdings") {
+                FreeRows<tagDPHolding>(shown);
+            } else {
+                FreeRows<BKExposureTag>(shown);
+            }
+        }
+        ForgetRows(limits);
+        ForgetRows(positions);
+        CleanupSurvManager();
+    }
+    SetHostWindow(nullptr, nullptr);
+}
+
+/// The bytes of all limit and position rows, which hold no address.
+std::string RowsOf(const CScenario& s) {
+    CPtrList limits, positions;
+    s.library.manager->GetAllSurveillancePositions(&limits, &positions);
+    std::string bytes;
+    for (CPtrList::Position at = limits.GetHeadPosition(); at;) {
+        bytes.append(static_cast<const char*>(limits.GetNext(at)), sizeof(LimitRow));
+    }
+    for (CPtrList::Position at = positions.GetHeadPosition(); at;) {
+        bytes.append(static_cast<const char*>(positions.GetNext(at)), sizeof(BKExposureTag));
+    }
+    s.library.context.settings.RowsAreLive() ? ForgetRows(limits) : FreeRows<LimitRow>(limits);
+    FreeRows<BKExposureTag>(positions);
+    return bytes;
+}
+
+/// Calls of the desk: each is refused or fails, and nothing has changed, or it is done as if memory had never run out.
+TEST(OutOfMemory, TheDeskChangesAllOrNothing) {
+    const std::tuple<const char*, bool (*)(CScenario&)> calls[]{
+        {"a row of a new entity",
+         [](CScenario& s) {
+             BKSurveillanceLimitDefTag row = EmptyLimit("C9", 3);
+             return s.library.manager->AddSurvLimits(row, nullptr) == kDone;
+         }},
+        {"another row",
+         [](CScenario& s) {
+             BKSurveillanceLimitDefTag row = EmptyLimit("C1", 3, 1660);
+             return s.library.manager->AddSurvLimits(row, nullptr) == kDone;
+         }},
+        {"a preference",
+         [](CScenario& s) {
+             tagClientRiskPreferenceInfoForSurv record{};
+             WriteField(record.preferenceCode, "C1");
+             record.exchange = kMaskNseCash, record.token = kAllSecurities, record.marginFlags = 0x1F;
+             s.library.AddUpdatePreference(record);
+             return s.library.manager->FindCategory("C1")->ownPreferences != nullptr;
+         }},
+        {"holdings",
+         [](CScenario& s) {
+             tagDPUpload upload{};
+             WriteField(upload.categoryCode, "C1");
+             upload.isinCode[0] = 'A', upload.quantity = 100, upload.collateralPrice = 250;
+             return s.library.manager->UpdateDPPositionInfo(upload) == kDone;
+         }},
+        {"a removed row",
+         [](CScenario& s) { return s.library.manager->RemoveSurvLimits(EmptyLimit("C1", 3, 1594), nullptr) == kDone; }},
+    };
+    for (const auto& [name, call] : calls) {
+        SCOPED_TRACE(name);
+        CScenario control, s;
+        for (CScenario* house : {&control, &s}) {
+            for (const int mask : {2, 3}) house->House(static_cast<std::int16_t>(mask));
+            house->Limit("C1", 3, {}, 1594);
+        }
+        ASSERT_TRUE(call(control));
+        const std::string before = s.Dump(), after = RowsOf(control);
+        bool done = false;
+        for (long allocations = 0; !done; ++allocations) {
+            ASSERT_LT(allocations, 100);
+            allocationsLeft = allocations;
+            try {
+                done = call(s);
+            } catch (const std::bad_alloc&) {
+            }
+            allocationsLeft = -1;
+            ASSERT_TRUE(done ? RowsOf(s) == after : s.Dump() == before) << "after " << allocations << " allocations";
+        }
+    }
+}
+
+/// A start that is cut short is finished by another with the same lists.
+TEST(OutOfMemory, ASecondStartFinishesTheFirst) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::string directory = (std::filesystem::temp_directory_path() / "startXXXXXX").string();
+    std::filesystem::current_path(::mkdtemp(directory.data()));
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{1}, std::int16_t{2}, std::int16_t{3}}) {
+        SCOPED_TRACE(mode);
+        const Library::StartSettings settings{.rpfMarginMode = 2, .mtmMode = 1, .positionMode = mode};
+        std::string whole;
+        bool done = false;
+        for (long allocations = -1; !done; ++allocations) {
+            ASSERT_LT(allocations, 5000);
+            CScenario s;
+            s.library.CleanUp();
+            CPtrList limits, positions;
+            const LoadLists lists{.limits = &limits, .exposures = &positions};
+            for (const char* entity : {"-", "G1", "C1"}) {
+                for (const int mask : {2, 3, 9}) {
+                    limits.AddTail(new LimitRow(EmptyLimit(entity, static_cast<std::int16_t>(mask))));
+                }
+            }
+            for (const std::int16_t mask : {std::int16_t{3}, std::int16_t{2}, std::int16_t{9}}) {
+                auto* row = new BKExposureTag(PositionRow("G1", mask, 100));
+                row->clientLevelType = 1;
+                positions.AddTail(row);
+                positions.AddTail(new BKExposureTag(PositionRow("C1", mask, -50)));
+            }
+            allocationsLeft = allocations;
+            try {
+                done = s.library.Start(settings, lists) == kDone;
+            } catch (const std::bad_alloc&) {
+            }
+            allocationsLeft = -1;
+            if (!done) {
+                ASSERT_EQ(s.library.Start(settings, lists), kDone) << "after " << allocations << " allocations";
+            }
+            if (allocations < 0) {
+                whole = RowsOf(s);
+                done = false;
+            }
+            ASSERT_TRUE(RowsOf(s) == whole) << "after " << allocations << " allocations";
+            ForgetRows(limits);
+            ForgetRows(positions);
+        }
+    }
+    std::filesystem::current_path(before);
+    std::filesystem::remove_all(directory);
 }
 
 }  // namespace

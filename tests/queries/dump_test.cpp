@@ -52,6 +52,11 @@ class CDumped {
         category.Book(Period::kExpiry).exposures.CommitAt(key, order, undo).data.limitMask = mask;
         undo.Clear();
     }
+    /// As a call leaves it that made the position and was put back.
+    void Blank(PositionFamily family, std::int32_t token) {
+        CSurveillanceCategory& category = *scenario_->library.manager->FindCategory("C1");
+        category.Book(Period::kExpiry).exposures.Find({kMaskNseCash, family, token})->data = {};
+    }
     std::string LabelOf(std::int32_t token) const {
         const auto* scrip = scenario_->library.context.stores.FindScrip(kMaskNseCash, token);
         return std::string{FieldText(scrip->contract.optionType)};
@@ -102,17 +107,21 @@ TEST(Dump, NamesTheProductsOfEquityPositions) {
     house.Trade(PositionFamily::kMarginPlusSecond, 11, 7, 0);
     house.Trade(PositionFamily::kMarginPlusFirst, 11, 6, 0);
     house.Trade(PositionFamily::kDelivery, 12, 5, 3);
+    house.Trade(PositionFamily::kDelivery, 14, 2, 17);
+    house.Trade(PositionFamily::kMarginPlusSecond, 15, 0, 0);
+    house.Blank(PositionFamily::kMarginPlusSecond, 15);
     house.Trade(PositionFamily::kDelivery, 1'000'012, 4, 3);  // seven digits: a plain one to a walk
     house.Trade(PositionFamily::kMtf, 13, 3, 3);
     const Texts plain{"C1 C1 2885 30", "C1 C1 2885 100"};
-    const Texts products{"C1 C1 12 5 DD", "C1 C1 11 6 MP", "C1 C1 11 7 MD"};
+    const Texts products{"C1 C1 12 5 DD", "C1 C1 14 2 DD", "C1 C1 11 6 MP", "C1 C1 11 7 MD"};
     Texts expected = plain;
     expected.insert(expected.end(), products.begin(), products.end());
     expected.insert(expected.end(), {"C2 C2 1594 10", "C2 C2 1660 0"});
     EXPECT_EQ(house.All(), expected);
     EXPECT_EQ(house.LabelOf(12), "DD") << "stays for whoever reads the scrip later";
+    EXPECT_EQ(house.LabelOf(14), "DD") << "of BSE, too";
     EXPECT_EQ(house.LabelOf(11), "") << "an order's position has no mask";
-    EXPECT_EQ(house.Captured().size(), 8) << "whatever the product";
+    EXPECT_EQ(house.Captured().size(), 9) << "whatever the product";
 
     CDumped other(2);
     other.Trade(PositionFamily::kDelivery, 12, 5, 3);

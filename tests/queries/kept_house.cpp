@@ -182,7 +182,7 @@ class CView {
     }
     void OwnTotals(const Asked& a) {
         if (a.account == "ALL") return AllTotals();
-        if (const auto codes = Own(Trim(a))) AccountTotal(*codes, false);
+        if (const auto codes = Own(TrimAccount(a))) AccountTotal(*codes, false);
     }
     void HolderTotals(std::int32_t token, bool own) {
         std::set<Codes> found;
@@ -195,7 +195,7 @@ class CView {
 
     void AccountScrips(const Asked& a) {
         if (a.account != "ALL") {
-            if (const auto codes = ScripsOf(Trim(a))) Scrips(*codes, a.token);
+            if (const auto codes = ScripsOf(TrimAccount(a))) Scrips(*codes, a.token);
             return;
         }
         const std::vector<Codes> accounts = Accounts();
@@ -271,6 +271,7 @@ class CView {
     }
 
  private:
+    static Codes TrimAccount(const Asked& a) { return {a.group, std::string{Trimmed(a.account)}}; }
     static Codes Trim(const Asked& a) { return {std::string{Trimmed(a.group)}, std::string{Trimmed(a.account)}}; }
     void Put(std::string text) { rows_.push_back(std::move(text)); }
     bool Here(const Kept& k, const Codes& codes) const {

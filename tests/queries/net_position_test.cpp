@@ -12,9 +12,9 @@ const std::vector<Level> kLevels{
 };
 constexpr std::array<std::int16_t, 16> kMasks{2, 3, 4, 5, 8, 9, 16, 17, 32, 33, 64, 65, 128, 129, 256, 257};
 constexpr std::array<std::int16_t, 4> kProducts{0, 2, 4, 8};
-/// Clients, their sums under a dealer and a group, the own account.
-const std::vector<std::string> kAccounts{"A1",          "A1    +", "A1        +", "LONGCLIENT12", "LONGCL+",
-                                         "LONGCLIENT+", "SIXSIX",  "SIXSIX+",     "*****",        "***** +"};
+/// Clients, their sums under a dealer and a group, the own account, one without a code.
+const std::vector<std::string> kAccounts{"A1",     "A1    +", "A1        +", "LONGCLIENT12", "LONGCL+", "LONGCLIENT+",
+                                         "SIXSIX", "SIXSIX+", "*****",       "***** +",      ""};
 
 class CDraw {
  public:

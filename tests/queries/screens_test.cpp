@@ -50,9 +50,11 @@ TEST(NetPositions, TakeCodesOfAnyLength) {
         std::string category, group, account;
         short result;
         std::size_t rows;
+        std::size_t rowsOfAnUntrimmedGroup = rows;  ///< kinds 6 and 11
     } cases[] = {
         {"EIGHTCOD", "G1", "A1", 0, 1},
-        {"EIGHTCOD", "  G1  ", "  A1   ", 0, 1},
+        {"EIGHTCODX", "G1", "A1", -1, 0},
+        {"EIGHTCOD", "  G1  ", "  A1   ", 0, 1, 0},
         {"EIGHTCOD", "G1", "FIFTEENCHARACTS", 0, 1},
         {"EIGHTCOD", "G1", "FIFTEENCHARACTSX", 0, 0},
         {"EIGHTCOD", "G1", wide, 0, 0},
@@ -68,7 +70,8 @@ TEST(NetPositions, TakeCodesOfAnyLength) {
             Asked asked;
             asked.kind = kind, asked.category = c.category, asked.group = c.group, asked.account = c.account;
             asked.token = 7;
-            EXPECT_EQ(house.Ask(asked).rows.size(), c.rows) << kind;
+            const bool trimsTheGroup = kind == 4 || kind == 7;
+            EXPECT_EQ(house.Ask(asked).rows.size(), trimsTheGroup ? c.rows : c.rowsOfAnUntrimmedGroup) << kind;
             EXPECT_EQ(house.Ask(asked).result, c.result) << kind;
         }
     }
@@ -150,6 +153,7 @@ TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
         // fundFlags and bit 0 of marginFlags of the own overall record and of that of the exchange; -1: no such record
         int overallFund, overallMargin, ownFund, ownMargin;
         int options;
+        bool ofFamily = false;  ///< the records are the family's, and the client's own say the opposite
     } cases[] = {
         {"no preference", 0, -1, 0, -1, 0, kRetainMultiplier | kFund},
         {"of all exchanges", 0, kCollateralInFund, 1, -1, 0,
@@ -158,6 +162,9 @@ TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
          kRetainMultiplier | kSaleCreditInFund},
         {"of the exchange alone: no word on the fund", 0, -1, 0, kFund, 1, kRetainMultiplier | kExposureMarginInLimit},
         {"live rows", 2, kCollateralInFund, 1, -1, 0, kRetainMultiplier | kCollateralInFund | kExposureMarginInLimit},
+        {"of the family first", 0, kCollateralInFund, 1, -1, 0,
+         kRetainMultiplier | kCollateralInFund | kExposureMarginInLimit, true},
+        {"the family has none", 0, -1, 0, -1, 0, kRetainMultiplier | kSaleCreditInFund, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -173,6 +180,15 @@ TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
         preference(-1, c.overallFund, c.overallMargin);
         preference(kMaskNseDerivatives, c.ownFund, c.ownMargin);
         preference(kMaskNseCash, kFund, 1);
+        if (c.ofFamily) {
+            s.Preference("C2", kOverallPreference, [](tagClientRiskPreferenceInfoForSurv& record) {
+                record.fundFlags = kSaleCreditInFund, record.marginFlags = 0;
+            });
+            s.library.context.settings.familyLevelEnabled = 1;
+            CSurveillanceCategory& client = *s.library.manager->FindCategory("C1");
+            client.familyPreferences = c.overallFund < 0 ? nullptr : client.ownPreferences;
+            client.ownPreferences = s.library.manager->FindCategory("C2")->ownPreferences;
+        }
         BKSurveillanceLimitDefTag& stored = s.Row("C1", 0xF);
         stored.limitOptions = kRetainMultiplier | kFund;
         CPtrList rows, all;

@@ -191,6 +191,29 @@ TEST_F(Boundary, ASecondStartChangesNothingAndAfterACleanUpOnlyTheLongFormStarts
     EXPECT_EQ(Texts(), Strings{});
 }
 
+TEST_F(Boundary, AWindowThatCallsBackInIsRefused) {
+    static BKSurveillanceLimitDefTag limit;
+    static CPtrList dumped;
+    static std::vector<short> answers;
+    limit = Row("W");
+    SetHostWindow(
+        [](void*, unsigned, unsigned, const char*) {
+            answers.push_back(AddSurvLimits(&limit, nullptr));
+            answers.push_back(GetAllSurveillancePositions(&dumped, nullptr));
+            CleanupSurvManager();
+            SetHostWindow(nullptr, nullptr);
+        },
+        nullptr);
+    const auto speak = [] { CheckSurveillance(static_cast<tagCheckSurveillanceInfo*>(nullptr)); };
+    speak();  // the old form, which tells its text
+    EXPECT_EQ(answers, (std::vector<short>{-1, -1})) << "before the start";
+    ASSERT_EQ(Start(), 0);
+    speak();
+    EXPECT_EQ(answers, (std::vector<short>{-1, -1, -1, -1}));
+    EXPECT_EQ(GetAllSurveillancePositions(&dumped, nullptr), 0) << "still started";
+    EXPECT_TRUE(dumped.IsEmpty());
+}
+
 TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
     CPtrList nulls, limits;
     nulls.AddTail(nullptr);
