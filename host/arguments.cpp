@@ -18,7 +18,8 @@ bool HasWord(std::string_view words, std::string_view word) {
 Arguments::Arguments(const Json& line, std::string_view known) : line_(line), known_(known) {
     for (const auto& [name, value] : line.items()) {
         if (name != "call" && !HasWord(known, name)) {
-            throw ScriptError(fmt::format("{} has no argument \"{}\"", line["call"].get<std::string>(), name));
+            throw ScriptError(fmt::format("{} has no argument \"{}\"; it takes: {}", line["call"].get<std::string>(),
+                                          name, known.empty() ? "none" : known));
         }
     }
 }

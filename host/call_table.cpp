@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "surveillance/host.h"
+#include "text_format.h"
 
 namespace survhost {
 namespace {
@@ -356,9 +357,16 @@ constexpr std::array kCalls{
     Call{"UpdateDPPositionInfo", "upload", &CallUpload},
 };
 
+ScriptError UnknownCall(const std::string& name) {
+    std::vector<std::string_view> names;
+    names.reserve(kCalls.size());
+    for (const Call& call : kCalls) names.push_back(call.name);
+    return ScriptError(fmt::format("unknown call \"{}\"{}", name, Suggestion(name, names)));
+}
+
 const Call& FindCall(const std::string& name) {
     const auto found = std::find_if(kCalls.begin(), kCalls.end(), [&](const Call& call) { return call.name == name; });
-    if (found == kCalls.end()) throw ScriptError(fmt::format("unknown call \"{}\"", name));
+    if (found == kCalls.end()) throw UnknownCall(name);
     if (!found->run) throw ScriptError(fmt::format("call \"{}\" is not available yet", name));
     return *found;
 }

@@ -143,11 +143,17 @@ class Album : public Observer {
 }  // namespace
 
 void PlayDemo(const DemoOptions& options, std::ostream& out, const Painter& painter) {
+    const std::string day = options.examples + "/day.jsonl";
+    if (options.json) {
+        AnswerWriter answers(out);
+        Replay({&answers}).PlayFiles({day});
+        return;
+    }
     House house;
     Album album;
     Summary summary;
     Replay replay({&house, &album, &summary});
-    replay.PlayFiles({options.examples + "/day.jsonl"});
+    replay.PlayFiles({day});
     house.Print(out, painter);
     album.Print(out, painter, options.all);
     summary.Print(out, replay.GetSession(), painter);

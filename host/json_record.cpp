@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "script_error.h"
+#include "text_format.h"
 
 namespace survhost {
 namespace {
@@ -161,6 +162,13 @@ void WriteNumber(double number, std::string& out) {
 /// The one place where texts meet UTF-8 on the way out: a cut character must not stop an answer.
 std::string Quoted(const std::string& text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
+/// A word that is wrongly written is the likeliest.
+ScriptError UnknownField(const RecordTable& table, std::string_view name) {
+    std::vector<std::string_view> names;
+    for (const Field& field : table.fields) names.push_back(field.name);
+    return ScriptError(fmt::format("{} has no field \"{}\"{}", table.name, name, Suggestion(name, names)));
+}
+
 }  // namespace
 
 Json ParseLine(std::string_view line) {
@@ -228,7 +236,7 @@ void EncodeRecord(const RecordTable& table, const Json& object, char* record) {
     for (const Field& field : table.fields) SetDefault(field, record);
     for (const auto& [name, value] : object.items()) {
         const Field* field = table.Find(name);
-        if (!field) throw ScriptError(fmt::format("{} has no field \"{}\"", table.name, name));
+        if (!field) throw UnknownField(table, name);
         EncodeField(*field, value, record);
     }
 }

@@ -93,17 +93,32 @@ std::string PrettyLine(const Played& played, const Painter& painter) {
 }
 
 ProgressBar::~ProgressBar() {
-    if (shown_ > 0) out_ << "\r\x1b[K" << std::flush;
+    if (drawn_) out_ << "\r\x1b[K" << std::flush;
+}
+
+void ProgressBar::BeforeCall(const Json& line) {
+    constexpr std::size_t kMany = 10'000;
+    std::size_t rows = 0;
+    for (const char* list : {"limitList", "exposureList"}) {
+        if (const auto found = line.find(list); found != line.end()) rows += found->size();
+    }
+    if (rows >= kMany) Draw(fmt::format("starting with {} rows", Grouped(static_cast<std::int64_t>(rows))));
 }
 
 void ProgressBar::OnProgress(std::size_t bytes) {
-    constexpr std::size_t kWidth = 40;
     const std::size_t percent = total_ == 0 ? 0 : std::min<std::size_t>(bytes * 100 / total_, 100);
-    if (percent == shown_) return;
-    shown_ = percent;
-    const std::size_t filled = kWidth * percent / 100;
-    out_ << fmt::format("\r[{}{}] {:>3} %", std::string(filled, '#'), std::string(kWidth - filled, ' '), percent)
+    if (percent == percent_) return;
+    percent_ = percent;
+    Draw("");
+}
+
+void ProgressBar::Draw(std::string_view note) {
+    constexpr std::size_t kWidth = 40;
+    const std::size_t filled = kWidth * percent_ / 100;
+    out_ << fmt::format("\r[{}{}] {:>3} %  {}\x1b[K", std::string(filled, '#'), std::string(kWidth - filled, ' '),
+                        percent_, note)
          << std::flush;
+    drawn_ = true;
 }
 
 }  // namespace survhost

@@ -3,6 +3,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "order_view.h"
 #include "replay.h"
@@ -34,13 +35,18 @@ class ProgressBar : public Observer {
     ~ProgressBar() override;
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
+    /// Of a start with many rows it tells how many, since that one call may take long.
+    void BeforeCall(const Json& line) override;
     void OnCall(const Played& /*played*/) override {}
     void OnProgress(std::size_t bytes) override;
 
  private:
+    void Draw(std::string_view note);
+
     std::ostream& out_;
     std::size_t total_;
-    std::size_t shown_ = 0;  ///< percent
+    std::size_t percent_ = 0;
+    bool drawn_ = false;
 };
 
 }  // namespace survhost

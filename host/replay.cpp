@@ -44,6 +44,7 @@ void Replay::Play(std::istream& script, const std::string& name) {
 
 void Replay::PlayLine(const std::string& text) {
     const Json line = ParseLine(text);
+    for (Observer* observer : observers_) observer->BeforeCall(line);
     const Json answer = RunCall(session_, line);
     if (answer.is_null()) return;
     for (Observer* observer : observers_) observer->OnCall({line, answer, session_.Now()});

@@ -25,6 +25,8 @@ struct Played {
 class Observer {
  public:
     virtual ~Observer() = default;
+    /// A call is about to be made.
+    virtual void BeforeCall(const Json& /*line*/) {}
     virtual void OnCall(const Played& played) = 0;
     /// After each line, calls or not: how many bytes of the scripts have been read.
     virtual void OnProgress(std::size_t /*bytes*/) {}

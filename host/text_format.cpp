@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 namespace survhost {
 namespace {
@@ -36,7 +38,31 @@ std::tm LocalTime(std::int64_t seconds) {
     return time;
 }
 
+/// How many letters must be changed, added or left out to make one word of the other.
+std::size_t Distance(std::string_view from, std::string_view to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    for (std::size_t j = 0; j < row.size(); ++j) row[j] = j;
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t corner = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t changed = corner + (from[i] == to[j] ? 0 : 1);
+            corner = row[j + 1];
+            row[j + 1] = std::min({changed, corner + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
 }  // namespace
+
+std::string Suggestion(std::string_view word, const std::vector<std::string_view>& known) {
+    constexpr std::size_t kTypingFault = 2;  // letters
+    for (const std::string_view other : known) {
+        const bool begun = word.size() > kTypingFault && other.starts_with(word);
+        if (begun || Distance(word, other) <= kTypingFault) return fmt::format("; do you mean \"{}\"?", other);
+    }
+    return {};
+}
 
 std::string Grouped(std::int64_t number) {
     const std::string digits = std::to_string(number);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace survhost {
 
@@ -23,6 +24,9 @@ std::string ExpiryText(std::int32_t exchangeSeconds);
 
 /// Without blanks at the ends, and one blank for each run of them.
 std::string Squeezed(std::string_view text);
+
+/// What may have been meant by a word that isn't among the known ones: `; do you mean "price"?`, or nothing.
+std::string Suggestion(std::string_view word, const std::vector<std::string_view>& known);
 
 enum class Colour : std::uint8_t { kNone, kRed, kGreen, kYellow, kDim, kBold };
 

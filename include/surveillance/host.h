@@ -52,13 +52,9 @@ SURVEILLANCE_API void SetHostClock(HostClockFunction clock, void* context) noexc
 // rows after the call. They are read once all limit rows are loaded, so a start that failed at a position row is tried
 // again without them: holdings of the same ISIN add up.
 
-/// A limit row that limits nothing: -1 in its thirteen limits and eight multipliers, for in a row of zeroes each of
-/// them is a limit of 0. The host sets those that it wants.
-inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::int32_t token, std::int16_t limitMask) {
-    BKSurveillanceLimitDefTag row{};
-    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode);
-    row.token = token;
-    row.limitMask = limitMask;
+/// Sets the thirteen limits and eight multipliers of a row to -1, which is none: in a row of zeroes each of them is a
+/// limit of 0, which lets nothing pass.
+inline void SetNoLimits(BKSurveillanceLimitDefTag& row) {
     row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.netPositionLimit = -1;
     row.turnoverLimit = row.pendingOrderLimit = row.mtmLossLimit = row.marginLimit = -1;
     row.maxSingleOrderValue = row.minSingleOrderValue = -1;
@@ -66,6 +62,15 @@ inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::
     row.grossExposureMultiplier = row.netExposureMultiplier = row.netSaleExposureMultiplier = -1;
     row.netPositionMultiplier = row.turnoverMultiplier = row.pendingOrderMultiplier = -1;
     row.mtmLossMultiplier = row.marginMultiplier = -1;
+}
+
+/// A limit row that limits nothing. The host sets those limits that it wants.
+inline BKSurveillanceLimitDefTag UnlimitedRow(std::string_view entityCode, std::int32_t token, std::int16_t limitMask) {
+    BKSurveillanceLimitDefTag row{};
+    entityCode.copy(static_cast<char*>(row.entityCode), sizeof row.entityCode);
+    row.token = token;
+    row.limitMask = limitMask;
+    SetNoLimits(row);
     return row;
 }
 

@@ -82,7 +82,7 @@ TEST(JsonRecord, DoublesTakeTheirShortestForm) {
 
 TEST(JsonRecord, RefusesWhatAFieldCannotHold) {
     const std::tuple<const char*, const char*> cases[]{
-        {R"({"prise":1})", "tagOrderRequest has no field \"prise\""},
+        {R"({"prise":1})", "tagOrderRequest has no field \"prise\"; do you mean \"price\"?"},
         {R"({"host9":1})", "tagOrderRequest has no field \"host9\""},
         {R"({"price":2147483648})", "\"price\": 2147483648 is not between -2147483648 and 2147483647"},
         {R"({"price":18446744073709551615})",

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "surveillance/host.h"
+#include "surveillance/surveillance_c.h"
 
 namespace {
 
@@ -29,12 +30,7 @@ BKSurveillanceLimitDefTag Row(const char* entity) {
     BKSurveillanceLimitDefTag row{};
     Put(row.entityCode, entity);
     row.limitMask = 3, row.token = -9;
-    const double none = -1;
-    for (const std::size_t at : {46, 54, 62, 70, 78, 86, 94, 102, 114, 467}) {
-        std::memcpy(reinterpret_cast<char*>(&row) + at, &none, sizeof none);
-    }
-    row.maxSingleOrderQty = row.netQuantityLimit = row.minSingleOrderQty = -1;
-    std::memset(reinterpret_cast<char*>(&row) + offsetof(BKSurveillanceLimitDefTag, grossExposureMultiplier), 0xFF, 32);
+    SetNoLimits(row);
     return row;
 }
 
@@ -265,6 +261,14 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
         {"fund request", -1, [&] { return RMSFundAllocation(nullptr, &row); }},
         {"fund row", -1, [&] { return RMSFundAllocation(&fund, nullptr); }},
         {"account record", -1, [&] { return GetClientCode1(0, {}, nullptr, code); }},
+        {"C, list", -1, [&] { return surv_ListAdd(nullptr, &row); }},
+        {"C, walk", 0, [] { return static_cast<short>(surv_ListCount(nullptr) + !!surv_ListNext(nullptr, nullptr)); }},
+        {"C, kind", 0, [] { return static_cast<short>(surv_RowNew(4) != nullptr); }},
+        {"C, map", -1, [] { return surv_MapPut(nullptr, "", nullptr); }},
+        {"C, row", -1, [&] { return surv_RemoveSurvLimits(nullptr, &error); }},
+        {"C, live row", -1, [&] { return surv_GetSurvPositions(code, 3, -9, nullptr); }},
+        {"C, stored order", -1, [&] { return surv_GetClientCode1(0, nullptr, "", code); }},
+        {"C, security", -1, [] { return surv_CheckAndUpdateSecurityInfo(nullptr); }},
     };
     for (const auto& [name, result, call] : cases) EXPECT_EQ(call(), result) << name;
     EXPECT_EQ(Texts(), Strings{});
@@ -337,7 +341,7 @@ Names ExportedNames() {
 TEST(Exports, TheLibraryShowsWhatItsHeadersDeclareAndNothingElse) {
     const std::string mark = "\nSURVEILLANCE_API ";
     Names declared;
-    for (const char* header : {"surveillance.h", "host.h"}) {
+    for (const char* header : {"surveillance.h", "host.h", "surveillance_c.h"}) {
         std::ifstream file(SURVEILLANCE_SOURCE_DIR "/include/surveillance/" + std::string(header));
         const std::string text(std::istreambuf_iterator<char>(file), {});
         for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
