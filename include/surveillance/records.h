@@ -17,10 +17,13 @@
 
 #ifdef __cplusplus
 #include <type_traits>
+/// Of a record: without gaps between its fields.
 #define SURVEILLANCE_PACKED [[gnu::packed]]
+/// Behind a record: its size.
 #define SURVEILLANCE_RECORD(record, bytes)                                             \
     static_assert(sizeof(record) == (bytes) && std::is_trivially_copyable_v<record> && \
                   std::is_standard_layout_v<record>)
+/// Behind a record: where a field of it stands.
 #define SURVEILLANCE_FIELD(record, field, offset) static_assert(offsetof(record, field) == (offset))
 #else
 #define SURVEILLANCE_PACKED __attribute__((packed))

@@ -1,14 +1,17 @@
 #pragma once
 
-// The exported functions for C, and for every language that calls C: each function of surveillance.h with surv_ before
-// its name. Arguments, answers and ownership are told there and in host.h; what a C++ host passes by reference is a
-// pointer here, and a null one gives -1. Nothing is thrown. The records are those of records.h.
+/// @file
+/// The exported functions for C, and for every language that calls C: each function of surveillance.h with surv_ before
+/// its name. Arguments, answers and ownership are told there and in host.h; what a C++ host passes by reference is a
+/// pointer here, and a null one gives -1. Nothing is thrown. The records are those of records.h.
 
 #include "surveillance/records.h"
 
+/// Marks what the shared library exports.
 #define SURVEILLANCE_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus
+/// In C++ the functions throw nothing, by type.
 #define SURVEILLANCE_NOEXCEPT noexcept
 class CPtrList;
 class CMapStringToOb;
@@ -28,30 +31,31 @@ typedef struct tagUpdateSurveillanceInfo tagUpdateSurveillanceInfo;
 // ---------------------------------------------------------------------------------------------------------------
 // The numbers that a request is written with and an answer is read by. The others are listed in codes.h.
 
+/// Numbers of codes.h.
 enum {
     SURV_ALL_SECURITIES = -9,  ///< token of a row
-    SURV_NO_LIMIT = -1,
-    SURV_NO_LEVEL = 255,  ///< clientType, subClientType
-    SURV_BUY = 1,
-    SURV_SELL = 2,
+    SURV_NO_LIMIT = -1,        ///< of a limit or a multiplier
+    SURV_NO_LEVEL = 255,       ///< clientType, subClientType
+    SURV_BUY = 1,              ///< buySell
+    SURV_SELL = 2,             ///< buySell
 
-    SURV_MASK_NSE_CASH = 1,  ///< exchange masks
-    SURV_MASK_NSE_DERIVATIVES = 2,
-    SURV_MASK_BSE_DERIVATIVES = 4,
-    SURV_MASK_BSE_CASH = 8,
-    SURV_MASK_MCX = 0x10,
-    SURV_MASK_NCDEX = 0x40,
+    SURV_MASK_NSE_CASH = 1,         ///< exchange mask
+    SURV_MASK_NSE_DERIVATIVES = 2,  ///< exchange mask
+    SURV_MASK_BSE_DERIVATIVES = 4,  ///< exchange mask
+    SURV_MASK_BSE_CASH = 8,         ///< exchange mask
+    SURV_MASK_MCX = 0x10,           ///< exchange mask
+    SURV_MASK_NCDEX = 0x40,         ///< exchange mask
 
-    SURV_PRODUCT_MARGIN = 1,
-    SURV_PRODUCT_DELIVERY = 2,
-    SURV_PRODUCT_MARGIN_PLUS = 4,
-    SURV_PRODUCT_MTF = 8,
+    SURV_PRODUCT_MARGIN = 1,       ///< productType
+    SURV_PRODUCT_DELIVERY = 2,     ///< productType
+    SURV_PRODUCT_MARGIN_PLUS = 4,  ///< productType
+    SURV_PRODUCT_MTF = 8,          ///< productType
 
-    SURV_STATUS_PASS = 1,
-    SURV_STATUS_NO_LIMITS = -306,
-    SURV_STATUS_REFUSED = -312,
-    SURV_STATUS_NO_MARKET = -314,
-    SURV_STATUS_NO_RISK_PARAMETERS = -317
+    SURV_STATUS_PASS = 1,                  ///< the order may stand
+    SURV_STATUS_NO_LIMITS = -306,          ///< a code of the order has no limits
+    SURV_STATUS_REFUSED = -312,            ///< a rule refused it
+    SURV_STATUS_NO_MARKET = -314,          ///< at market, and no price is known
+    SURV_STATUS_NO_RISK_PARAMETERS = -317  ///< the contract has no risk parameters
 };
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -66,7 +70,9 @@ SURVEILLANCE_API CPtrList* surv_ListNew(void) SURVEILLANCE_NOEXCEPT;
 SURVEILLANCE_API void surv_ListDelete(CPtrList* list) SURVEILLANCE_NOEXCEPT;
 /// -1 without memory: the row isn't in the list.
 SURVEILLANCE_API short surv_ListAdd(CPtrList* list, void* row) SURVEILLANCE_NOEXCEPT;
+/// How many rows it holds.
 SURVEILLANCE_API int surv_ListCount(const CPtrList* list) SURVEILLANCE_NOEXCEPT;
+/// Where a walk begins.
 SURVEILLANCE_API SurvPosition surv_ListHead(const CPtrList* list) SURVEILLANCE_NOEXCEPT;
 /// The row of the position, which moves on. Null at the end.
 SURVEILLANCE_API void* surv_ListNext(const CPtrList* list, SurvPosition* position) SURVEILLANCE_NOEXCEPT;
@@ -83,23 +89,31 @@ enum SurvRowKind {
 /// A row of zeros, to hand to a start or to free; the limits of a limit row are -1, which is none. Null without memory,
 /// and for an unknown kind.
 SURVEILLANCE_API void* surv_RowNew(int kind) SURVEILLANCE_NOEXCEPT;
+/// Frees a row of the kind; null is none.
 SURVEILLANCE_API void surv_RowFree(int kind, void* row) SURVEILLANCE_NOEXCEPT;
 /// Empties the list and frees its rows, which are all of the kind.
 SURVEILLANCE_API void surv_ListFreeRows(int kind, CPtrList* list) SURVEILLANCE_NOEXCEPT;
 
 /// The map of surv_InitializeAllAdditionalMarginInfo. It points at the records put in.
 SURVEILLANCE_API CMapStringToOb* surv_MapNew(void) SURVEILLANCE_NOEXCEPT;
+/// Deletes the map, not its records.
 SURVEILLANCE_API void surv_MapDelete(CMapStringToOb* map) SURVEILLANCE_NOEXCEPT;
 /// -1 without memory: the record isn't in the map.
 SURVEILLANCE_API short surv_MapPut(CMapStringToOb* map, const char* key,
                                    tagAdditionalMarginInfo* record) SURVEILLANCE_NOEXCEPT;
 
 // ---------------------------------------------------------------------------------------------------------------
-// The host's side
+// Namesakes
 
+/// HostWindowFunction of host.h.
 typedef void (*SurvHostWindow)(void* context, unsigned message, unsigned wParam, const char* text);
+/// HostClockFunction of host.h.
 typedef int64_t (*SurvHostClock)(void* context);
 
+/// @name Namesakes
+/// @{
+
+/// As the function of surveillance.h or host.h without surv_ before its name.
 SURVEILLANCE_API void surv_SetHostWindow(SurvHostWindow window, void* context) SURVEILLANCE_NOEXCEPT;
 SURVEILLANCE_API void surv_SetHostClock(SurvHostClock clock, void* context) SURVEILLANCE_NOEXCEPT;
 
@@ -223,6 +237,8 @@ SURVEILLANCE_API short surv_DownloadSurvInfo(const char* code, CPtrList* limitRo
 SURVEILLANCE_API short surv_GetDPPositionInfoFromDll(int kind, char* categoryCode, char* isinCode,
                                                      CPtrList* result) SURVEILLANCE_NOEXCEPT;
 SURVEILLANCE_API short surv_UpdateDPPositionInfo(tagDPUpload* upload) SURVEILLANCE_NOEXCEPT;
+
+/// @}
 
 #ifdef __cplusplus
 }
