@@ -1,0 +1,47 @@
+// Days of a house by chance, and the simulation itself: what it plays reaches everything, and what it finds is cut
+// short.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "runner.h"
+
+namespace soak {
+namespace {
+
+constexpr int kCalls = 300;
+
+TEST(Soak, EverythingHoldsAfterEveryCall) {
+    constexpr std::uint32_t kDays = 24;
+    Tally seen;
+    for (std::uint32_t seed = 1; seed <= kDays; ++seed) {
+        const Day day = Simulate(seed, kCalls);
+        for (const auto& [what, count] : day.seen) seen[what] += count;
+        if (!day.fault.Found()) continue;
+        const std::string file = testing::TempDir() + "soak-" + std::to_string(seed) + ".jsonl";
+        WriteScript(file, Shrink(day.script, day.fault), day.fault.check);
+        FAIL() << "seed " << seed << ", call " << day.fault.call << ": " << day.fault.check << ": " << day.fault.what
+               << "\nthe calls that it takes are in " << file;
+    }
+    // A day that does nothing holds, too.
+    for (const char* what : {"accepted", "refused", "UpdateSurveillance"}) EXPECT_GT(seen[what], 20 * kDays) << what;
+    for (const char* what : {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo"}) {
+        EXPECT_GT(seen[what], 2 * kDays) << what;
+    }
+    EXPECT_GT(seen["figures compared"], 300'000 * kDays);
+}
+
+TEST(Soak, AFalseInvariantIsCutToTheCallsThatBreakIt) {
+    const Day day = Simulate(7, kCalls, Planted::kYes);
+    ASSERT_EQ(day.fault.check, "planted");
+    const Script left = Shrink(day.script, day.fault, Planted::kYes);
+    EXPECT_EQ(left.size(), 3U);  // a start, a buy, a sell
+    const std::string file = testing::TempDir() + "soak-planted.jsonl";
+    WriteScript(file, left, "a false invariant");
+    EXPECT_EQ(Play(ReadScript(file), Planted::kYes).check, "planted");
+    EXPECT_FALSE(Play(left).Found());
+}
+
+}  // namespace
+}  // namespace soak
