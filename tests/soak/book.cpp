@@ -273,7 +273,10 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
     const int ownType = clientType == 255 ? (dealerType == 4 || dealerType == 5 ? dealerType : -1) : clientType;
 
     for (const Level& level : levels) {
-        if (!entities_.contains(level.code)) continue;  // an optional one
+        if (!entities_.contains(level.code)) {  // an optional one
+            levelsAgree_ = false;
+            continue;
+        }
         const bool asked = level.kind == '-' || (flags >> level.checkBit & 1) != 0;
         if (!passed) {
             if (level.code == failed) break;  // the walk ended here
@@ -293,7 +296,7 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
         entry.flat = passed && moves;
         entry.rows = moves && event.product != product::kMarginPlus && !(apart && (ownRules || passedBy));
         if (event.IsConversion()) doubted_.insert(level.code);
-        if (entry.flat != entry.rows && (!apart || passedBy)) exposuresDoubted_.insert(level.code);
+        if (!passed || (entry.flat != entry.rows && (!apart || passedBy))) exposuresDoubted_.insert(level.code);
         if (entry.flat != entry.rows) grossDoubted_.insert(level.code);
         if (apart && entry.rows) mtmDoubted_.insert(level.code);
         entries_[level.code].push_back(std::move(entry));
@@ -330,7 +333,6 @@ std::string CBook::Positions(const Snapshot& state) const {
     }
     for (const BKExposureTag& row : state.positions) {
         const std::string account = Text(row.accountCode);
-        if (account.find('+') != account.npos) continue;  // a sum over others
         const Position position{{row.orderBuyQty, row.orderBuyValue},
                                 {row.orderSellQty, row.orderSellValue},
                                 {row.tradedBuyQty, row.tradedBuyValue},
@@ -386,11 +388,23 @@ std::string CBook::AskRows(
     static const Entries kNone;
     const std::set<std::string> uneven = Uneven(state);
     std::map<std::string, std::vector<const Row*>> rows;
+    // A scrip's own row may lift what the row of all securities refuses for its net quantity: the order is in, and that
+    // row, put back, doesn't know.
+    std::set<std::pair<std::string, int>> mayRefuse;
+    for (const Row& row : state.rows) {
+        const bool all = row.token == kAllSecurities;
+        if (all && row.netQuantityLimit >= 0) mayRefuse.insert({Text(row.entityCode), int{row.limitMask}});
+    }
+    for (const Row& row : state.rows) {
+        const std::string entity = Text(row.entityCode);
+        if (row.token != kAllSecurities && mayRefuse.contains({entity, int{row.limitMask}})) lifted_.insert(entity);
+    }
     for (const Row& row : state.rows) {
         if (row.token == kAllSecurities) rows[Text(row.entityCode)].push_back(&row);
     }
     for (const auto& [entity, own] : rows) {
         if (doubted_.contains(entity) || doubted.contains(entity) || uneven.contains(entity)) continue;
+        if (lifted_.contains(entity)) continue;
         const auto entries = entries_.find(entity);
         std::string wrong = ask(entity, entries == entries_.end() ? kNone : entries->second, own);
         if (!wrong.empty()) return wrong;

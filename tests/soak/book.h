@@ -65,6 +65,9 @@ class CBook {
     /// A limit row whose figures a call may have set to something else.
     void DoubtRows(const std::string& entity) { doubted_.insert(entity); }
 
+    /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
+    using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
+    [[nodiscard]] const Market& LastPrices() const { return market_; }
     /// Figures of rows that were asked so far: those in doubt are not.
     [[nodiscard]] std::size_t Compared() const { return compared_; }
     /// No refused order has stayed at some of its levels.
@@ -108,13 +111,14 @@ class CBook {
 
     std::map<std::string, Entries> entries_;  ///< by entity
     mutable std::size_t compared_ = 0;
+    mutable std::set<std::string> lifted_;  ///< a refusal at their rows may have been lifted
     std::set<std::string> entities_;
     std::set<std::string> doubted_;           ///< entities whose rows tell something else
     std::set<std::string> exposuresDoubted_;  ///< a position moved that the rows didn't see
     std::set<std::string> grossDoubted_;      ///< an account did
     std::set<std::string> mtmDoubted_, fundsDoubted_;
-    std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t> market_;  ///< last price of what has traded
-    std::map<std::pair<std::string, int>, int> profits_;                    ///< marginFlags by entity and exchange
+    Market market_;
+    std::map<std::pair<std::string, int>, int> profits_;  ///< marginFlags by entity and exchange
     std::int16_t positionMode_ = 0;
     bool families_ = false;
     bool levelsAgree_ = true, everyClassMarked_ = false, everyTickMarks_ = false;

@@ -347,7 +347,10 @@ void CDay::Answered(const Json& answer) {
     const bool check = answer["call"] == "CheckSurveillance";
     const bool taken = answer.value("result", -1) == 0 && (!check || answer.value("status", 0) == status::kPass);
     if (!taken) return;
-    if (entering_) open_.push_back(*entering_);
+    if (entering_) {
+        open_.push_back(*entering_);
+        if (dice_.OneIn(3)) due_.push_back(End(open_.size() - 1));  // at once, which must leave nothing behind
+    }
     if (changing_) open_[*changing_] = changed_;
 }
 

@@ -16,6 +16,8 @@ class CDay {
 
     /// The next call.
     Json Next();
+    /// Inside calls that belong together.
+    [[nodiscard]] bool InTheMiddle() const { return !due_.empty(); }
     /// What came of it.
     void Answered(const Json& answer);
 

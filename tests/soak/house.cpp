@@ -10,7 +10,7 @@ namespace {
 constexpr std::int32_t kDay = 86400;
 
 /// As many daily masks as expiry ones, so that no list of stores ends early.
-const std::vector<int> kWideMasks{2, 3, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
 const std::vector<int> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
 
 std::string Code(char letter, int number) {
@@ -23,7 +23,7 @@ Json RiskMessage(int code, std::int16_t segment) {
 
 }  // namespace
 
-CHouse::CHouse(CDice& dice) : dice_(dice) {
+CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.positionMode = static_cast<std::int16_t>(dice.Pick(0, 3));
     style.mtmMode = dice.Among<std::int16_t>(1, 1, 7, 3);
     style.told = dice.OneIn(3);
@@ -32,6 +32,9 @@ CHouse::CHouse(CDice& dice) : dice_(dice) {
     style.openLevels = dice.OneIn(3);
     style.riskFiles = dice.OneIn(2);
     style.oddCalls = dice.OneIn(2);
+    if (kind_ == DayKind::kStopped) {
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = false;
+    }
     MakeInstruments();
     MakeHolders();
 }
@@ -75,6 +78,7 @@ void CHouse::MakeHolders() {
         Holder holder;
         holder.client = Code('C', i), holder.dealer = Code('D', i % dealers), holder.group = Code('G', i % groups);
         holder.clientType = dice_.Among(2, 2, 2, 1, 3, 4, 5);
+        if (!style.clientLevel && (holder.clientType == 3 || holder.clientType == 5)) holder.clientType = 2;
         holder.nri = holder.clientType == 2 && dice_.OneIn(4);
         if (families > 0 && dice_.OneIn(2)) holder.family = Code('F', i % families);
         add(holder.client, static_cast<std::int16_t>(holder.clientType));
@@ -208,9 +212,14 @@ Script CHouse::RiskFile(std::int16_t exchangeMask) {
         if (i.underlyingToken != underlying) {
             underlying = i.underlyingToken;
             Json message = RiskMessage(28006, exchangeMask);
-            message["underlying"] = {{"underlyingToken", underlying},
-                                     {"calendarSpreadCharge", dice_.Pick(1, 8)},
-                                     {"shortOptionMinimumCharge", 0.25 * dice_.Pick(1, 40)}};
+            Json& charges = charges_[exchangeMask];
+            // Accounts take new charges with their next order: a day that goes on afresh must not bring any.
+            if (charges.empty() || kind_ == DayKind::kWhole) {
+                charges = {{"underlyingToken", underlying},
+                           {"calendarSpreadCharge", dice_.Pick(1, 8)},
+                           {"shortOptionMinimumCharge", 0.25 * dice_.Pick(1, 40)}};
+            }
+            message["underlying"] = charges;
             calls.push_back(std::move(message));
         }
         Json losses = Json::array();

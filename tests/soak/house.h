@@ -3,6 +3,7 @@
 // A broker's house by chance: entities, instruments and settings, and the calls that set it up.
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
+    bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 
@@ -44,9 +46,12 @@ struct Instrument {
     std::int32_t token, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
 };
 
+/// Days that stop have orders alone whose rows a start takes.
+enum class DayKind : std::uint8_t { kWhole, kStopped };
+
 class CHouse {
  public:
-    explicit CHouse(CDice& dice);
+    explicit CHouse(CDice& dice, DayKind kind = DayKind::kWhole);
 
     DayStyle style;
     std::vector<Holder> holders;
@@ -70,6 +75,8 @@ class CHouse {
     Script Preferences();
 
     CDice& dice_;
+    DayKind kind_;
+    std::map<std::int16_t, Json> charges_;  ///< of each market's underlying
     std::vector<std::int16_t> entityLevels_;
 };
 

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <random>
 
-#include "runner.h"
+#include "restart.h"
 
 namespace {
 
@@ -17,6 +17,7 @@ struct Options {
     bool planted = false;
     std::string folder = ".";
     std::string script;
+    bool restart = false;  ///< stop each day in its middle and go on afresh
 };
 
 soak::Planted PlantedOf(const Options& options) { return options.planted ? soak::Planted::kYes : soak::Planted::kNo; }
@@ -45,6 +46,15 @@ int Run(const Options& options) {
     soak::Tally seen;
     std::uint32_t day = 0;
     for (; options.minutes > 0 ? Clock::now() < end : day < static_cast<std::uint32_t>(options.days); ++day) {
+        if (options.restart) {
+            const soak::RestartDay stopped = soak::Restart(first + day, options.calls / 2, options.calls / 2);
+            seen["orders after a stop"] += stopped.orders;
+            if (!stopped.fault.Found()) continue;
+            const std::string file = options.folder + "/restart-" + std::to_string(first + day) + ".jsonl";
+            soak::WriteScript(file, stopped.fresh, stopped.fault.what);
+            std::cout << first + day << ", call " << stopped.fault.call << ": " << stopped.fault.what << std::endl;
+            return 1;
+        }
         const soak::Day played = soak::Simulate(first + day, options.calls, PlantedOf(options));
         for (const auto& [what, count] : played.seen) seen[what] += count;
         seen["calls"] += played.script.size();
@@ -66,6 +76,7 @@ int main(int argc, char** argv) {
     app.add_option("--calls", options.calls, "of a day, after its opening");
     app.add_option("--folder", options.folder, "where the shortest script of a fault goes");
     app.add_option("--script", options.script, "check this script instead");
+    app.add_flag("--restart", options.restart, "stop each day in its middle and go on in a fresh process");
     app.add_flag("--planted", options.planted)->group("");  // hidden: finds a false invariant
     CLI11_PARSE(app, argc, argv);
     return Run(options);

@@ -1,128 +1,71 @@
 #include "runner.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
 #include <fstream>
-#include <functional>
 
+#include "child.h"
 #include "day.h"
 #include "script_error.h"
 
 namespace soak {
 namespace {
 
-constexpr unsigned kMostSeconds = 120;
-
-/// Runs `work` in a child and gives its last line of output as it stands; a child that dies is a fault of its own.
-/// What the child says on the way can't get lost: it is written line by line.
-struct ChildEnd {
-    std::string said;
-    std::string died;  ///< empty: it ended by itself
-};
-
-ChildEnd InChild(const std::function<void(int pipe)>& work) {
-    int ends[2];
-    if (::pipe(ends) != 0) std::abort();
-    const pid_t child = ::fork();
-    if (child < 0) std::abort();
-    if (child == 0) {
-        ::close(ends[0]);
-        ::alarm(kMostSeconds);
-        ::setenv("TZ", kTimeZone, 1);
-        ::tzset();
-        work(ends[1]);
-        ::_exit(0);
-    }
-    ::close(ends[1]);
-    ChildEnd end;
-    char buffer[1 << 16];
-    for (ssize_t got = 0; (got = ::read(ends[0], buffer, sizeof buffer)) > 0;) {
-        end.said.append(static_cast<const char*>(buffer), static_cast<std::size_t>(got));
-    }
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (WIFSIGNALED(status)) end.died = "signal " + std::to_string(WTERMSIG(status));
-    if (WIFEXITED(status) && WEXITSTATUS(status) != 0) end.died = "exit " + std::to_string(WEXITSTATUS(status));
-    return end;
-}
-
-void Say(int pipe, const Json& line) {
-    std::string text;
-    survhost::WriteJson(line, text);
-    text += '\n';
-    for (std::size_t done = 0; done < text.size();) {
-        const ssize_t wrote = ::write(pipe, text.data() + done, text.size() - done);
-        if (wrote <= 0) ::_exit(3);
-        done += static_cast<std::size_t>(wrote);
-    }
-}
-
-Json AsJson(const Fault& fault) { return {{"check", fault.check}, {"what", fault.what}, {"at", fault.call}}; }
-
-/// Lines of a child: calls, and in the end a fault.
-void ReadSaid(const ChildEnd& end, Script& script, Fault& fault, Tally& seen) {
-    std::size_t from = 0;
-    for (std::size_t to = 0; (to = end.said.find('\n', from)) != std::string::npos; from = to + 1) {
-        Json line = Json::parse(end.said.substr(from, to - from));
+/// What a child says: calls, a fault, and what it has seen.
+Day DayOf(const ChildEnd& end) {
+    Day day;
+    for (const Json& line : end.said) {
         if (line.contains("call")) {
-            script.push_back(std::move(line));
+            day.script.push_back(line);
         } else if (line.contains("seen")) {
-            for (const auto& [what, count] : line["seen"].items()) seen[what] = count;
+            for (const auto& [what, count] : line["seen"].items()) day.seen[what] = count;
         } else {
-            fault = {line["check"], line["what"], line["at"]};
+            day.fault = {line["check"], line["what"], line["at"]};
         }
     }
-    if (!end.died.empty()) fault = {"died", end.died, script.size()};
+    if (!end.died.empty()) day.fault = {"died", end.died, day.script.size()};
+    return day;
 }
 
 }  // namespace
 
+Json AsJson(const Fault& fault) { return {{"check", fault.check}, {"what", fault.what}, {"at", fault.call}}; }
+
 Day Simulate(std::uint32_t seed, int calls, Planted planted) {
-    const ChildEnd end = InChild([&](int pipe) {
+    return DayOf(InChild([&](const Say& say) {
         CDice dice(seed);
         CHouse house(dice);
         CDay day(dice, house);
         CSimulation simulation(planted);
-        const auto play = [&](const Json& line) {
-            Say(pipe, line);
+        const auto holds = [&](const Json& line) {
+            say(line);
             const Fault fault = simulation.Play(line);
-            if (fault.Found()) Say(pipe, AsJson(fault)), ::_exit(0);
+            if (fault.Found()) say(AsJson(fault));
+            return !fault.Found();
         };
-        for (const Json& line : house.Opening()) play(line);
+        for (const Json& line : house.Opening()) {
+            if (!holds(line)) return;
+        }
         for (int i = 0; i < calls; ++i) {
-            const Json line = day.Next();
-            play(line);
+            if (!holds(day.Next())) return;
             day.Answered(simulation.Answer());
         }
-        Say(pipe, {{"seen", simulation.Seen()}});
-    });
-    Day played;
-    ReadSaid(end, played.script, played.fault, played.seen);
-    return played;
+        say({{"seen", simulation.Seen()}});
+    }));
 }
 
 Fault Play(const Script& script, Planted planted) {
-    const ChildEnd end = InChild([&](int pipe) {
-        CSimulation simulation(planted);
-        for (const Json& line : script) {
-            try {
-                const Fault fault = simulation.Play(line);
-                if (fault.Found()) return Say(pipe, AsJson(fault));
-            } catch (const survhost::ScriptError&) {
-                return;  // what is left of a shrunken day may be no script
-            }
-        }
-    });
-    Fault fault;
-    Script none;
-    Tally seen;
-    ReadSaid(end, none, fault, seen);
-    return fault;
+    return DayOf(InChild([&](const Say& say) {
+               CSimulation simulation(planted);
+               try {
+                   for (const Json& line : script) {
+                       const Fault fault = simulation.Play(line);
+                       if (fault.Found()) return say(AsJson(fault));
+                   }
+               } catch (const survhost::ScriptError&) {
+                   return;  // what is left of a day that is cut short may be no script
+               }
+           }))
+        .fault;
 }
 
 namespace {

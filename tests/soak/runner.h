@@ -21,6 +21,7 @@ struct Day {
 /// A script with as few calls as it takes for the same check to fail.
 [[nodiscard]] Script Shrink(Script script, const Fault& fault, Planted planted = Planted::kNo);
 
+[[nodiscard]] Json AsJson(const Fault& fault);
 void WriteScript(const std::string& file, const Script& script, const std::string& about);
 [[nodiscard]] Script ReadScript(const std::string& file);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 
 #include "call_table.h"
@@ -31,7 +32,7 @@ std::string Parents(const Snapshot& state) {
     std::map<std::pair<std::string, std::int32_t>, std::map<char, Position>> accounts;
     for (const BKExposureTag& row : state.positions) {
         const std::string level = Text(row.levelCode), account = Text(row.accountCode);
-        if (account.find('+') != account.npos || level.empty()) continue;
+        if (level.empty()) continue;
         Position& sum = accounts[{account, row.token}][level[0]];
         sum.Add({{row.orderBuyQty, row.orderBuyValue},
                  {row.orderSellQty, row.orderSellValue},
@@ -69,6 +70,7 @@ Fault CSimulation::Play(const Json& line) {
     book_.Take(line, answer_);
     state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
     Fault fault = Check(line, before);
+    NoteEntry(line, before);
     fault.call = calls_;
     return fault;
 }
@@ -84,6 +86,7 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     if (std::find(kQueries.begin(), kQueries.end(), line["call"].get<std::string>()) != kQueries.end()) {
         if (std::string trace = state_.Difference(before); !trace.empty()) return {"a query changes nothing", trace};
     }
+    if (std::string left = LeftBehind(line); !left.empty()) return {"what ends comes back", left};
     using Ask = std::string (CBook::*)(const Snapshot&) const;
     constexpr std::pair<const char*, Ask> kBook[] = {
         {"positions", &CBook::Positions},
@@ -101,6 +104,45 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     }
     if (planted_ == Planted::kYes) {
         if (std::string wrong = PlantedFault(state_); !wrong.empty()) return {"planted", wrong};
+    }
+    return {};
+}
+
+void CSimulation::NoteEntry(const Json& line, const Snapshot& before) {
+    const int code = line.contains("request") ? line["request"].value("messageCode", 0) : 0;
+    const bool check = Is(line, "CheckSurveillance");
+    if (code != 0) ordersCame_ = true;
+    if (Is(line, "ProcessRPFInfo") && ordersCame_) newCharges_ = true;
+    const bool in = check ? Accepted(answer_) : answer_.value("result", -1) == 0;
+    entered_ = (code == 2000 || code == 2150) && in && line.value("probe", 0) == 0 ? line["order"] : Json();
+    if (!entered_.is_null()) beforeOrder_ = before;
+}
+
+std::string CSimulation::LeftBehind(const Json& line) const {
+    constexpr std::array kEnds{2155, 2156, 2075, 2076, 2231, 9002};
+    constexpr std::array kPlain{0, surv::product::kMargin + 0, surv::product::kAmoMargin + 0};
+    if (entered_.is_null() || !line.contains("request") || !line.contains("order") || line["order"] != entered_)
+        return {};
+    // New charges reach an account with its next order, and stay.
+    if (newCharges_ && entered_.contains("expiryDate")) return {};
+    const auto among = [](const auto& list, int value) {
+        return std::find(list.begin(), list.end(), value) != list.end();
+    };
+    if (!among(kEnds, line["request"].value("messageCode", 0)) || !among(kPlain, entered_.value("productType", 0)))
+        return {};
+    for (std::size_t i = 0; i < state_.rows.size() && state_.rows.size() == beforeOrder_.rows.size(); ++i) {
+        const BKSurveillanceLimitDefTag &now = state_.rows[i], &then = beforeOrder_.rows[i];
+        if (Text(now.entityCode) == "*****") continue;  // no level of a check
+        // An expiry of options stands among those that are netted from its first future on, even one that has ended.
+        const bool future = entered_.value("strikePrice", 0) < 0;
+        const double exposure = future ? now.usedExposureMargin : then.usedExposureMargin;
+        for (const auto& [is, was] :
+             {std::pair{now.usedMarginOrder, then.usedMarginOrder},
+              std::pair{now.usedMarginTraded, then.usedMarginTraded}, std::pair{now.usedMarginMax, then.usedMarginMax},
+              std::pair{now.usedExposureMargin, exposure}}) {
+            if (std::abs(is - was) <= 1e-6 + 1e-9 * std::abs(was)) continue;
+            return survhost::DecodeRecord(now).dump() + " was " + survhost::DecodeRecord(then).dump();
+        }
     }
     return {};
 }

@@ -33,16 +33,24 @@ class CSimulation {
     /// Makes the call and asks every check.
     Fault Play(const Json& line);
     [[nodiscard]] const Json& Answer() const { return answer_; }
+    [[nodiscard]] const Snapshot& State() const { return state_; }
+    [[nodiscard]] const CBook& Book() const { return book_; }
     /// How often what has happened.
     [[nodiscard]] const Tally& Seen() const { return seen_; }
 
  private:
     Fault Check(const Json& line, const Snapshot& before);
+    /// What an order that ends at once has left in the rows.
+    [[nodiscard]] std::string LeftBehind(const Json& line) const;
+    void NoteEntry(const Json& line, const Snapshot& before);
 
     Planted planted_;
     survhost::Session session_;
     CBook book_;
     Snapshot state_;
+    Json entered_;  ///< the order of the last call, if it was a new one and is in
+    Snapshot beforeOrder_;
+    bool ordersCame_ = false, newCharges_ = false;
     Json answer_;
     std::size_t calls_ = 0;
     Tally seen_;

@@ -29,6 +29,16 @@ std::string FirstDifference(const std::vector<Row>& a, const std::vector<Row>& b
     return {};
 }
 
+/// A sum over an account's holders has a code of 6 or 10 characters, padded, and a '+' behind it, which the first look
+/// at it takes off for good. Gives whether the row is one, and leaves it without.
+bool TakesSumsMark(BKExposureTag& row) {
+    const std::string_view code(static_cast<const char*>(row.accountCode), sizeof row.accountCode);
+    const std::string_view text = code.substr(0, code.find('\0'));
+    const bool marked = text.ends_with('+');
+    if (marked) row.accountCode[text.size() - 1] = '\0';
+    return marked || text.ends_with(' ');
+}
+
 }  // namespace
 
 Snapshot Snapshot::Take(const survhost::Session& session) {
@@ -38,10 +48,13 @@ Snapshot Snapshot::Take(const survhost::Session& session) {
     survhost::PositionRows positions;
     GetAllSurveillancePositions(limits.Get(), positions.Get());
     snapshot.rows = Copies<BKSurveillanceLimitDefTag>(limits);
-    for (const BKExposureTag& row : Copies<BKExposureTag>(positions)) {
+    for (BKExposureTag& row : Copies<BKExposureTag>(positions)) {
         const std::string label = Text(row.contract.optionType);
-        const bool product = label == "DD" || label == "MP" || label == "MD";
-        (product ? snapshot.netted : snapshot.positions).push_back(row);
+        if (label == "DD" || label == "MP" || label == "MD") {
+            snapshot.netted.push_back(row);
+        } else {
+            (TakesSumsMark(row) ? snapshot.sums : snapshot.positions).push_back(row);
+        }
     }
     survhost::HoldingRows holdings;
     std::string code, everyIsin = "ALL";
@@ -53,6 +66,7 @@ Snapshot Snapshot::Take(const survhost::Session& session) {
 std::string Snapshot::Difference(const Snapshot& other) const {
     std::string difference = FirstDifference(rows, other.rows, " limit row(s)");
     if (difference.empty()) difference = FirstDifference(positions, other.positions, " position(s)");
+    if (difference.empty()) difference = FirstDifference(sums, other.sums, " sum(s)");
     if (difference.empty()) difference = FirstDifference(netted, other.netted, " netted position(s)");
     if (difference.empty()) difference = FirstDifference(holdings, other.holdings, " holding(s)");
     return difference;

@@ -14,6 +14,7 @@ namespace soak {
 struct Snapshot {
     std::vector<BKSurveillanceLimitDefTag> rows;
     std::vector<BKExposureTag> positions;  ///< of every account, the day's ahead of the whole
+    std::vector<BKExposureTag> sums;       ///< over the holders of an account, where a level sums
     std::vector<BKExposureTag> netted;     ///< of products, over accounts; positionMode 1 alone shows them
     std::vector<tagDPHolding> holdings;
 
