@@ -481,7 +481,7 @@ Measures MeasuresOf(const Position& p, const Event& about, std::int32_t optionNe
     const bool option = !IsCashExchange(about.exchangeMask) && about.strikePrice > 0;
     const bool together = IsCashExchange(about.exchangeMask) && about.nri;
     double largestNet = 0, largestSale = 0, largestSaleValue = -HUGE_VAL, largestValue = -HUGE_VAL;
-    double lowest = HUGE_VAL, turnover = 0, gross = 0;
+    double lowest = HUGE_VAL, turnover = -HUGE_VAL, gross = 0;
     for (const Case& c : cases) {
         const double value = c.buyValue - c.sellValue;
         largestNet = std::max(largestNet, c.Net()), largestSale = std::max(largestSale, -c.Net());

@@ -181,6 +181,20 @@ Json CDay::FollowUp() {
     return Trade(at);
 }
 
+/// The codes that come seldom, on an order that goes on as if they hadn't.
+Json CDay::Seldom() {
+    if (open_.empty()) return Enter();
+    const Order& order = dice_.PickOf(open_);
+    if (order.product != product::kMargin && order.product != product::kNone) return FollowUp();
+    const int code = dice_.Among(2012, 2042, 31000, 2286, 2288);
+    Json call = Request("UpdateSurveillance", code, order);
+    if (code == 2012 || code == 2042) call["order"] = Record(order), call["order"]["price"] = SomePrice();
+    call["orderInfo"] = Stored(order);
+    call["orderInfo"]["orderStatus"] = dice_.Among(0, 1, 2, 8, 0x40, 0x100);
+    if (code == 2286 || code == 2288) call["trade"] = TradeRecord(order, order.remaining, SomePrice());
+    return call;
+}
+
 /// A trade is cancelled or changed. A correction names no product.
 Json CDay::Correct() {
     if (trades_.empty()) return FollowUp();
@@ -332,7 +346,8 @@ Json CDay::Next() {
     if (chance < 34) return Enter();
     if (chance < 40) return Probe();
     if (chance < 70) return FollowUp();
-    if (chance < 74) return Correct();
+    if (chance < 73) return Correct();
+    if (chance < 74 && house_.style.seldomCodes) return Seldom();
     if (chance < 82) return Tick();
     if (chance < 86) return SetLimit();
     if (chance < 88) return AddOrRemoveRow();

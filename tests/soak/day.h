@@ -43,6 +43,7 @@ class CDay {
     Json Change(std::size_t at);
     Json End(std::size_t at);
     Json Correct();
+    Json Seldom();
     Json Convert();
     Json Tick();
     Json SetLimit();

@@ -33,7 +33,8 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.riskFiles = dice.OneIn(2);
     style.oddCalls = dice.OneIn(2);
     if (kind_ == DayKind::kStopped) {
-        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = false;
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
+            false;
     }
     MakeInstruments();
     MakeHolders();

@@ -30,6 +30,7 @@ struct DayStyle {
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
     bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
+    bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 

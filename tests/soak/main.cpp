@@ -46,7 +46,7 @@ int Run(const Options& options) {
     soak::Tally seen;
     std::uint32_t day = 0;
     for (; options.minutes > 0 ? Clock::now() < end : day < static_cast<std::uint32_t>(options.days); ++day) {
-        if (options.restart) {
+        if (options.restart || (options.minutes > 0 && day % 8 == 7)) {
             const soak::RestartDay stopped = soak::Restart(first + day, options.calls / 2, options.calls / 2);
             seen["orders after a stop"] += stopped.orders;
             if (!stopped.fault.Found()) continue;
