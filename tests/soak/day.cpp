@@ -308,7 +308,7 @@ Json CDay::Odd() {
             call["request"][dice_.Among("clientCode", "dealerCode", "groupCode", "subClientCode", "familyCode")] =
                 "X99";
             call["order"] = Record(order);
-            call["order"]["exchangeMask"] = dice_.Among(1, 2, 0, 3, 0x20);
+            call["order"]["exchangeMask"] = dice_.Among(0, 3, 0x20, 0x21);
             return call;
         }
         case 2: {
