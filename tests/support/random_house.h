@@ -116,22 +116,4 @@ class CRandomDay {
     std::vector<Step> trades_;  ///< margin trades of equity, which may be corrected
 };
 
-/// What is open and traded, kept by nothing but what the steps say.
-class CPlainBook {
- public:
-    explicit CPlainBook(const CRandomHouse& house) : house_(house) {}
-    void Take(const Step& step);
-    /// Empty, or the first position or row of the house that isn't the sum of what the book has.
-    [[nodiscard]] std::string Difference(const Figures& house) const;
-
- private:
-    void Move(const Step& step, bool traded, std::int64_t quantity, double price, int sign);
-    void Add(const std::string& entity, std::string_view kind, const std::string& place, int index, double value);
-    void MoveRows(const Step& step, std::int64_t oldQuantity, double oldPrice, std::int64_t newQuantity,
-                  double newPrice, int kind);
-
-    const CRandomHouse& house_;
-    std::unordered_map<std::string, Figure> figures_;
-};
-
 }  // namespace surv::test

@@ -1,0 +1,127 @@
+#pragma once
+
+// A naive twin of the house: the list of what has been ordered and traded, and what everything comes to by adding it
+// up from the first entry each time. It knows the calls and their answers and nothing of the library's insides.
+
+#include <array>
+#include <compare>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "house.h"
+#include "snapshot.h"
+
+namespace soak {
+
+/// Bought and sold, each with its worth in paise. The order side holds every open order and every trade.
+struct Position {
+    struct Amount {
+        std::int64_t quantity = 0;
+        double value = 0;
+        friend auto operator<=>(const Amount&, const Amount&) = default;
+    };
+    Amount orderBuy, orderSell, tradedBuy, tradedSell;
+
+    friend auto operator<=>(const Position&, const Position&) = default;
+    void Add(const Position& other);
+};
+
+/// What an order, trade or correction takes out of every position that it reaches, and what it puts in.
+struct Event {
+    std::int16_t exchangeMask = 0;
+    std::int32_t token = 0, strikePrice = 0;
+    int product = 0;
+    bool buy = true, nri = false;
+    bool trade = false, correction = false;
+    std::int64_t prevQuantity = 0, quantity = 0;
+    double prevPrice = 0, price = 0;
+
+    [[nodiscard]] bool IsDelivery() const { return product == 2 || product == 0x10; }
+    [[nodiscard]] bool IsConversion() const { return product == 0x10 || product == 0x20; }
+    [[nodiscard]] bool HasDaily() const { return !IsDelivery() && product != 4; }
+    [[nodiscard]] int SegmentBit() const;
+    /// Plain, delivery or margin funding: products that are held apart.
+    [[nodiscard]] int Family() const;
+    /// What changes in a position.
+    [[nodiscard]] Position Change() const;
+};
+
+/// An event at one entity: the account that it is in there, and what of the entity it moves.
+struct Entry {
+    std::string group, account;
+    Event event;
+    bool flat = false;  ///< the entity's own position
+    bool rows = false;  ///< its limit rows, by the general rules
+};
+
+class CBook {
+ public:
+    /// Enters a call by what was answered.
+    void Take(const Json& line, const Json& answer);
+    /// A limit row whose figures a call may have set to something else.
+    void DoubtRows(const std::string& entity) { doubted_.insert(entity); }
+
+    /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
+    using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
+    [[nodiscard]] const Market& LastPrices() const { return market_; }
+    /// Figures of rows that were asked so far: those in doubt are not.
+    [[nodiscard]] std::size_t Compared() const { return compared_; }
+    /// No refused order has stayed at some of its levels.
+    [[nodiscard]] bool LevelsAgree() const { return levelsAgree_; }
+
+    /// Empty, or the first thing in the state that isn't what the entries come to.
+    [[nodiscard]] std::string Positions(const Snapshot& state) const;
+    [[nodiscard]] std::string RowFigures(const Snapshot& state) const;
+    [[nodiscard]] std::string Exposures(const Snapshot& state) const;
+    [[nodiscard]] std::string Holdings(const Snapshot& state) const;
+    [[nodiscard]] std::string Mtm(const Snapshot& state) const;
+
+ private:
+    struct Place {
+        int period;  // 0 the day, 1 until expiry
+        int family, segmentBit;
+        std::int32_t token;
+        auto operator<=>(const Place&) const = default;
+    };
+    struct Held {
+        Position position;
+        Event about;  ///< the latest event there
+    };
+    using Entries = std::vector<Entry>;
+    using Flat = std::map<Place, Held>;
+    using Row = BKSurveillanceLimitDefTag;
+
+    void Start(const Json& line);
+    void Order(const Json& line, const Json& answer);
+    void Enter(const Json& request, const Event& event, bool check, const Json& answer);
+    void Tick(const Json& touchline);
+    [[nodiscard]] static Flat FlatOf(const Entries& entries);
+    /// Asks each entity's rows of all securities, unless they are in doubt.
+    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted,
+                        const std::function<std::string(const std::string& entity, const Entries& entries,
+                                                        const std::vector<const Row*>& rows)>& ask) const;
+
+    /// Empty, or the first figure of the row that isn't as it should be.
+    template <class Dues>
+    std::string FirstWrong(const Row& row, const Dues& dues) const;
+
+    std::map<std::string, Entries> entries_;  ///< by entity
+    mutable std::size_t compared_ = 0;
+    mutable std::set<std::string> lifted_;  ///< a refusal at their rows may have been lifted
+    std::set<std::string> entities_;
+    std::set<std::string> doubted_;           ///< entities whose rows tell something else
+    std::set<std::string> exposuresDoubted_;  ///< a position moved that the rows didn't see
+    std::set<std::string> grossDoubted_;      ///< an account did
+    std::set<std::string> mtmDoubted_, fundsDoubted_;
+    Market market_;
+    std::map<std::pair<std::string, int>, int> profits_;  ///< marginFlags by entity and exchange
+    std::int16_t positionMode_ = 0;
+    bool families_ = false;
+    bool levelsAgree_ = true, everyClassMarked_ = false, everyTickMarks_ = false;
+};
+
+}  // namespace soak

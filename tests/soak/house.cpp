@@ -1,0 +1,276 @@
+#include "house.h"
+
+#include <array>
+
+#include "surveillance/codes.h"
+
+namespace soak {
+namespace {
+
+constexpr std::int32_t kDay = 86400;
+
+/// As many daily masks as expiry ones, so that no list of stores ends early.
+const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+const std::vector<int> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
+
+std::string Code(char letter, int number) {
+    return std::string{letter}.append(number < 10 ? "0" : "").append(std::to_string(number));
+}
+
+Json RiskMessage(int code, std::int16_t segment) {
+    return {{"call", "ProcessRPFInfo"}, {"messageCode", code}, {"segment", segment}, {"toStaging", 1}};
+}
+
+}  // namespace
+
+CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
+    style.positionMode = static_cast<std::int16_t>(dice.Pick(0, 3));
+    style.mtmMode = dice.Among<std::int16_t>(1, 1, 7, 3);
+    style.told = dice.OneIn(3);
+    style.products = dice.OneIn(2);
+    style.conversions = style.products && dice.OneIn(2);
+    style.openLevels = dice.OneIn(3);
+    style.riskFiles = dice.OneIn(2);
+    style.oddCalls = dice.OneIn(2);
+    if (kind_ == DayKind::kStopped) {
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
+            false;
+    }
+    MakeInstruments();
+    MakeHolders();
+}
+
+const std::vector<int>& CHouse::MasksOf(const std::string& entity) const {
+    return entity[0] == 'C' || entity[0] == 'S' ? kNarrowMasks : kWideMasks;
+}
+
+/// The last scrip of each cash exchange is the NRI clients' own: they count buys and sells together, others against
+/// each other.
+void CHouse::MakeInstruments() {
+    constexpr std::int32_t kBoundary = 311460;  // seconds to expiry at which a contract is neither near nor far
+    const std::int32_t near = kTradingDayBase + dice_.Among(2 * kDay, kBoundary, kBoundary + 1, 20 * kDay);
+    const std::int32_t far = kTradingDayBase + 50 * kDay;
+    for (const std::int32_t token : {101, 102, 199}) instruments.push_back({surv::kMaskNseCash, token});
+    for (const std::int32_t token : {201, 299}) instruments.push_back({surv::kMaskBseCash, token});
+    for (const std::int16_t exchange : {surv::kMaskNseDerivatives, surv::kMaskBseDerivatives}) {
+        const std::int32_t first = exchange * 100;
+        instruments.push_back({exchange, first + 1, -1, near, first});
+        instruments.push_back({exchange, first + 2, -1, far, first});
+        instruments.push_back({exchange, first + 3, 24000, far + 30 * kDay, first});
+        instruments.push_back({exchange, first + 4, 26000, near, first});
+    }
+    for (const std::int16_t exchange : {surv::kMaskMcx, surv::kMaskNcdex}) {
+        for (const std::int32_t token : {1, 2}) instruments.push_back({exchange, exchange * 100 + token, -1, near, 90});
+    }
+}
+
+void CHouse::MakeHolders() {
+    const auto add = [this](const std::string& code, std::int16_t level) {
+        entities.push_back(code);
+        entityLevels_.push_back(level);
+    };
+    const int groups = dice_.Pick(1, 2), dealers = dice_.Pick(1, 3), families = dice_.Pick(0, 2);
+    add("-", 7);
+    add("*****", 0);
+    for (int i = 0; i < groups; ++i) add(Code('G', i), 0);
+    for (int i = 0; i <= dealers; ++i) add(Code('D', i), 1);
+    for (int i = 0; i < families; ++i) add(Code('F', i), 8);
+    for (int i = dice_.Pick(2, 6); i > 0; --i) {
+        Holder holder;
+        holder.client = Code('C', i), holder.dealer = Code('D', i % dealers), holder.group = Code('G', i % groups);
+        holder.clientType = dice_.Among(2, 2, 2, 1, 3, 4, 5);
+        if (!style.clientLevel && (holder.clientType == 3 || holder.clientType == 5)) holder.clientType = 2;
+        holder.nri = holder.clientType == 2 && dice_.OneIn(4);
+        if (families > 0 && dice_.OneIn(2)) holder.family = Code('F', i % families);
+        add(holder.client, static_cast<std::int16_t>(holder.clientType));
+        if (holder.clientType == 2 && dice_.OneIn(3)) {
+            holder.subClient = Code('S', i), holder.subClientType = 12;
+            add(holder.subClient, 12);
+        }
+        holders.push_back(holder);
+    }
+    Holder own;  // a dealer that is its own client
+    own.group = Code('G', 0), own.dealer = own.client = Code('D', dealers), own.clientType = 255, own.dealerType = 4;
+    holders.push_back(own);
+    Holder house;  // the house's own orders
+    house.group = Code('G', 0), house.dealer = house.client = Code('D', 0), house.clientType = 255, house.proClient = 2;
+    holders.push_back(house);
+}
+
+void SetSomeLimit(CDice& dice, Json& row) {
+    constexpr double kLot = 25000.0 * 5;  // what an order comes to is a multiple of this more often than not
+    const auto money = [&] { return kLot * dice.Among(1, 2, 5, 10, 20, 40, 80, 200); };
+    switch (dice.Pick(0, 10)) {
+        case 0: row["grossExposureLimit"] = money(); break;
+        case 1: row["netExposureLimit"] = money(); break;
+        case 2: row["netSaleExposureLimit"] = money(); break;
+        case 3: row["netPositionLimit"] = money(); break;
+        case 4: row["turnoverLimit"] = 10 * money(); break;
+        case 5: row["pendingOrderLimit"] = money(); break;
+        case 6: row["maxSingleOrderValue"] = money(); break;
+        case 7: row["maxSingleOrderQty"] = dice.Among(5, 50, 100, 150); break;
+        case 8: row["marginLimit"] = 4 * money(); break;
+        case 9: row["netQuantityLimit"] = dice.Among(5, 100, 150, 200); break;
+        default: row["mtmLossLimit"] = dice.Among(0.0, 500.0, 125000.0); break;
+    }
+}
+
+Json CHouse::BareRow(const std::string& entity, int mask, std::int32_t token) const {
+    Json row{{"entityCode", entity}, {"token", token}, {"limitMask", mask}};
+    for (std::size_t i = 0; i < entities.size(); ++i) {
+        if (entities[i] == entity && entityLevels_[i] != 0) row["entityLevel"] = entityLevels_[i];
+    }
+    row["subLevel"] = entity == "-" || entity[0] == 'G' ? 7 : -1;
+    return row;
+}
+
+Json CHouse::LimitRow(const std::string& entity, int mask) {
+    Json row = BareRow(entity, mask, surv::kAllSecurities);
+    if (dice_.OneIn(8)) {
+        row["baseFund"] = 1e8, row["netExposureMultiplier"] = dice_.Among(10000, 25000);
+        row["netExposureLimit"] = 1e8;
+        row["limitOptions"] = dice_.Among(0, 1, 0x30);
+    }
+    if (dice_.OneIn(entity[0] == 'C' ? 6 : 14)) SetSomeLimit(dice_, row);
+    return row;
+}
+
+Json CHouse::Start() {
+    Json call{{"call", "InitializeSurvManager"},
+              {"positionMode", style.positionMode},
+              {"rpfMarginMode", 1},
+              {"mtmMode", style.mtmMode},
+              {"featureBits", 0x10},
+              {"limitDetailMessages", 1}};
+    Json limits = Json::array(), holdings = Json::array(), securities = Json::array(), receipts = Json::array();
+    for (const std::string& entity : entities) {
+        for (const int mask : MasksOf(entity)) limits.push_back(LimitRow(entity, mask));
+        if (entity[0] == 'C' && dice_.OneIn(3)) {
+            Json row = LimitRow(entity, 3);
+            row["token"] = 101;
+            limits.push_back(std::move(row));
+        }
+        if (entity[0] != 'C' && entity[0] != 'D') continue;
+        holdings.push_back({{"categoryCode", entity},
+                            {"isinCode", kIsin},
+                            {"holdingQty", dice_.Among(0, 100, 5000)},
+                            {"collateralQty", dice_.Among(0, 50, 5000)},
+                            {"collateralPrice", 1000.0},
+                            {"haircutRate", dice_.Among(0, 2500)}});
+        if (dice_.OneIn(3)) {
+            receipts.push_back(
+                {{"categoryCode", entity}, {"limitMask", dice_.Among(3, 0x11)}, {"quantity", 50}, {"isinCode", kIsin}});
+        }
+    }
+    for (const Instrument& i : instruments) {
+        if (!surv::IsCashExchange(i.exchangeMask)) continue;
+        securities.push_back({{"token", i.token}, {"isinCode", kIsin}, {"exchange", i.exchangeMask}});
+    }
+    call["limitList"] = std::move(limits);
+    call["dpList"] = std::move(holdings);
+    call["securityList"] = std::move(securities);
+    call["sarList"] = std::move(receipts);
+    return call;
+}
+
+/// Every entity but the families, whose preference would go ahead of a client's own in a check and behind it in an
+/// event.
+Script CHouse::Preferences() {
+    Script calls;
+    const int profits = dice_.Among(0, 0, 2, 10);
+    for (const std::string& entity : entities) {
+        if (entity[0] == 'F') continue;
+        const int addOn = dice_.Among(0, 0, 50'000, 100'000);
+        for (const int exchange : {1, 2, 4, 8, 0x10, 0x40, -1}) {
+            Json record{{"preferenceCode", entity},
+                        {"exchange", exchange},
+                        {"token", surv::kAllSecurities},
+                        {"allowedProducts", 15}};
+            if (exchange == -1) {
+                record["fundFlags"] = 8;
+            } else {
+                record["marginAddOnFactor"] = addOn, record["prefExtraMarginRate"] = 250'000;
+                record["marginFlags"] = profits;
+            }
+            calls.push_back({{"call", "AddUpdateClientPreferencesInfo"}, {"preference", std::move(record)}});
+        }
+    }
+    return calls;
+}
+
+Json Touchline(std::int16_t exchangeMask, std::int32_t token, int price) {
+    Json prices{{"exchange", exchangeMask},   {"token", token},
+                {"lastTradedPrice", price},   {"bestBuyPrice", price - 5},
+                {"bestSellPrice", price + 5}, {"closePrice", 24900}};
+    return {{"call", "AddAndComputeMTM"}, {"compute", 1}, {"touchline", std::move(prices)}};
+}
+
+Script CHouse::RiskFile(std::int16_t exchangeMask) {
+    Script calls{RiskMessage(28001, exchangeMask)};
+    std::int32_t underlying = 0;
+    for (const Instrument& i : instruments) {
+        if (i.exchangeMask != exchangeMask) continue;
+        if (i.underlyingToken != underlying) {
+            underlying = i.underlyingToken;
+            Json message = RiskMessage(28006, exchangeMask);
+            Json& charges = charges_[exchangeMask];
+            // Accounts take new charges with their next order: a day that goes on afresh must not bring any.
+            if (charges.empty() || kind_ == DayKind::kWhole) {
+                charges = {{"underlyingToken", underlying},
+                           {"calendarSpreadCharge", dice_.Pick(1, 8)},
+                           {"shortOptionMinimumCharge", 0.25 * dice_.Pick(1, 40)}};
+            }
+            message["underlying"] = charges;
+            calls.push_back(std::move(message));
+        }
+        Json losses = Json::array();
+        const int slope = dice_.Pick(1, 6);
+        for (int n = 0; n < 16; ++n) losses.push_back((n - 7) * slope + dice_.Pick(0, 2));
+        Json message = RiskMessage(28009, exchangeMask);
+        message["contract"] = {{"expiryDate", i.expiryDate},
+                               {"strikePrice", i.strikePrice},
+                               {"token", i.token},
+                               {"underlyingToken", i.underlyingToken},
+                               {"contractPrice", dice_.OneIn(12) ? 0 : dice_.Pick(24000, 26000)},
+                               {"compositeDelta", i.strikePrice > 0 ? 0.25 * dice_.Pick(-3, 3) : 1.0},
+                               {"riskArray", std::move(losses)}};
+        calls.push_back(std::move(message));
+    }
+    calls.push_back(RiskMessage(28002, exchangeMask));
+    return calls;
+}
+
+Script CHouse::Opening() {
+    Script calls{{{"call", "@clock"}, {"now", kNow}},
+                 {{"call", "MTMTimeIntervalAndTickCount"}, {"seconds", 0}, {"ticks", 1}}};
+    Json baskets = Json::array(), rates = Json::array();
+    for (const Instrument& i : instruments) {
+        if (surv::IsCashExchange(i.exchangeMask)) {
+            baskets.push_back({{"token", i.token},
+                               {"productFlags", 15},
+                               {"basePrice", 25000},
+                               {"firstLegBand", 1000},
+                               {"secondLegBand", 1000},
+                               {"dailyBand", 1000}});
+        } else {
+            rates.push_back({{"exchange", i.exchangeMask},
+                             {"token", i.token},
+                             {"additionalMarginRate", 50000},
+                             {"longMarginRate", 30000},
+                             {"shortMarginRate", 40000},
+                             {"buyExposureRate", 150},
+                             {"sellExposureRate", 250}});
+        }
+    }
+    calls.push_back({{"call", "InitializeProductMasterInfo"}, {"records", std::move(baskets)}});
+    calls.push_back({{"call", "InitializeAllAdditionalMarginInfo"}, {"map", std::move(rates)}});
+    calls.push_back(Start());
+    calls.push_back({{"call", "ComputeMTMOnOrOff"}, {"mode", 7}});
+    for (const std::int16_t exchange : {surv::kMaskNseDerivatives, surv::kMaskBseDerivatives, surv::kMaskNcdex}) {
+        for (Json& call : RiskFile(exchange)) calls.push_back(std::move(call));
+    }
+    for (Json& call : Preferences()) calls.push_back(std::move(call));
+    return calls;
+}
+
+}  // namespace soak

@@ -1,0 +1,150 @@
+#include "simulation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+
+#include "call_table.h"
+#include "surveillance/codes.h"
+
+namespace soak {
+namespace {
+
+constexpr std::array kQueries{"GetNetPositionInfoFromDll", "ClientPositionPresentFromDLL", "DownloadSurvInfo",
+                              "CaptureAllSurveillancePositions", "GetSurveillancePositions"};
+
+bool Is(const Json& line, std::string_view call) { return line["call"] == call; }
+
+/// Every level of the order was judged: then a refusal leaves no trace. A level that only takes orders in keeps it.
+bool JudgedEverywhere(const Json& line, const Json& answer) {
+    constexpr int kEveryLevel = 62;
+    const int asked = line["request"].value("levelCheckFlags", 0);
+    return (answer.value("levelCheckFlags", asked) & kEveryLevel) == kEveryLevel;
+}
+
+bool Accepted(const Json& answer) {
+    return answer.value("result", -1) == 0 && answer.value("status", 0) == surv::status::kPass;
+}
+
+/// What the holders under a level hold is what the level holds, scrip by scrip, over all accounts.
+std::string Parents(const Snapshot& state) {
+    std::map<std::pair<std::string, std::int32_t>, std::map<char, Position>> accounts;
+    for (const BKExposureTag& row : state.positions) {
+        const std::string level = Text(row.levelCode), account = Text(row.accountCode);
+        if (level.empty()) continue;
+        Position& sum = accounts[{account, row.token}][level[0]];
+        sum.Add({{row.orderBuyQty, row.orderBuyValue},
+                 {row.orderSellQty, row.orderSellValue},
+                 {row.tradedBuyQty, row.tradedBuyValue},
+                 {row.tradedSellQty, row.tradedSellValue}});
+    }
+    for (auto& [place, levels] : accounts) {
+        for (const char level : {'G', 'D', 'C'}) {
+            if (level == 'C' && place.first[0] != 'C') continue;
+            if (levels[level] == levels['-']) continue;
+            return std::string("account ") + place.first + ", token " + std::to_string(place.second) + " at level " +
+                   level + " isn't what the house holds";
+        }
+    }
+    return {};
+}
+
+std::string PlantedFault(const Snapshot& state) {
+    for (const BKExposureTag& bought : state.positions) {
+        if (bought.token != 101 || bought.tradedBuyQty == 0) continue;
+        for (const BKExposureTag& sold : state.positions) {
+            if (sold.marketSegment != 1 && sold.tradedSellQty > 0) return "101 was bought, and something sold";
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+Fault CSimulation::Play(const Json& line) {
+    ++calls_;
+    const Snapshot before = std::move(state_);
+    answer_ = survhost::RunCall(session_, line);
+    if (answer_.is_null()) answer_ = Json::object();
+    book_.Take(line, answer_);
+    state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
+    Fault fault = Check(line, before);
+    NoteEntry(line, before);
+    fault.call = calls_;
+    return fault;
+}
+
+Fault CSimulation::Check(const Json& line, const Snapshot& before) {
+    if (!session_.Started()) return {};
+    const bool check = Is(line, "CheckSurveillance");
+    const bool probe = check && line.value("probe", 0) != 0;
+    ++seen_[probe ? "probes" : !check ? line["call"].get<std::string>() : Accepted(answer_) ? "accepted" : "refused"];
+    if (check && (probe || (!Accepted(answer_) && JudgedEverywhere(line, answer_)))) {
+        if (std::string trace = state_.Difference(before); !trace.empty()) return {"no trace", trace};
+    }
+    if (std::find(kQueries.begin(), kQueries.end(), line["call"].get<std::string>()) != kQueries.end()) {
+        if (std::string trace = state_.Difference(before); !trace.empty()) return {"a query changes nothing", trace};
+    }
+    if (std::string left = LeftBehind(line); !left.empty()) return {"what ends comes back", left};
+    using Ask = std::string (CBook::*)(const Snapshot&) const;
+    constexpr std::pair<const char*, Ask> kBook[] = {
+        {"positions", &CBook::Positions},
+        {"row figures", &CBook::RowFigures},
+        {"exposures", &CBook::Exposures},
+        {"holdings", &CBook::Holdings},
+        {"mtm", &CBook::Mtm},
+    };
+    for (const auto& [name, ask] : kBook) {
+        if (std::string wrong = (book_.*ask)(state_); !wrong.empty()) return {name, wrong};
+    }
+    seen_["figures compared"] = book_.Compared();
+    if (book_.LevelsAgree()) {
+        if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
+    }
+    if (planted_ == Planted::kYes) {
+        if (std::string wrong = PlantedFault(state_); !wrong.empty()) return {"planted", wrong};
+    }
+    return {};
+}
+
+void CSimulation::NoteEntry(const Json& line, const Snapshot& before) {
+    const int code = line.contains("request") ? line["request"].value("messageCode", 0) : 0;
+    const bool check = Is(line, "CheckSurveillance");
+    if (code != 0) ordersCame_ = true;
+    if (Is(line, "ProcessRPFInfo") && ordersCame_) newCharges_ = true;
+    const bool in = check ? Accepted(answer_) : answer_.value("result", -1) == 0;
+    entered_ = (code == 2000 || code == 2150) && in && line.value("probe", 0) == 0 ? line["order"] : Json();
+    if (!entered_.is_null()) beforeOrder_ = before;
+}
+
+std::string CSimulation::LeftBehind(const Json& line) const {
+    constexpr std::array kEnds{2155, 2156, 2075, 2076, 2231, 9002};
+    constexpr std::array kPlain{0, surv::product::kMargin + 0, surv::product::kAmoMargin + 0};
+    if (entered_.is_null() || !line.contains("request") || !line.contains("order") || line["order"] != entered_)
+        return {};
+    // New charges reach an account with its next order, and stay.
+    if (newCharges_ && entered_.contains("expiryDate")) return {};
+    const auto among = [](const auto& list, int value) {
+        return std::find(list.begin(), list.end(), value) != list.end();
+    };
+    if (!among(kEnds, line["request"].value("messageCode", 0)) || !among(kPlain, entered_.value("productType", 0)))
+        return {};
+    for (std::size_t i = 0; i < state_.rows.size() && state_.rows.size() == beforeOrder_.rows.size(); ++i) {
+        const BKSurveillanceLimitDefTag &now = state_.rows[i], &then = beforeOrder_.rows[i];
+        if (Text(now.entityCode) == "*****") continue;  // no level of a check
+        // An expiry of options stands among those that are netted from its first future on, even one that has ended.
+        const bool future = entered_.value("strikePrice", 0) < 0;
+        const double exposure = future ? now.usedExposureMargin : then.usedExposureMargin;
+        for (const auto& [is, was] :
+             {std::pair{now.usedMarginOrder, then.usedMarginOrder},
+              std::pair{now.usedMarginTraded, then.usedMarginTraded}, std::pair{now.usedMarginMax, then.usedMarginMax},
+              std::pair{now.usedExposureMargin, exposure}}) {
+            if (std::abs(is - was) <= 1e-6 + 1e-9 * std::abs(was)) continue;
+            return survhost::DecodeRecord(now).dump() + " was " + survhost::DecodeRecord(then).dump();
+        }
+    }
+    return {};
+}
+
+}  // namespace soak

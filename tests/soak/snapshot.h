@@ -1,0 +1,34 @@
+#pragma once
+
+// What a host can see of the library's state, by its exported functions.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session.h"
+#include "surveillance/surveillance.h"
+
+namespace soak {
+
+struct Snapshot {
+    std::vector<BKSurveillanceLimitDefTag> rows;
+    std::vector<BKExposureTag> positions;  ///< of every account, the day's ahead of the whole
+    std::vector<BKExposureTag> sums;       ///< over the holders of an account, where a level sums
+    std::vector<BKExposureTag> netted;     ///< of products, over accounts; positionMode 1 alone shows them
+    std::vector<tagDPHolding> holdings;
+
+    [[nodiscard]] static Snapshot Take(const survhost::Session& session);
+    /// Empty, or what differs first, byte for byte.
+    [[nodiscard]] std::string Difference(const Snapshot& other) const;
+};
+
+/// A text field up to its first zero, without blanks at its end.
+template <std::size_t Width>
+std::string Text(const char (&field)[Width]) {
+    const std::string_view text(static_cast<const char*>(field), Width);
+    const std::string_view upToZero = text.substr(0, text.find('\0'));
+    return std::string(upToZero.substr(0, upToZero.find_last_not_of(' ') + 1));
+}
+
+}  // namespace soak

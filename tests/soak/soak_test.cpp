@@ -1,0 +1,58 @@
+// Days of a house by chance, and the simulation itself: what it plays reaches everything, and what it finds is cut
+// short.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "restart.h"
+
+namespace soak {
+namespace {
+
+constexpr int kCalls = 300;
+
+TEST(Soak, EverythingHoldsAfterEveryCall) {
+    constexpr std::uint32_t kDays = 24;
+    Tally seen;
+    for (std::uint32_t seed = 1; seed <= kDays; ++seed) {
+        const Day day = Simulate(seed, kCalls);
+        for (const auto& [what, count] : day.seen) seen[what] += count;
+        if (!day.fault.Found()) continue;
+        const std::string file = testing::TempDir() + "soak-" + std::to_string(seed) + ".jsonl";
+        WriteScript(file, Shrink(day.script, day.fault), day.fault.check);
+        FAIL() << "seed " << seed << ", call " << day.fault.call << ": " << day.fault.check << ": " << day.fault.what
+               << "\nthe calls that it takes are in " << file;
+    }
+    // A day that does nothing holds, too.
+    for (const char* what : {"accepted", "refused", "UpdateSurveillance"}) EXPECT_GT(seen[what], 15 * kDays) << what;
+    for (const char* what : {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo"}) {
+        EXPECT_GT(seen[what], 2 * kDays) << what;
+    }
+    EXPECT_GT(seen["figures compared"], 300'000 * kDays);
+}
+
+TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
+    std::size_t orders = 0;
+    for (std::uint32_t seed = 1; seed <= 12; ++seed) {
+        const RestartDay day = Restart(seed, kCalls / 2, kCalls / 2);
+        ASSERT_FALSE(day.fault.Found()) << "seed " << seed << ", call " << day.fault.call << ": " << day.fault.what;
+        orders += day.orders;
+    }
+    EXPECT_GT(orders, 800U);
+}
+
+TEST(Soak, AFalseInvariantIsCutToTheCallsThatBreakIt) {
+    Day day;
+    for (std::uint32_t seed = 6; seed < 16 && !day.fault.Found(); ++seed) day = Simulate(seed, kCalls, Planted::kYes);
+    ASSERT_EQ(day.fault.check, "planted");
+    const Script left = Shrink(day.script, day.fault, Planted::kYes);
+    EXPECT_LE(left.size(), 6U);  // a start, a buy, a sell, and what they need to be taken
+    const std::string file = testing::TempDir() + "soak-planted.jsonl";
+    WriteScript(file, left, "a false invariant");
+    EXPECT_EQ(Play(ReadScript(file), Planted::kYes).check, "planted");
+    EXPECT_FALSE(Play(left).Found());
+}
+
+}  // namespace
+}  // namespace soak
