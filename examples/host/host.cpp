@@ -9,25 +9,17 @@
 constexpr std::int16_t kSettlementOfNseCash = 3;  // limit mask
 constexpr std::int32_t kToken = 2885;
 
-/// Records are made of zeros, so a text that leaves room for one is whole.
 template <std::size_t Width>
 void Put(char (&field)[Width], const char* text) {
     std::memcpy(field, text, strnlen(text, Width - 1));
 }
-
 void PutContract(tagContractDescriptor& contract) {
     Put(contract.symbol, "SCRIP");
     Put(contract.series, "EQ");
 }
 
-/// A row across all securities that limits nothing yet.
 BKSurveillanceLimitDefTag* NewLimitRow(const char* entity) {
-    auto* row = new BKSurveillanceLimitDefTag{};
-    Put(row->entityCode, entity);
-    row->token = surv::kAllSecurities;
-    row->limitMask = kSettlementOfNseCash;
-    SetNoLimits(*row);
-    return row;
+    return new BKSurveillanceLimitDefTag(UnlimitedRow(entity, surv::kAllSecurities, kSettlementOfNseCash));
 }
 
 /// 100 shares that client C1 bought at 99.00.
@@ -86,8 +78,7 @@ void PutPurchase(Record& record) {
     record.productType = surv::product::kMargin;
     if constexpr (requires { record.quantity; }) {
         Put(record.accountText, "C1");
-        record.proClient = 1;
-        record.price = 10000;
+        record.proClient = 1, record.price = 10000;
     }
 }
 

@@ -20,7 +20,6 @@ constexpr std::array<std::int16_t, 12> kWideMasks{2, 3, 0x12, 0x13, 0xE, 0xF, 0x
 constexpr std::array<std::int16_t, 12> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
 
 std::string Code(char letter, int number) { return Format("%c%03d", letter, number); }
-bool IsWide(std::string_view entity) { return entity[0] != 'C' && entity[0] != 'S'; }
 
 std::string Place(Period period, const PositionKey& key) {
     return std::string{period == Period::kDaily ? "d" : "e"}
