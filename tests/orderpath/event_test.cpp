@@ -212,6 +212,25 @@ TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
     }
 }
 
+/// 100 are bought at 250.00, and 40 of them stand for sale: of an NRI only the buys count.
+TEST(Event, OfADeliveryIsMarginedWhereDeliveriesCount) {
+    for (const char* category : {"", "N"}) {
+        CScenario s;
+        s.House();
+        OrderSpec event{.productType = product::kDelivery, .clientCategory = category};
+        ASSERT_EQ(s.Event(event).result, 0);
+        event.messageCode = 2222, event.hasStored = true, event.storedQuantity = 100, event.storedPrice = 25000;
+        ASSERT_EQ(s.Event(event).result, 0);
+        ASSERT_EQ(
+            s.Event({.buySell = kSell, .quantity = 40, .productType = product::kDelivery, .clientCategory = category})
+                .result,
+            0);
+        const double ordered = *category ? 25000 : 15000;
+        EXPECT_EQ(s.library.manager->FindCategory("C1")->cashMarginNse, (CashMargin{ordered, 25000, 25000}));
+        EXPECT_EQ(s.library.manager->FindCategory("D1")->cashMarginNse, CashMargin{});
+    }
+}
+
 /// Without risk parameters mode 1 doesn't take an event; any other takes it without margin.
 TEST(Event, WithoutRiskParameters) {
     for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {
