@@ -42,6 +42,12 @@ TEST(RiskFile, CountsTellOfWhatIsMissing) {
     EXPECT_EQ(house.notifications, (Texts{"Update of underlying info failed", "Update of contract info failed",
                                           "Update of contract info failed"}))
         << "failed stores count";
+    for (const std::int32_t told : {1, 3}) {
+        house.notifications.clear();
+        house.RiskMessage(28005, 2, &told, sizeof told);
+        house.RiskMessage(28008, 2, &told, sizeof told);
+        EXPECT_EQ(house.notifications, (Texts{"Number of underlyings incorrect", "Number of contracts incorrect"}));
+    }
     const CRPFParameterTable& staging = house.library.context.risk.staging;
     EXPECT_EQ(staging.FindUnderlying(2, kUnderlying)->record.calendarSpreadCharge, 1.0F);
     EXPECT_EQ(staging.FindUnderlying(2, kUnderlying)->contracts.Size(), 0U);

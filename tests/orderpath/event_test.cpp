@@ -212,6 +212,17 @@ TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
     }
 }
 
+TEST(Event, OfTheHousesOwnAccountPutsItUnderMtm) {
+    CScenario s({.positionMode = 2});
+    s.House();
+    s.Limit("*****", 3);
+    ASSERT_EQ(s.Event({.messageCode = 2222, .proClient = kProClientOwn, .hasStored = true}).result, 0);
+    const CSurveillanceManager& house = *s.library.manager;
+    const CBroadcastScrip* const scrip = house.broadcastHash.Find(PlainKey(kMaskNseCash, 2885));
+    ASSERT_NE(scrip, nullptr);
+    EXPECT_TRUE(scrip->categories.Contains(house.FindCategory("*****")));
+}
+
 /// 100 are bought at 250.00, and 40 of them stand for sale: of an NRI only the buys count.
 TEST(Event, OfADeliveryIsMarginedWhereDeliveriesCount) {
     for (const char* category : {"", "N"}) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "reference/preferences.h"
 #include "support/scenario.h"
 
 namespace surv::test {
@@ -144,6 +145,28 @@ TEST(LevelPreferences, TheOverallRecordTellsTheSquareOffPartsAndTheFund) {
         s.Row("C1", 3).collateralFund = 100 * 25000;
         EXPECT_EQ(s.Send().Passed(), overall);
     }
+}
+
+/// NSE derivatives lead the other securities, NCDEX leads MCX; the others' word doesn't count beside a leader's.
+TEST(Preferences, TheExposureMarginBitFollowsItsLeader) {
+    ReferenceStores stores;
+    const auto set = [&stores](std::int32_t exchange, std::uint8_t bit) {
+        tagClientRiskPreferenceInfoForSurv record{};
+        WriteField(record.preferenceCode, "C1");
+        record.exchange = exchange, record.marginFlags = bit;
+        AddOrUpdatePreference(stores, record);
+        std::string counts;
+        for (const std::int32_t each : {1, 2, 4, 8, 0x10, 0x40}) {
+            const auto* stored = FindPreference(stores, "C1", each);
+            if (stored && stored->marginFlags != 0) counts += std::to_string(each) + " ";
+        }
+        return counts;
+    };
+    for (const std::int32_t exchange : {1, 4, 8, 0x10, 2, 0x40}) set(exchange, 0);
+    EXPECT_EQ(set(2, 1), "1 2 4 8 ");
+    EXPECT_EQ(set(0x40, 1), "1 2 4 8 16 64 ");
+    EXPECT_EQ(set(2, 0), "16 64 ");
+    EXPECT_EQ(set(0x40, 0), "");
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        CKeptHouse house(2, 0, {{"C1", 2, 0}});
+        CKeptHouse house(2, /*orderBased=*/1, {{"C1", 2, 0}});
         if (c.delivered) house.scenario.library.context.products.compulsoryDeliverySeries.Insert(SeriesKey{1, ""});
         for (const bool buy : {true, false}) {
             Kept kept;
