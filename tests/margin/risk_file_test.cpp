@@ -85,6 +85,8 @@ TEST(RiskFile, TheEndMessageMovesStagingIntoTheLiveTable) {
     const tagRPFContractRecord direct = contract(9, 40);
     house.RiskMessage(28009, 2, &direct, sizeof direct, false);
     EXPECT_NE(live->FindContract(2, 9), nullptr);
+    house.RiskFile(kMaskMcx, {charge}, {contract(5, 10)});  // which nothing is margined by
+    EXPECT_NE(risk.live.FindUnderlying(kMaskMcx, kUnderlying)->FindContract(kMaskMcx, 5), nullptr);
     EXPECT_TRUE(house.notifications.empty());
 }
 

@@ -166,6 +166,29 @@ TEST(Margin, ARateThatComesBetweenTwoOrdersIsNoChangeOfTheSecond) {
     }
 }
 
+/// A correction isn't a trade: the traded view catches up with the next one.
+TEST(Margin, ACancelledTradeLeavesTheTradedViewUntilTheNextTrade) {
+    CDerivativeHouse house;
+    const Contract future{.token = 100, .expiryDate = house.Days(30), .array = kNifty};
+    house.File({future});
+    const auto tell = [&house, &future](std::int16_t code, std::int32_t quantity) {
+        OrderSpec event = CDerivativeHouse::SpecOf(future, kBuy, quantity, 100);
+        event.messageCode = code, event.hasStored = code != 2000;
+        event.storedQuantity = quantity, event.storedPrice = 100;
+        ASSERT_EQ(house.Event(event).result, 0);
+    };
+    const auto expect = [&house](double ordered, double traded) {
+        EXPECT_NEAR(house.Underlying().view[kOrderView].scanRisk, ordered, 0.005);
+        EXPECT_NEAR(house.Underlying().view[kTradedView].scanRisk, traded, 0.005);
+    };
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2222}) tell(code, 3);
+    expect(3 * 2244.36, 3 * 2244.36);
+    tell(5440, 3);
+    expect(0, 3 * 2244.36);
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2222}) tell(code, 1);
+    expect(2244.36, 2244.36);
+}
+
 /// A change of the client's add-on raises what the client's rows take; others stay.
 TEST(Margin, TheAddOnRaisesTheRowsOfItsClient) {
     CDerivativeHouse house;

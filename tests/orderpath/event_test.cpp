@@ -212,6 +212,23 @@ TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
     }
 }
 
+/// A client of type 6 has no group: its own group level is the client that its sub clients stand under.
+TEST(Event, OfASubClientOfAGrouplessClientIsHeldUnderTheClient) {
+    CScenario s;
+    s.House();
+    s.Limit("S1", 3);
+    ASSERT_EQ(s.Event({.subClient = "S1", .clientType = 6, .subClientType = 12}).result, 0);
+    for (const char* entity : {"C1", "S1"}) {
+        const auto& accounts = s.library.manager->FindCategory(entity)->Book(Period::kExpiry).accounts;
+        const CClientExposure* const account = accounts.FindAccount("C1", "C1");
+        ASSERT_NE(account, nullptr) << entity;
+        EXPECT_EQ(account->levelTypes.client, 12);
+        EXPECT_EQ(account->levelTypes.group, 6);
+        EXPECT_EQ(account->levelTypes.subClient, -1);
+    }
+    EXPECT_NE(s.HeldBy("D1", Period::kExpiry, "", "C1"), nullptr);
+}
+
 TEST(Event, OfTheHousesOwnAccountPutsItUnderMtm) {
     CScenario s({.positionMode = 2});
     s.House();

@@ -1,5 +1,8 @@
+#include "orderpath/level_preferences.h"
+
 #include <gtest/gtest.h>
 
+#include "platform/format.h"
 #include "reference/preferences.h"
 #include "support/scenario.h"
 
@@ -167,6 +170,31 @@ TEST(Preferences, TheExposureMarginBitFollowsItsLeader) {
     EXPECT_EQ(set(0x40, 1), "1 2 4 8 16 64 ");
     EXPECT_EQ(set(2, 0), "16 64 ");
     EXPECT_EQ(set(0x40, 0), "");
+    CPtrList every, ofOne;
+    QueryPreferences(stores, 0, "", kAllSecurities, every);
+    QueryPreferences(stores, 0, "", 8, ofOne);
+    EXPECT_EQ(every.GetCount(), 6);
+    EXPECT_EQ(ofOne.GetCount(), 1);
+}
+
+/// An entity with records, but none of the exchange, where everybody's has none either.
+TEST(LevelPreferences, WhatStandsForAMissingRecordOfAnEvent) {
+    RiskPreference before;
+    before.prefMarginRate = 5, before.marginAddOnFactor = 6, before.prefMarginMode = 1, before.allowedProducts = 9;
+    before.marginFlags = 0xFF, before.fundFlags = 0xFF, before.autoSquareOffPart = 7;
+    const auto told = [&before](const std::vector<Given>& given, PreferenceRoad road) {
+        const CFamilyHouse s(given);
+        tagOrderInfoForSurv order;
+        order.marketSegment = 1, order.riskPreference = before;
+        TakeOwnPreference(*s.library.manager, *s.library.manager->FindCategory("C1"), road, order);
+        const RiskPreference& p = order.riskPreference;
+        return Format("%d %d %d %d; %d %d; %d", p.prefMarginRate, p.marginAddOnFactor, p.prefMarginMode, p.marginFlags,
+                      p.fundFlags, p.allowedProducts, p.autoSquareOffPart);
+    };
+    const std::vector<Given> own{{"C1", 8}}, everybodys{{"C1", 8}, {"*****", 8}};
+    EXPECT_EQ(told(own, PreferenceRoad::kEvent), "5 6 1 255; 255 9; 7") << "a family's record stays";
+    EXPECT_EQ(told(everybodys, PreferenceRoad::kEvent), "0 0 0 0; 0 7; 0");
+    EXPECT_EQ(told(everybodys, PreferenceRoad::kConversion), "0 0 0 0; 224 9; 7");
 }
 
 }  // namespace

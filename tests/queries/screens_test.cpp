@@ -142,6 +142,22 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     }
 }
 
+TEST(MarketExposure, TheFamilysOptionsStandBeforeTheOwnOnes) {
+    CScenario s({.featureBits = 0x10});
+    s.Limit("C1", 3);
+    for (const auto& [code, fund] : {std::pair{"C1", kSaleCreditInFund}, std::pair{"F1", kCollateralInFund}}) {
+        s.Preference(code, kOverallPreference, [flags = fund](auto& record) { record.fundFlags = flags; });
+    }
+    CSurveillanceManager& manager = *s.library.manager;
+    manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
+    manager.AddClientRiskPreference("C1");
+    CPtrList rows;
+    ASSERT_EQ(manager.GetMarketExposure("C1", 3, &rows), 0);
+    EXPECT_EQ(static_cast<BKSurveillanceLimitDefTag*>(rows.GetHeadPosition()->element)->limitOptions,
+              kCollateralInFund);
+    FreeRows<BKSurveillanceLimitDefTag>(rows);
+}
+
 TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
     constexpr std::uint8_t kFund = kCollateralInFund | kSaleCreditInFund;
     const struct {
