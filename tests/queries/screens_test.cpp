@@ -142,6 +142,21 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     }
 }
 
+/// The refused order has left a node that holds nothing.
+TEST(NetPositions, AnAccountThatWasRefusedShowsNothing) {
+    CScenario s({.positionMode = 2});
+    s.House();
+    s.Row("-", 3).maxSingleOrderQty = 99;
+    ASSERT_EQ(s.Check({}).errorCode, code::kOrderQuantity);
+    char group[] = "G1", account[] = "C1";
+    for (const int kind : {4, 6, 11, 12}) {
+        CPtrList rows;
+        const HolderCodes codes{{group, sizeof group}, {account, sizeof account}};
+        EXPECT_EQ(s.library.manager->GetNetPositionInfoFromDll({kind, "C1", codes, kAllSecurities, 3}, rows), kDone);
+        EXPECT_TRUE(rows.IsEmpty()) << kind;
+    }
+}
+
 TEST(MarketExposure, TheFamilysOptionsStandBeforeTheOwnOnes) {
     CScenario s({.featureBits = 0x10});
     s.Limit("C1", 3);
