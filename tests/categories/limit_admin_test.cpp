@@ -191,6 +191,7 @@ TEST(LimitAdmin, StoresAreCountedAndLevelsFollowTheLastRow) {
     };
     s.Limit("C1", 3, levels(4, -1));
     s.Limit("C1", 3, levels(7, 2), 500);
+    s.Limit("C1", 0x11, levels(7, 2), 500);  // of one scrip: opens no segment
     s.Limit("C1", 2, levels(0x82, 6));
     s.Limit("C1", 5, levels(0x83, 5));
     LimitRow row = EmptyLimit("C1", 3, 500);
@@ -199,7 +200,7 @@ TEST(LimitAdmin, StoresAreCountedAndLevelsFollowTheLastRow) {
     ASSERT_EQ(s.library.manager->RemoveSurvLimits(row, nullptr), kDone);
     const CSurveillanceCategory& client = *s.library.manager->FindCategory("C1");
     EXPECT_EQ(client.Book(Period::kDaily).rowCount, 1);
-    EXPECT_EQ(client.Book(Period::kExpiry).rowCount, 2) << "stores, not rows, and emptied ones too";
+    EXPECT_EQ(client.Book(Period::kExpiry).rowCount, 3) << "stores, not rows, and emptied ones too";
     EXPECT_EQ(client.allSecuritiesMask, 2 + 4);
     EXPECT_EQ(client.lastLevel, 0x83);
     EXPECT_EQ(client.secondLevel, 5);

@@ -302,6 +302,9 @@ TEST(LimitRules, SquareOffOrdersAreExemptFromTheRulesThatSaySo) {
     RowBench open = AtLoss(0x1FF);
     open.held.orderSellQty = 100;
     EXPECT_EQ(Refusing(open), buying) << "what is only ordered is not held";
+    RowBench conversion = AtLoss(0x1FF, product::kConvertToMargin);
+    conversion.held = Traded(0, 0, 100, 20000);
+    EXPECT_EQ(Refusing(conversion), sizes + "pending turnover margin nri") << "it brings its margin with it";
 }
 
 TEST(LimitRules, WhatARowTriesHangsOnItsMask) {

@@ -91,6 +91,11 @@ TEST(MarginRule, TheGeneralSetWeighsTheLargestOfThreeViews) {
             used - 1, used, 8200 + c.exposure, c.initial, c.exposure);
         ExpectRefusal(bench, {kMarginLimit, 1.0 * used * kRupee, -kRupee, -227, 0, 0, text, ""});
     }
+    for (const auto& [mask, used] : {std::pair{0x7F, 75000.0}, std::pair{0x1FF, 50000.0}}) {
+        RowBench bench = Margined(static_cast<std::int16_t>(mask), product::kConvertToMargin);
+        MuchTraded(bench);
+        ExpectRefusal(bench, {kMarginLimit, used * kRupee, -kRupee, -227, 0, 0, "Margin Limit exceeded", ""});
+    }
 }
 
 /// What a row takes over of a check; its traded side moves with corrections and deliveries alone.
@@ -160,6 +165,8 @@ TEST(MarginRule, ProductSetsSayWhatTheyWeigh) {
     RowBench bench = Margined(3, product::kDelivery);
     bench.held = Traded(0, 0, 60, 20000);
     expect(bench, kProductForm, 21200, 21200, 8200);
+    bench.held.tradedSellQty = 0, bench.held.tradedSellValue = 0;
+    expect(bench, kProductForm, 33200, 33200, 8200);  // a sale that is only open may not come
     bench = Margined(3, product::kConvertToDelivery);
     bench.conversionMargin = -3000;
     expect(bench, kSets[1].form, 30200, 33200, 8200);
@@ -327,6 +334,7 @@ TEST(DeliverySell, WhatIsHeldAndBoughtMustCoverIt) {
         bench.order.buySell = kSell, bench.order.nriClient = c.nri, bench.order.compulsoryDelivery = c.compulsory;
         bench.held = Traded(c.bought, 20000);
         bench.held.orderSellQty = c.ordered;
+        bench.held.orderBuyQty += 1000;  // covers nothing before it trades
         bench.order.dpSetQty = c.set, bench.order.dpPrevBlockedQty = c.blocked, bench.order.dpTodayFreeQty = c.free;
         bench.order.quantity = c.last;
         EXPECT_EQ(bench.Check().text, "");

@@ -105,6 +105,7 @@ TEST(Report, AnEnquiryNetsBuysAndSellsOfAnyClient) {
         level.order = bench.order;
         TrialBuffers buffers;
         EXPECT_EQ(CheckCategory(level, buffers, mode, nullptr).passed, mode == CheckMode::kProbe);
+        EXPECT_TRUE(buffers.breaches.empty());
         s.library.context.undo.RestoreBackTo({});
     }
 }

@@ -42,6 +42,12 @@ TEST(RiskFile, CountsTellOfWhatIsMissing) {
     EXPECT_EQ(house.notifications, (Texts{"Update of underlying info failed", "Update of contract info failed",
                                           "Update of contract info failed"}))
         << "failed stores count";
+    for (const std::int32_t told : {1, 3}) {
+        house.notifications.clear();
+        house.RiskMessage(28005, 2, &told, sizeof told);
+        house.RiskMessage(28008, 2, &told, sizeof told);
+        EXPECT_EQ(house.notifications, (Texts{"Number of underlyings incorrect", "Number of contracts incorrect"}));
+    }
     const CRPFParameterTable& staging = house.library.context.risk.staging;
     EXPECT_EQ(staging.FindUnderlying(2, kUnderlying)->record.calendarSpreadCharge, 1.0F);
     EXPECT_EQ(staging.FindUnderlying(2, kUnderlying)->contracts.Size(), 0U);
@@ -79,6 +85,8 @@ TEST(RiskFile, TheEndMessageMovesStagingIntoTheLiveTable) {
     const tagRPFContractRecord direct = contract(9, 40);
     house.RiskMessage(28009, 2, &direct, sizeof direct, false);
     EXPECT_NE(live->FindContract(2, 9), nullptr);
+    house.RiskFile(kMaskMcx, {charge}, {contract(5, 10)});  // which nothing is margined by
+    EXPECT_NE(risk.live.FindUnderlying(kMaskMcx, kUnderlying)->FindContract(kMaskMcx, 5), nullptr);
     EXPECT_TRUE(house.notifications.empty());
 }
 

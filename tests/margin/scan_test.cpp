@@ -146,6 +146,49 @@ TEST(Margin, ExposureMarginIsNettedBetweenExpiries) {
     EXPECT_NEAR(house.Row("C1", 0xD).usedExposureMargin, 46901.01, 0.005) << "the largest of the four views";
 }
 
+/// 65 more at 24,051.80, of which the rate takes 46,901.01. What stands already is brought up to the rate ahead of it.
+TEST(Margin, ARateThatComesBetweenTwoOrdersIsNoChangeOfTheSecond) {
+    const std::tuple<std::int16_t, std::int16_t, std::int32_t> cases[]{{kMaskNseDerivatives, 0xD, 30000},
+                                                                       {kMaskNcdex, 0x101, 300}};
+    for (const auto& [exchange, mask, rate] : cases) {
+        CDerivativeHouse house;
+        house.House(0x101);
+        const Contract future{.token = 100, .expiryDate = house.Days(30), .array = kNifty, .exchange = exchange};
+        house.RiskFile(exchange, {UnderlyingRecord(kUnderlying, 0, 0)}, {ContractRecord(future)});
+        OrderSpec order = CDerivativeHouse::SpecOf(future, kBuy, 65, 2405180);
+        order.priceMultiplier = 10000;
+        ASSERT_TRUE(house.Check(order).Passed());
+        tagAdditionalMarginInfo record{};
+        record.exchange = exchange, record.token = 100, record.additionalMarginRate = rate;
+        house.library.context.stores.AddAdditionalMargin(record);
+        ASSERT_TRUE(house.Check(order).Passed());
+        EXPECT_NEAR(house.Row("C1", mask).usedExposureMargin, 46901.01, 0.005) << mask;
+    }
+}
+
+/// A correction isn't a trade: the traded view catches up with the next one.
+TEST(Margin, ACancelledTradeLeavesTheTradedViewUntilTheNextTrade) {
+    CDerivativeHouse house;
+    const Contract future{.token = 100, .expiryDate = house.Days(30), .array = kNifty};
+    house.File({future});
+    const auto tell = [&house, &future](std::int16_t code, std::int32_t quantity) {
+        OrderSpec event = CDerivativeHouse::SpecOf(future, kBuy, quantity, 100);
+        event.messageCode = code, event.hasStored = code != 2000;
+        event.storedQuantity = quantity, event.storedPrice = 100;
+        ASSERT_EQ(house.Event(event).result, 0);
+    };
+    const auto expect = [&house](double ordered, double traded) {
+        EXPECT_NEAR(house.Underlying().view[kOrderView].scanRisk, ordered, 0.005);
+        EXPECT_NEAR(house.Underlying().view[kTradedView].scanRisk, traded, 0.005);
+    };
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2222}) tell(code, 3);
+    expect(3 * 2244.36, 3 * 2244.36);
+    tell(5440, 3);
+    expect(0, 3 * 2244.36);
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2222}) tell(code, 1);
+    expect(2244.36, 2244.36);
+}
+
 /// A change of the client's add-on raises what the client's rows take; others stay.
 TEST(Margin, TheAddOnRaisesTheRowsOfItsClient) {
     CDerivativeHouse house;

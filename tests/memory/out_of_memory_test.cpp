@@ -244,6 +244,51 @@ TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
     EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 9)->data.tradedBuyQty, 100);
 }
 
+TEST(OutOfMemory, ALimitIsAddedWholeOrNotAtAll) {
+    CScenario s({.positionMode = 2});
+    for (const char* code : {"A", "B", "C", "D", "E", "F", "G", "H"}) s.Limit(code, 3);
+    const std::string before = s.Dump();
+    bool done = false;
+    for (long allocations = 0; !done; ++allocations) {
+        ASSERT_LT(allocations, 100);
+        BKSurveillanceLimitDefTag row = EmptyLimit("I", 3);  // the ninth: look-ups need an index now
+        tagAdminErrMessage error{};
+        allocationsLeft = allocations;
+        done = s.library.manager->AddSurvLimits(row, &error) == kDone;
+        allocationsLeft = -1;
+        ASSERT_EQ(s.Dump() == before, !done) << allocations;
+        ASSERT_EQ(FieldText(error.errorText), done ? "" : "Not enough memory (CSurveillanceInfo::AddSurvLimits)");
+    }
+    EXPECT_EQ(s.library.manager->categoriesByPeriod.Find(0)->Size(), 9);
+}
+
+/// A start goes on, each time memory runs out, from the row that it couldn't take.
+TEST(OutOfMemory, RowsOfAStartCountOnceHoweverOftenItIsRepeated) {
+    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
+        CPtrList limits, exposures;
+        for (const char* code : {"C1", "D1", "C2"}) limits.AddTail(new BKSurveillanceLimitDefTag(EmptyLimit(code, 3)));
+        for (const char* code : {"C1", "D1"}) exposures.AddTail(new BKExposureTag(PositionRow(code, 3, 100)));
+        CScenario s({.positionMode = mode});
+        long allocations = 0;
+        for (bool done = false; !done; ++allocations) {
+            ASSERT_LT(allocations, 1000);
+            allocationsLeft = allocations;
+            try {
+                done = s.library.manager->Initialize({.limits = &limits, .exposures = &exposures}) == kDone;
+            } catch (const std::bad_alloc&) {  // the exported start tells of it
+            }
+            allocationsLeft = -1;
+        }
+        EXPECT_GT(allocations, 10);
+        EXPECT_NE(s.library.manager->FindCategory("C2"), nullptr);
+        for (const char* code : {"C1", "D1"}) {
+            EXPECT_EQ(s.Held(code, Period::kExpiry)->data.tradedBuyQty, 100) << code;
+            EXPECT_EQ(s.Row(code, 3).usedMarginMax, 25000) << code;
+        }
+        for (CPtrList* each : {&limits, &exposures}) each->RemoveAll();
+    }
+}
+
 TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {
     CScenario s;
     s.Limit("C1", 3);

@@ -131,6 +131,12 @@ TEST(Mark, PositionsKeptApartMoveTheTotalAlone) {
     EXPECT_TRUE(s.Touch(kMaskNseDerivatives, kToken, 25300).empty());
     EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 5)->data.mtmValue, 100 * 300);
     EXPECT_EQ(s.Row("-", 5).usedMtmFull, 0);
+
+    book.exposures.positions.FindOrMake(key).data = book.clientLevelExposures.Find(key)->data;
+    book.clientLevelExposures.Find(key)->data.tradedBuyQty = 60;
+    s.Touch(kMaskNseDerivatives, kToken, 25400);
+    EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 5)->data.mtmValue, 100 * 400)
+        << "the category's own position stands before them";
 }
 
 TEST(Reload, TheStartLaysTheWholeMtmIn) {

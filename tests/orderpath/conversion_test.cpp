@@ -98,6 +98,9 @@ TEST(Conversion, MovesSharesAtTheirPriceAtEveryLevel) {
             s.Trade(30, 20000, kSell);
             ASSERT_EQ(s.Convert(product::kConvertToDelivery, 30, 0, kSell).text, "");
             EXPECT_EQ(s.Held(kSell), "0 at 0; 30 at 600000");
+            ASSERT_EQ(s.Event(s.Spec(product::kDelivery, 100, 25000, kSell)).result, 0);
+            EXPECT_NE(s.Convert(product::kConvertToMargin, 21).text, "") << "130 of the 150 stand for sale";
+            EXPECT_EQ(s.Convert(product::kConvertToMargin, 20).text, "");
         }
     }
 }

@@ -212,6 +212,53 @@ TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
     }
 }
 
+/// A client of type 6 has no group: its own group level is the client that its sub clients stand under.
+TEST(Event, OfASubClientOfAGrouplessClientIsHeldUnderTheClient) {
+    CScenario s;
+    s.House();
+    s.Limit("S1", 3);
+    ASSERT_EQ(s.Event({.subClient = "S1", .clientType = 6, .subClientType = 12}).result, 0);
+    for (const char* entity : {"C1", "S1"}) {
+        const auto& accounts = s.library.manager->FindCategory(entity)->Book(Period::kExpiry).accounts;
+        const CClientExposure* const account = accounts.FindAccount("C1", "C1");
+        ASSERT_NE(account, nullptr) << entity;
+        EXPECT_EQ(account->levelTypes.client, 12);
+        EXPECT_EQ(account->levelTypes.group, 6);
+        EXPECT_EQ(account->levelTypes.subClient, -1);
+    }
+    EXPECT_NE(s.HeldBy("D1", Period::kExpiry, "", "C1"), nullptr);
+}
+
+TEST(Event, OfTheHousesOwnAccountPutsItUnderMtm) {
+    CScenario s({.positionMode = 2});
+    s.House();
+    s.Limit("*****", 3);
+    ASSERT_EQ(s.Event({.messageCode = 2222, .proClient = kProClientOwn, .hasStored = true}).result, 0);
+    const CSurveillanceManager& house = *s.library.manager;
+    const CBroadcastScrip* const scrip = house.broadcastHash.Find(PlainKey(kMaskNseCash, 2885));
+    ASSERT_NE(scrip, nullptr);
+    EXPECT_TRUE(scrip->categories.Contains(house.FindCategory("*****")));
+}
+
+/// 100 are bought at 250.00, and 40 of them stand for sale: of an NRI only the buys count.
+TEST(Event, OfADeliveryIsMarginedWhereDeliveriesCount) {
+    for (const char* category : {"", "N"}) {
+        CScenario s;
+        s.House();
+        OrderSpec event{.productType = product::kDelivery, .clientCategory = category};
+        ASSERT_EQ(s.Event(event).result, 0);
+        event.messageCode = 2222, event.hasStored = true, event.storedQuantity = 100, event.storedPrice = 25000;
+        ASSERT_EQ(s.Event(event).result, 0);
+        ASSERT_EQ(
+            s.Event({.buySell = kSell, .quantity = 40, .productType = product::kDelivery, .clientCategory = category})
+                .result,
+            0);
+        const double ordered = *category ? 25000 : 15000;
+        EXPECT_EQ(s.library.manager->FindCategory("C1")->cashMarginNse, (CashMargin{ordered, 25000, 25000}));
+        EXPECT_EQ(s.library.manager->FindCategory("D1")->cashMarginNse, CashMargin{});
+    }
+}
+
 /// Without risk parameters mode 1 doesn't take an event; any other takes it without margin.
 TEST(Event, WithoutRiskParameters) {
     for (const std::int16_t mode : std::initializer_list<std::int16_t>{0, 1, 2, 3}) {

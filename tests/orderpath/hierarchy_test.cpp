@@ -1,3 +1,5 @@
+#include "orderpath/hierarchy.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -113,6 +115,19 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
     EXPECT_EQ(s.Check({}).failedLevelCode, "C1");
     s.Limit("C2", 5);
     EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
+}
+
+/// From the group's on upwards; the margin flags stand one place lower. The root has none.
+TEST(Hierarchy, EachLevelHasOneFlagForChecksAndOneForMargin) {
+    for (int level = 0; level < static_cast<int>(kLevelCount); ++level) {
+        for (int bit = 0; bit < 8; ++bit) {
+            tagSurveillanceInfo request{};
+            request.levelCheckFlags = request.levelMarginFlags = static_cast<std::uint8_t>(1 << bit);
+            const bool below = static_cast<Level>(level) != Level::kRoot;
+            EXPECT_EQ(HasCheckFlag(static_cast<Level>(level), request), below && bit == 5 - level) << level;
+            EXPECT_EQ(HasMarginFlag(static_cast<Level>(level), request), below && bit == 4 - level) << level;
+        }
+    }
 }
 
 }  // namespace

@@ -16,11 +16,12 @@ struct Reading {
     OrderIntake intake;
     bool read = false;
 
-    explicit Reading(const OrderSpec& spec, const std::function<void(tagOrderRequest&)>& edit = {})
+    explicit Reading(const OrderSpec& spec, const std::function<void(tagOrderRequest&)>& edit = {},
+                     OrderRoad road = OrderRoad::kCheck)
         : buffer(MakeRequest(spec)) {
         intake.view = ViewRequest(Head());
         if (edit) edit(*intake.view.order);
-        read = ReadRequest(Head(), context, OrderRoad::kCheck, intake);
+        read = ReadRequest(Head(), context, road, intake);
         FillCheckEvent(intake);
     }
     tagSurveillanceInfo& Head() { return *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()); }
@@ -121,11 +122,23 @@ TEST(Intake, TypesThreeAndFiveNarrowTheLevelsOffMcx) {
         {"on NCDEX", 0x40, 3, 0, true}, {"on mask 0x20", 0x20, 2, 5, false},
     };
     for (const auto& c : cases) {
-        Reading reading(
-            {.exchangeMask = c.mask, .dealerType = c.dealer, .clientType = c.client, .levelCheckFlags = 0xFF});
-        EXPECT_EQ(reading.intake.updateAllLevels, !c.narrow) << c.name;
-        EXPECT_EQ(reading.Head().levelCheckFlags, c.narrow ? 0xC8 : 0xFF) << c.name;
+        for (const auto& [road, kept] : {std::pair{OrderRoad::kCheck, 0xC8}, std::pair{OrderRoad::kUpdate, 0xE8}}) {
+            Reading reading(
+                {.exchangeMask = c.mask, .dealerType = c.dealer, .clientType = c.client, .levelCheckFlags = 0xFF}, {},
+                road);
+            EXPECT_EQ(reading.intake.updateAllLevels, !c.narrow) << c.name;
+            EXPECT_EQ(reading.Head().levelCheckFlags, c.narrow ? kept : 0xFF) << c.name;
+        }
     }
+}
+
+TEST(Intake, OnlyOrdersAndTheirChangesConvert) {
+    std::string converting;
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2012, 2040, 2042, 2075, 2076, 2150, 2155,
+                                                                       2156, 2222, 2231, 9002, 30160, 31000}) {
+        if (ProductTypeOf(product::kConvertToMargin, code) != product::kNone) converting += Row(code) + " ";
+    }
+    EXPECT_EQ(converting, "2000 2012 2040 2150 2155 2156 30160 ");
 }
 
 TEST(Intake, QuantitiesAndPricesOfEachEvent) {
@@ -218,6 +231,10 @@ TEST(Intake, NcdexPricesAreScaledAndRoundedHalfUp) {
                   Row(c.scaled, c.scaled, c.scaledStrike))
             << c.name;
     }
+    CScenario s;
+    for (const std::int16_t mask : {std::int16_t{0x100}, std::int16_t{0x101}}) s.House(mask);
+    ASSERT_TRUE(s.Check({.exchangeMask = kMaskNcdex, .priceMultiplier = 5000, .expiryDate = 1'000'000'000}).Passed());
+    EXPECT_EQ(s.Row("C1", 0x101).usedPendingOrder, 100 * 12500.0);
 }
 
 }  // namespace

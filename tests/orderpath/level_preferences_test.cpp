@@ -1,5 +1,9 @@
+#include "orderpath/level_preferences.h"
+
 #include <gtest/gtest.h>
 
+#include "platform/format.h"
+#include "reference/preferences.h"
 #include "support/scenario.h"
 
 namespace surv::test {
@@ -144,6 +148,64 @@ TEST(LevelPreferences, TheOverallRecordTellsTheSquareOffPartsAndTheFund) {
         s.Row("C1", 3).collateralFund = 100 * 25000;
         EXPECT_EQ(s.Send().Passed(), overall);
     }
+}
+
+/// NSE derivatives lead the other securities, NCDEX leads MCX; the others' word doesn't count beside a leader's.
+TEST(Preferences, TheExposureMarginBitFollowsItsLeader) {
+    ReferenceStores stores;
+    const auto set = [&stores](std::int32_t exchange, std::uint8_t bit) {
+        tagClientRiskPreferenceInfoForSurv record{};
+        WriteField(record.preferenceCode, "C1");
+        record.exchange = exchange, record.marginFlags = bit;
+        AddOrUpdatePreference(stores, record);
+        std::string counts;
+        for (const std::int32_t each : {1, 2, 4, 8, 0x10, 0x40}) {
+            const auto* stored = FindPreference(stores, "C1", each);
+            if (stored && stored->marginFlags != 0) counts += std::to_string(each) + " ";
+        }
+        return counts;
+    };
+    for (const std::int32_t exchange : {1, 4, 8, 0x10, 2, 0x40}) set(exchange, 0);
+    EXPECT_EQ(set(2, 1), "1 2 4 8 ");
+    EXPECT_EQ(set(0x40, 1), "1 2 4 8 16 64 ");
+    EXPECT_EQ(set(2, 0), "16 64 ");
+    EXPECT_EQ(set(0x40, 0), "");
+    CPtrList every, ofOne;
+    QueryPreferences(stores, 0, "", kAllSecurities, every);
+    QueryPreferences(stores, 0, "", 8, ofOne);
+    EXPECT_EQ(every.GetCount(), 6);
+    EXPECT_EQ(ofOne.GetCount(), 1);
+}
+
+TEST(LevelPreferences, TheFamilysRecordMarginsItsClientWhateverElseHappens) {
+    CFamilyHouse s({{"F1", 1, 3}, {"C1", 1, 9}, {"C1", 8, 5}});
+    CSurveillanceManager& manager = *s.library.manager;
+    manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
+    manager.AddClientRiskPreference("C1");
+    const CSurveillanceCategory& client = *manager.FindCategory("C1");
+    EXPECT_EQ(manager.EffectivePreference(client, 1).allowedProducts, 3);
+    EXPECT_EQ(manager.EffectivePreference(client, 8).allowedProducts, 5)
+        << "of an exchange that the family is silent on";
+}
+
+/// An entity with records, but none of the exchange, where everybody's has none either.
+TEST(LevelPreferences, WhatStandsForAMissingRecordOfAnEvent) {
+    RiskPreference before;
+    before.prefMarginRate = 5, before.marginAddOnFactor = 6, before.prefMarginMode = 1, before.allowedProducts = 9;
+    before.marginFlags = 0xFF, before.fundFlags = 0xFF, before.autoSquareOffPart = 7;
+    const auto told = [&before](const std::vector<Given>& given, PreferenceRoad road) {
+        const CFamilyHouse s(given);
+        tagOrderInfoForSurv order;
+        order.marketSegment = 1, order.riskPreference = before;
+        TakeOwnPreference(*s.library.manager, *s.library.manager->FindCategory("C1"), road, order);
+        const RiskPreference& p = order.riskPreference;
+        return Format("%d %d %d %d; %d %d; %d", p.prefMarginRate, p.marginAddOnFactor, p.prefMarginMode, p.marginFlags,
+                      p.fundFlags, p.allowedProducts, p.autoSquareOffPart);
+    };
+    const std::vector<Given> own{{"C1", 8}}, everybodys{{"C1", 8}, {"*****", 8}};
+    EXPECT_EQ(told(own, PreferenceRoad::kEvent), "5 6 1 255; 255 9; 7") << "a family's record stays";
+    EXPECT_EQ(told(everybodys, PreferenceRoad::kEvent), "0 0 0 0; 0 7; 0");
+    EXPECT_EQ(told(everybodys, PreferenceRoad::kConversion), "0 0 0 0; 224 9; 7");
 }
 
 }  // namespace

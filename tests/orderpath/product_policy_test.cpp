@@ -306,6 +306,11 @@ TEST(ProductReference, TheFirstRecordOfAKeyStands) {
     EXPECT_EQ(products.tokenPrices.Size(), 1U);
     EXPECT_EQ(products.tokenPrices.Find(0)->closePrice, 1);
     EXPECT_EQ(products.compulsoryDeliverySeries.Size(), 1U);
+    for (const char letter : std::string_view{"ABCDEFGHIJ"}) {
+        products.compulsoryDeliverySeries.Insert(SeriesKey(kMaskBseCash, {&letter, 1}));
+    }
+    EXPECT_TRUE(products.compulsoryDeliverySeries.Contains(SeriesKey(kMaskBseCash, " F")));
+    EXPECT_FALSE(products.compulsoryDeliverySeries.Contains(SeriesKey(kMaskNseCash, "F")));
     products.SetBasket(baskets[1]);
     EXPECT_EQ(products.scripBaskets.Find(0)->basePrice, 0) << "a change overwrites";
 }

@@ -282,6 +282,13 @@ TEST(ProductWalk, ProductsThatAPreferenceForbids) {
             EXPECT_TRUE(s.Dump() == before) << "the levels below had passed";
         }
     }
+    // Only a client without records of its own keeps the after-market product as far as its family's record.
+    CScenario s({.featureBits = 0x10});
+    for (const char* level : kLevels) s.Limit(level, 3);
+    s.Preference("F1", kMaskNseCash, [](auto& p) { p.allowedProducts = 1; });
+    EXPECT_EQ(
+        s.Check({.productType = product::kAmoDelivery, .family = "F1", .subClient = "S1", .subClientType = 12}).text,
+        "AMO Delivery Order Not Allowed for ");
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        CKeptHouse house(2, 0, {{"C1", 2, 0}});
+        CKeptHouse house(2, /*orderBased=*/1, {{"C1", 2, 0}});
         if (c.delivered) house.scenario.library.context.products.compulsoryDeliverySeries.Insert(SeriesKey{1, ""});
         for (const bool buy : {true, false}) {
             Kept kept;
@@ -143,6 +143,37 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
         EXPECT_EQ(manager.GetClientPositionPresentFromDLL("C1", "G1", c.account), c.present);
         EXPECT_EQ(manager.GetClientPositionPresentFromDLL("C2", "G1", c.account), -1);
     }
+}
+
+/// The refused order has left a node that holds nothing.
+TEST(NetPositions, AnAccountThatWasRefusedShowsNothing) {
+    CScenario s({.positionMode = 2});
+    s.House();
+    s.Row("-", 3).maxSingleOrderQty = 99;
+    ASSERT_EQ(s.Check({}).errorCode, code::kOrderQuantity);
+    char group[] = "G1", account[] = "C1";
+    for (const int kind : {4, 6, 11, 12}) {
+        CPtrList rows;
+        const HolderCodes codes{{group, sizeof group}, {account, sizeof account}};
+        EXPECT_EQ(s.library.manager->GetNetPositionInfoFromDll({kind, "C1", codes, kAllSecurities, 3}, rows), kDone);
+        EXPECT_TRUE(rows.IsEmpty()) << kind;
+    }
+}
+
+TEST(MarketExposure, TheFamilysOptionsStandBeforeTheOwnOnes) {
+    CScenario s({.featureBits = 0x10});
+    s.Limit("C1", 3);
+    for (const auto& [code, fund] : {std::pair{"C1", kSaleCreditInFund}, std::pair{"F1", kCollateralInFund}}) {
+        s.Preference(code, kOverallPreference, [flags = fund](auto& record) { record.fundFlags = flags; });
+    }
+    CSurveillanceManager& manager = *s.library.manager;
+    manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
+    manager.AddClientRiskPreference("C1");
+    CPtrList rows;
+    ASSERT_EQ(manager.GetMarketExposure("C1", 3, &rows), 0);
+    EXPECT_EQ(static_cast<BKSurveillanceLimitDefTag*>(rows.GetHeadPosition()->element)->limitOptions,
+              kCollateralInFund);
+    FreeRows<BKSurveillanceLimitDefTag>(rows);
 }
 
 TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {

@@ -144,7 +144,8 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
         static_cast<BKExposureTag*>(exposures.AddTail(new BKExposureTag(PositionRow("C1", 3, 5)))->element)
             ->marketSegment = 9;  // no market: nothing is registered for it
         auto* failing = new BKExposureTag(PositionRow("C1", 3, 1));
-        WriteField(failing->contract.optionType, "DD");
+        constexpr const char* kLabels[]{"DD", "MP", "MD", "DD"};
+        WriteField(failing->contract.optionType, kLabels[mode]);
         exposures.AddTail(failing);
         exposures.AddTail(new BKExposureTag(PositionRow("C1", 2, 8)));
         const Library::StartSettings settings{.positionMode = mode};
@@ -219,6 +220,7 @@ TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
               kDone);
     const CSurveillanceManager& manager = *library.manager;
     EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
+    EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNcdex, 60))->categories.Size(), 1);
     EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
     EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 60))->closePrice, 12500) << "half, at a multiplier of 2";
     EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 61))->closePrice, 25000);
