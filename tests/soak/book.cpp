@@ -299,6 +299,9 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
         if (!passed || (entry.flat != entry.rows && (!apart || passedBy))) exposuresDoubted_.insert(level.code);
         if (entry.flat != entry.rows) grossDoubted_.insert(level.code);
         if (apart && entry.rows) mtmDoubted_.insert(level.code);
+        const std::tuple held{level.code, event.exchangeMask, event.token};
+        if (event.trade) traded_.insert(held);
+        if (event.correction && !traded_.contains(held)) mtmDoubted_.insert(level.code);
         entries_[level.code].push_back(std::move(entry));
     }
 }

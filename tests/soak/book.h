@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "house.h"
@@ -117,6 +118,7 @@ class CBook {
     std::set<std::string> exposuresDoubted_;  ///< a position moved that the rows didn't see
     std::set<std::string> grossDoubted_;      ///< an account did
     std::set<std::string> mtmDoubted_, fundsDoubted_;
+    std::set<std::tuple<std::string, int, std::int32_t>> traded_;  ///< entities and what touchlines mark for them
     Market market_;
     std::map<std::pair<std::string, int>, int> profits_;  ///< marginFlags by entity and exchange
     std::int16_t positionMode_ = 0;
