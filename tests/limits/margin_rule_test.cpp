@@ -341,6 +341,7 @@ TEST(DeliverySell, AnOrderBlocksReceiptsThenSharesAndMovesTheFund) {
         {"of an NRI", 1, kSell, true, false, {100, 10, 0}, {0, 100}, -747'00, 0},
         {"of compulsory delivery", 1, kSell, false, true, {120, 10, 0}, {20, 80}, -567'00, 0},
         {"on BSE", 4, kSell, false, false, {107, 9, 0}, {7, 73}, -522'00, 0},
+        {"purchase", 1, kBuy, false, false, {120, 10, 10}, {0, 0}, 0, -150'00},
         {"purchase on BSE", 4, kBuy, false, false, {107, 9, 0}, {7, 13}, 0, 0},
     };
     for (const auto& c : cases) {
