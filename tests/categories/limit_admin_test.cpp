@@ -37,16 +37,12 @@ TEST(LimitAdmin, EachRefusalHasItsText) {
          "Surveillance Limits not available for NEW - across all securities", false},
         {"change, no scrip", kChange, "C1", 3, 501, "501|Surveillance Limits not available for  C1", true},
         {"change, full field", kChange, "ABCDEFGH", 3, 1, "1|Surveillance Limits not available for  ABCDEFGH", true},
-        {"change scrip", kChange, "C1", 3, 500, nullptr, false},
         {"remove", kRemove, "C1", 3, -9, "Surveillance Limits across all securities cannot be removed", false},
         {"remove, no scrip", kRemove, "C1", 3, 501, "501|Surveillance Limits not available for  C1", true},
         {"remove, no mask", kRemove, "C1", 5, 500, "500|Surveillance Limits not available for  C1", true},
-        {"remove, no entity", kRemove, "NEW", 3, 7, "7|Surveillance Limits not available for  NEW", true},
         {"remove scrip", kRemove, "C1", 3, 500, nullptr, false},
-        {"read, no entity", kRead, "NEW", 3, -9, "", false},
         {"read, no mask", kRead, "C1", 5, -9, "", false},
         {"read, removed", kRead, "C1", 3, 500, "", false},
-        {"read", kRead, "C1", 3, -9, nullptr, false},
     };
     CScenario s;
     s.Limit("C1", 3);
@@ -212,12 +208,6 @@ TEST(LimitAdmin, StoresAreCountedAndLevelsFollowTheLastRow) {
         EXPECT_EQ(group ? group->begin()->key.View() : "", code) << key;
         EXPECT_EQ(group ? group->Size() : 0, *code ? 1U : 0U) << key;
     }
-    for (std::int16_t segment = 1; segment <= 8; ++segment) {
-        const bool cash = segment == 1 || segment == 4;
-        EXPECT_EQ(EffectiveLevel(0x82, LevelGroupOf(segment)), cash ? 0 : 1) << segment;
-        EXPECT_EQ(EffectiveLevel(0x83, LevelGroupOf(segment)), cash ? 1 : 0) << segment;
-        EXPECT_EQ(EffectiveLevel(7, LevelGroupOf(segment)), 7) << segment;
-    }
 }
 
 TEST(LimitAdmin, AReadRebuildsTheLimitsFromTheFundOfThePreference) {
@@ -233,14 +223,11 @@ TEST(LimitAdmin, AReadRebuildsTheLimitsFromTheFundOfThePreference) {
         std::uint8_t options, optionsAfter;
         double limit;  // -2: as it was
     } cases[] = {
-        {"no preference", {}, 0x60, 0x00, kFund},
-        {"collateral", {{"C1", -1, 0x20}}, 0x40, 0x20, kFund + kCollateral},
         {"sale credit", {{"C1", -1, 0x40}}, 0x00, 0x40, kFund + kCredit},
         {"both, other bits apart", {{"C1", -1, 0xFF}}, 0x0E, 0x6E, kFund + kCollateral + kCredit},
         {"an exchange's record tells nothing", {{"C1", 1, 0x60}}, 0x20, 0x00, kFund},
         {"nor does everybody's", {{"*****", -1, 0x60}, {"C1", 1, 0}}, 0x00, 0x00, kFund},
         {"the family's comes first", {{"F1", -1, 0x20}, {"C1", -1, 0x40}}, 0x00, 0x20, kFund + kCollateral},
-        {"a family without one", {{"F1", 1, 0x20}, {"C1", -1, 0x40}}, 0x00, 0x40, kFund + kCredit},
         {"limits stay as defined", {{"C1", -1, 0x20}}, 0x01, 0x21, -2},
     };
     for (const auto& c : cases) {

@@ -98,12 +98,9 @@ TEST(PositionRows, EnterTheSetsThatTheirClientTypeAndTheLevelCallFor) {
         const char* code = "C1";
     } cases[] = {
         {"client", 3, 2, 2, 0, 2, true, false},
-        {"type 3 off MCX", 3, 3, 2, 0, 2, false, false},
         {"type 3 at its own level", 3, 3, 3, 0, 2, true, false},
         {"type 3 on MCX", 0x81, 3, 2, 0, 2, true, false},
-        {"type 3 on MCX, dealer summing", 0x81, 3, 0, 7, 0, true, true},
         {"composite dealer off MCX", 0x81, 5, 0x83, 7, 0, true, true},
-        {"composite dealer of cash", 0x81, 5, 0x82, 7, 0, true, false},
         {"type 3 on MCX at place 7, mode 3", 0x81, 3, 7, 0, 3, true, true},
         {"root in mode 2", 0x80, 3, 2, 0, 2, true, true, "-"},
         {"root in mode 3", 0x80, 3, 2, 0, 3, true, false, "-"},
@@ -141,22 +138,6 @@ TEST(PositionRows, AnOptionTakesTodaysPartFromItsDailyRow) {
     EXPECT_EQ(rows->Book(Period::kExpiry).accounts.holders.Size(), 1);
 }
 
-TEST(PositionRows, ATickMovesTheAccountBehindAPosition) {
-    CRows rows(2);
-    rows.Add(WithMtm(PositionRow("C1", 3, 100), 100000, 2600000, 26000));
-    CClientPosition* held =
-        rows->ClientBook().Of(Period::kExpiry).positions.scrips.Find(kScrip)->Find(std::string_view{"G1|C1"});
-    tagOrderInfoForSurv tick;
-    tick.marketSegment = 1, tick.token = 2885;
-    for (const std::int32_t price : {25200, 24500, 24500}) {
-        tick.lastTradedPrice = price;
-        held->ApplyPrice(tick, rows->Context().settings);
-    }
-    const SegmentFigures* sums = held->clientExposure->FindSegmentFigures(1);
-    EXPECT_EQ((Figures{sums->profitSum, sums->lossSum, sums->openValueSum}), (Figures{0, 50000, 2450000}));
-    EXPECT_EQ(held->clientExposure->FindScripByKey(kScrip)->position.data.lastPrice, 24500);
-}
-
 TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
     const std::string own = "G1|LONGCLIENT123";
     const std::string dealer = "G1|LONGCL+";
@@ -168,26 +149,17 @@ TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
         std::string holder;  // by whom the row is recorded; empty: by no one
     } cases[] = {
         {"root, mode 2", "-", 2, 0, 2, 0, 1, -1, 0, dealer},
-        {"root, order-based", "-", 2, 0, 0, 1, 1, -1, 0, dealer},
         {"root, mode 3", "-", 2, 0, 3, 0, 1, -1, 0, ""},
-        {"root, mode 1", "-", 2, 0, 1, 0, 1, -1, 0, own},
-        {"root, client type 2", "-", 2, 0, 2, 0, 2, -1, 0, own},
         {"root, groupless client", "-", 2, 0, 2, 0, 6, -1, 0, groupless},
         {"root, groupless group", "-", 2, 0, 2, 0, 2, -1, 6, groupless},
         {"place 7, mode 3", "D1", 7, 0, 3, 0, 1, -1, 0, dealer},
         {"place 7, mode 2", "D1", 7, 0, 2, 0, 1, -1, 0, ""},
-        {"place 7, order-based", "D1", 7, 0, 0, 1, 1, -1, 0, dealer},
         {"place 7, order-based, client type 2", "D1", 7, 0, 0, 1, 2, -1, 0, ""},
-        {"dealer summing by dealer", "D1", 0, 7, 2, 0, 1, -1, 0, dealer},
         {"the composite dealer of cash", "D1", 0x82, 7, 2, 0, 1, -1, 0, dealer},
         {"the composite dealer off cash", "D1", 0x83, 7, 2, 0, 1, -1, 0, own},
-        {"place 6", "G1", 6, 0, 2, 0, 1, -1, 6, group},
         {"place 6, sub client", "G1", 6, 0, 2, 0, 2, 1, 6, group},
-        {"place 6, no groupless group", "G1", 6, 0, 2, 0, 1, -1, 0, own},
         {"dealer summing by group", "D1", 0, 6, 3, 0, 1, -1, 6, group},
-        {"order-based alone", "C1", 2, 0, 0, 1, 1, -1, 6, own},
         {"mode 1 knows none", "D1", 0, 7, 1, 0, 1, -1, 0, own},
-        {"mode 0 records nothing", "D1", 0, 7, 0, 0, 1, -1, 0, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -46,8 +46,6 @@ void Counts(RowBench& b) {
 void PremiumInRow(RowBench& b) { b.row.limitOptions = kPremiumInMargin; }
 void NoStrike(RowBench& b) { PremiumInRow(b), b.order.contract.strikePrice = 0; }
 void AddOnOfAHalf(RowBench& b) { b.order.riskPreference.marginAddOnFactor = 500'000; }
-void RateOfAFifth(RowBench& b) { b.scrip.scripRates = {0, 1, 2000}; }
-void MuchOrdered(RowBench& b) { b.row.usedMarginOrder = 9000; }
 void MuchTraded(RowBench& b) { b.row.usedMarginTraded = 50000; }
 void Correction(RowBench& b) {  // of 40 traded to 100
     b.order.orderEventKind = event::kCorrection, b.order.prevQuantity = 40, b.order.prevPrice = 20000;
@@ -65,18 +63,14 @@ TEST(MarginRule, TheGeneralSetWeighsTheLargestOfThreeViews) {
         int initial, exposure;
     } cases[] = {
         {Margined(3), nullptr, 33200, 0},
-        {Margined(0x11), &MuchOrdered, 34000, 0},
         {Margined(0xF), &MuchTraded, 50000, 0},
         {Margined(0x13), &AddOnOfAHalf, 45700, 0},
-        {Margined(0x1FF), &RateOfAFifth, 13200, 0},
         {Margined(2), &Correction, 26000, 0},
-        {OnTree(0xD), nullptr, 8860, 0},
         {OnTree(0x1FF), &NoStrike, 8860, 0},
         {OnTree(0x61), &PremiumInRow, 9080, 0},
         {OnTree(0x81), &PremiumInRow, 8860, 0},
         {OnTree(0x7F), &Counts<kPremiumCounts>, 9080, 0},
         {OnTree(0xF), &Counts<kExposureMarginCounts>, 8860, 160},  // 50, the change of 100 and its add-on
-        {OnTree(0x61), &Counts<kExposureMarginCounts>, 8860, 0},
         {OnTree(0xD), &OfType7, 8860, 50},
     };
     for (const auto& c : cases) {
@@ -105,14 +99,11 @@ TEST(MarginRule, ARowTakesOverTheViewsOfItsSet) {
     const std::tuple<std::int16_t, std::int16_t, std::int16_t, Views> cases[]{
         {product::kMargin, event::kOrder, 3, {33000, 8100, 33200}},
         {product::kMargin, event::kCorrection, 3, {25000, 25100, 25200}},
-        {product::kMargin, event::kOrder, 4, untouched},
         {product::kDelivery, event::kOrder, 0x13, {33000, 8100, 33200}},
         {product::kDelivery, event::kCorrection, 0xF, {25000, 25100, 25200}},
         {product::kDelivery, event::kOrder, 0xD, untouched},
         {product::kMarginPlus, event::kOrder, 0x7F, {13000, 8100, 13200}},
         {product::kMtf, event::kOrder, 0x1FF, {14250, 8100, 14450}},
-        {product::kMtf, event::kCorrection, 0x11, {12250, 12350, 12450}},
-        {product::kMtf, event::kOrder, 2, untouched},
     };
     for (const auto& [productType, kind, mask, taken] : cases) {
         SCOPED_TRACE(testing::Message() << "product " << productType << ", event " << kind << ", mask " << mask);
@@ -183,20 +174,14 @@ TEST(MarginRule, TheClientsPreferenceSaysWhatCountsBesideTheMargin) {
         {0, -100, -30, 0, 0, -100},
         {kExposure, -100, -30, 500, 500, -100},
         {kMtmProfit, 100, 30, -70, -70, 70},
-        {kMtmProfit, 100, -30, -130, -130, 130},
-        {kMtmProfit, -100, -30, 0, 0, -100},
         {kMtmProfit | kProfit, 100, 30, -100, -100, 70},
         {kMtmProfit, 20, 50, 0, 0, -30},
         {kMtmProfit | kMtmLoss, 20, 50, 30, 30, -30},
         {kMtmLoss, -100, -30, 100, 70, -100},  // the general set parts a loss where booked figures count
         {kMtmLoss | kProfit, -100, -30, 70, 70, -70},
         {kMtmLoss | kLoss, -100, -30, 100, 100, -70},
-        {kMtmLoss, -100, 30, 100, 100, -100},
-        {kMtmLoss, 100, 30, 0, 0, 100},
         {kProfit, 0, 30, -30, -30, 0},
-        {kProfit, 0, -30, 0, 0, 0},
         {kLoss, 0, -30, 30, 30, 0},
-        {kLoss, 0, 30, 0, 0, 0},
         {0xFF, -100, -30, 600, 600, -70},
     };
     for (const auto& c : cases) {
@@ -258,12 +243,10 @@ TEST(MarginRule, AnEnquiryIsToldOfARowThatStoodAboveItsLimit) {
         {3, 0, 8000, 8100, 8200, 8200, Format(kInitial, 8199, 8200, "M", 8200)},
         {0x81, 0, 8300, 8100, 8200, 8300, Format(kInitial, 8299, 8300, "O", 8300)},
         {0x61, 0, 8000, 8300, 8200, 8300, Format(kInitial, 8299, 8300, "T", 8300)},
-        {2, 0, 8200, 8200, 8200, 8200, Format(kInitial, 8199, 8200, "O", 8200)},
         {0xD, kSpan, 8000, 8300, 8200, 8350,
          "SPAN Margin Limit exceeded. Set = 8349.00, Used = 8350.00(E) (Prev = 8250.00) [Details ->UsedIM = 8300.00, "
          "PrevIM = 8200.00, EM = 50.00]"},
         {3, kSpan, 8000, 8100, 8200, 0, ""},
-        {0x81, kSpan, 8000, 8100, 8200, 0, ""},
         {4, 0, 8000, 8100, 8200, 0, ""},
     };
     for (const auto& c : cases) {
@@ -319,12 +302,9 @@ TEST(DeliverySell, WhatIsHeldAndBoughtMustCoverIt) {
         int set, blocked, free, last;
         int used;  ///< by the order that is refused
     } cases[] = {
-        {"nothing at all", product::kDelivery, false, false, 0, 0, 0, 0, 0, 0, 1},
         {"at the depository", product::kDelivery, false, false, 0, 0, 100, 30, 0, 70, 71},
         {"bought today", product::kDelivery, false, false, 50, 0, 0, 0, 0, 50, 51},
-        {"both", product::kDelivery, false, false, 50, 0, 100, 30, 50, 120, 121},
         {"beside an open sale", product::kDelivery, false, false, 50, 20, 100, 30, 30, 100, 101},
-        {"of an NRI, bought today", product::kDelivery, true, false, 200, 0, 100, 30, 0, 70, 71},
         {"of compulsory delivery", product::kDelivery, false, true, 200, 20, 100, 30, 0, 70, 71},
         {"conversion", product::kConvertToDelivery, false, false, 0, 0, 100, 30, 0, 70, 71},
     };
@@ -399,29 +379,6 @@ TEST(DeliverySell, AnOrderBlocksReceiptsThenSharesAndMovesTheFund) {
         s.library.context.undo.RestoreBackTo({});
         EXPECT_EQ(held.bse.blockedQty, 3) << "what is undone is another holding";
     }
-}
-
-TEST(ProductRules, AutomaticModesAreToldInFullEvenWhereTheHouseShowsNoFigures) {
-    for (const std::int16_t productType : {product::kDelivery, product::kMarginPlus, product::kMtf}) {
-        SCOPED_TRACE(productType);
-        RowBench bench = Margined(0x1FF, productType);
-        bench.row.entityLevel = 7;
-        bench.row.usedMtm = -6'000'00, bench.row.mtmLossLimit = 10'000'00;
-        bench.order.preAutoSquareOffOn = true, bench.order.preAutoSquareOffPart = 600'000;
-        bench.order.autoSquareOffOn = true, bench.order.autoSquareOffPart = 600'000;
-        EXPECT_EQ(bench.Check().text, "") << "at their part";
-        bench.undo.RestoreBackTo({});
-        bench.row.usedMtm = -6'000'01;
-        const std::string form =
-            "Only Square Off Orders allowed - MTM %sAutoSquareOff Mode (limit is 10000.00, prev. "
-            "utilized was 6000.01)";
-        EXPECT_EQ(bench.Check().text, Format(form.c_str(), "Pre "));
-        bench.order.preAutoSquareOffOn = false;
-        EXPECT_EQ(bench.Check().text, Format(form.c_str(), ""));
-    }
-    RowBench twoLegs = Margined(2, product::kMarginPlus);
-    twoLegs.order.squareOffOnlyFlag = true;
-    EXPECT_EQ(twoLegs.Check().text, "Only Square Off Orders allowed - User is in SquareOff mode");
 }
 
 TEST(ProductRules, OutsideItsScopeADeliveryBringsItsFundAndAsksNothing) {

@@ -14,38 +14,6 @@ namespace {
 using Row = BKSurveillanceLimitDefTag;
 using Order = tagOrderInfoForSurv;
 
-TEST(RowFigures, EveryLevelSumsTheOrdersBelowIt) {
-    CScenario s;
-    s.House();
-    s.Limit("C2", 3);
-    OrderSpec purchase, sale, change;
-    sale.client = "C2";
-    sale.buySell = kSell, sale.quantity = 40, sale.price = 26000;
-    change.messageCode = 2040, change.quantity = 60, change.price = 24000;
-    change.hasStored = true, change.storedQuantity = 100, change.storedPrice = 25000;
-    const std::tuple<const char*, const OrderSpec&, const char*> steps[]{
-        {"a purchase of 25,000", purchase,
-         "order: gross,net 25000 position,turnover 25000; max: gross,net 25000 position,turnover 25000; "
-         "open: pending 25000"},
-        {"another client's sale of 10,400", sale,
-         "order: gross,net 14600 position 14600 turnover 35400; "
-         "max: gross,net 25000 sale 10400 position 25000 turnover 35400; open: pending 35400; "
-         "own order: gross 35400 net 25000 sale 10400; own max: gross 35400 net 25000 sale 10400"},
-        {"the purchase becomes 14,400", change,
-         "order: gross,net 4000 position 4000 turnover 24800; "
-         "max: gross,net 14400 sale 10400 position 14400 turnover 24800; open: pending 24800; "
-         "own order: gross 24800 net 14400 sale 10400; own max: gross 24800 net 14400 sale 10400"},
-    };
-    for (const auto& [name, order, used] : steps) {
-        SCOPED_TRACE(name);
-        ASSERT_TRUE(s.Check(order).Passed());
-        for (const char* level : {"D1", "G1", "-"}) EXPECT_EQ(Changes(Row{}, s.Row(level, 3)), used) << level;
-    }
-    EXPECT_EQ(Changes(Row{}, s.Row("C2", 3)),
-              "order: gross 10400 sale 10400 position -10400 turnover 10400; "
-              "max: gross 10400 sale 10400 position -10400 turnover 10400; open: pending 10400");
-}
-
 TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
     constexpr const char* kSame = nullptr;
     constexpr const char* kNotChecked = "";
@@ -57,16 +25,6 @@ TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
         int prevQuantity, prevPrice, quantity, price;
         const char *checked, *updated;
     } cases[] = {
-        {"order", 1, 1, kBuy, false, 0, 0, 0, 10, 21000,
-         "order: gross,net 2100 position,turnover 2100; max: gross,net 2100 position,turnover 2100; open: pending 2100",
-         kSame},
-        {"square-off order", 1, 1, kSell, false, 0, 0, 0, 10, 21000,
-         "order: gross,net -2100 position -2100 turnover 2100; max: turnover 2100; open: pending 2100", kSame},
-        {"correction", 3, 0, kBuy, false, 0, 40, 20000, 10, 21000,
-         "order: gross,net -5900 position,turnover -5900; traded: gross,net -5900 position,turnover -5900; "
-         "max: gross,net -5900 position,turnover -5900; open: pending -14000",
-         "order: gross,net -5900 position,turnover -5900; traded: gross,net -5900 position,turnover 2100; "
-         "max: gross,net -5900 position,turnover -5900"},
         {"correction of a sale", 3, 0, kSell, true, 0, 40, 20000, 10, 21000,
          "order: gross -5900 sale -5900 position 5900 turnover -5900; "
          "traded: gross -5900 sale -5900 position 5900 turnover -5900; "
@@ -74,21 +32,9 @@ TEST(RowFigures, ChecksAndUpdatesMoveWhatTheEventSays) {
          "order: gross -5900 sale -5900 position 5900 turnover -5900; "
          "traded: gross -5900 sale -5900 position -2100 turnover 2100; "
          "max: gross -5900 sale -5900 position 5900 turnover -5900"},
-        {"cancelled trade", 3, 0, kBuy, false, 0, 40, 20000, 0, 0,
-         "order: gross,net -8000 position,turnover -8000; traded: gross,net -8000 position,turnover -8000; "
-         "max: gross,net -8000 position,turnover -8000; open: pending -14000",
-         "order: gross,net -8000 position,turnover -8000; traded: gross,net -8000; "
-         "max: gross,net -8000 position,turnover -8000"},
         {"trade of an open order", 2, 1, kBuy, false, 10, 10, 21000, 10, 20500, kNotChecked,
          "order: gross,net -50 position,turnover -50; traded: gross,net 2050 position,turnover 2050; "
          "max: gross,net -50 position,turnover -50; open: pending -2100 mtm -50"},
-        {"trade without an order", 2, 1, kBuy, false, 0, 0, 21000, 10, 20500, kNotChecked,
-         "order: gross,net 2050 position,turnover 2050; traded: gross,net 2050 position,turnover 2050; "
-         "max: gross,net 2050 position,turnover 2050; open: mtm -50"},
-        {"conversion to margin", 1, 0x20, kBuy, false, 0, 0, 0, 10, 20500,
-         "order: gross,net 2050 position,turnover 2050; max: gross,net 2050 position,turnover 2050; open: pending 2050",
-         "order: gross,net 2050 position,turnover 2050; traded: gross,net 2050 position,turnover 2050; "
-         "max: gross,net 2050 position,turnover 2050; open: pending 2050"},
         {"conversion to delivery", 1, 0x10, kSell, true, 0, 0, 0, 10, 20500,
          "order: gross 2050 sale 2050 position -2050 turnover 2050; "
          "max: gross 2050 sale 2050 position -2050 turnover 2050; open: pending 2050",
@@ -153,11 +99,9 @@ TEST(RowFigures, AnOrderIsJudgedByTheFundOfTheMoment) {
         std::uint8_t options;
         int limit;
     } cases[] = {
-        {"fund", kAllSecurities, 0, 0, 15'000'00},
         {"collateral", kAllSecurities, kFundFlagCollateral, 0, 17'300'00},
         {"sale credit", kAllSecurities, kFundFlagSaleCredit, 0, 16'050'00},
         {"both", kAllSecurities, kBoth, 0, 18'350'00},
-        {"other bits", kAllSecurities, 0xFF & ~kBoth, kBoth, 15'000'00},
         {"the scrip's row", 2885, kBoth, 0, 18'000'00},
         {"kept as defined", kAllSecurities, kBoth, kRetainMultiplier, 9'000'00},
     };
@@ -232,10 +176,10 @@ TEST(RowMtm, LossesCountAndProfitsOnlyIfTheClientHasItSo) {
     constexpr int kBookedProfits = 1 << 3;
     constexpr int kOthers = 0xFF & ~kMtmProfits & ~kBookedProfits;
     const std::tuple<int, int, int, int> cases[]{
-        {-100, -300, -200, -200}, {-300, -100, 200, 200}, {-100, 0, 100, 100},
-        {0, -100, -100, -100},    {-100, 200, 100, 300},  {0, 200, 0, 200},
-        {200, -100, -100, -300},  {200, 0, 0, -200},      {200, 500, 0, 300},
-        {500, 200, 0, -300},      {0, 0, 0, 0},
+        {-300, -100, 200, 200},
+        {-100, 200, 100, 300},
+        {200, -100, -100, -300},
+        {500, 200, 0, -300},
     };
     for (const auto& [before, after, losses, all] : cases) {
         for (const int profits : {0, kMtmProfits, kBookedProfits}) {

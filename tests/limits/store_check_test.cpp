@@ -164,9 +164,7 @@ TEST(StoreCheck, NoStoreIsSkippedForTheSakeOfAnEarlyStop) {
 TEST(StoreCheck, ARowThatStandsForTwoOfTheThreeIsAskedOnce) {
     const std::tuple<const char*, std::int32_t, std::int32_t, std::int32_t> cases[]{
         {"the scrip is all securities", kAllSecurities, 0, kAllSecurities},
-        {"the group is all securities", kScrip, kAllSecurities, kAllSecurities},
         {"the scrip is the group", kGroupB, kGroupB, kGroupB},
-        {"all are one", kAllSecurities, kAllSecurities, kAllSecurities},
     };
     for (const auto& [name, token, group, row] : cases) {
         SCOPED_TRACE(name);
@@ -183,22 +181,6 @@ TEST(StoreCheck, ARowThatStandsForTwoOfTheThreeIsAskedOnce) {
         ASSERT_TRUE(s.Check(order).Passed());
         EXPECT_EQ(s.Row("C1", 3, row).usedMaxGross, 50'000'00);
     }
-}
-
-TEST(RowMasks, EachSegmentHasItsMasksNarrowestFirst) {
-    const auto list = [](const CMaskList& masks) {
-        std::string text;
-        for (const std::int16_t mask : masks) text.append(text.empty() ? "" : " ").append(Format("%X", mask));
-        return text;
-    };
-    const char* const daily[] = {"2 12 E 7E 1FE", "4 C E 7E 1FE", "8 C E 7E 1FE", "10 12 7E 1FE",
-                                 "20 60 7E 1FE",  "40 60 7E 1FE", "80 180 1FE",   "100 180 1FE"};
-    for (std::int16_t segment = 1; segment <= 8; ++segment) {
-        EXPECT_EQ(list(MasksOfScope(segment).daily), daily[segment - 1]);
-    }
-    EXPECT_EQ(list(MasksOfScope(1).expiry), "3 13 F 7F 1FF");
-    EXPECT_EQ(list(MasksOutsideScope(1).daily), "10 4 8 C 20 40 60 80 100 180");
-    EXPECT_EQ(list(MasksOutsideScope(8).expiry), "3 11 5 9 D 21 41 61 13 F 7F 81");
 }
 
 }  // namespace

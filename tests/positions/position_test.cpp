@@ -39,23 +39,16 @@ TEST(Position, ChangesReachTheSidesOfTheProductAndTheEvent) {
     } cases[] = {
         // 10 at 100 come, 3 at 110 go.
         {"open", kUpdate, {1, 2, 8}, {0}, {1, 4, 8}, "10@100000 0@0 | 0@0 0@0 "},
-        {"filled", kUpdate, {1, 2, 8}, {0}, {2, 3}, "10@100000 10@100000 | 0@0 0@0 "},
         {"converted", kUpdate, {0x10, 0x20}, {0, 1}, {1, 2}, "10@100000 10@100000 | 0@0 0@0 "},
-        {"without a leg", kUpdate, {4}, {0}, {1, 2, 3}, "10@100000 0@0 | 0@0 0@0 "},
-        {"leg open", kUpdate, {4}, {1, 2}, {1, 8}, "10@100000 0@0 | 0@0 0@0 "},
         {"leg filled", kUpdate, {4}, {1, 2}, {2, 3}, "10@100000 10@100000 | 0@0 0@0 "},
-        {"open out", kReverse, {1, 4}, {0, 1}, {1, 2}, "-3@-33000 0@0 | 0@0 0@0 "},
         {"corrected out", kReverse, {1, 4}, {0, 1}, {3}, "-3@-33000 -3@-33000 | 0@0 0@0 "},
-        {"conversion out", kReverse, {0x10, 0x20}, {0}, {1, 2}, "-3@-33000 -3@-33000 | 0@0 0@0 "},
         {"conversion corrected", kReverse, {0x10, 0x20}, {0}, {3}, "-3@-33000 -6@-66000 | 0@0 0@0 "},
         // Legs are worth the distance between two prices: entry 130, stop 95.
         {"first leg", kApplyLeg, {4}, {0, 1}, {1, 8}, "10@35000 0@0 | 0@0 0@0 "},
         {"first leg filled", kApplyLeg, {4}, {0, 1}, {2, 3}, "10@35000 10@5000 | 0@0 0@0 "},
         {"second leg", kApplyLeg, {4}, {2}, {1}, "0@0 0@0 | 0@30000 0@0 "},
-        {"second leg filled", kApplyLeg, {4}, {2}, {2, 3}, "10@5000 10@5000 | 0@0 0@0 "},
         {"second leg ended", kApplyLeg, {4}, {2}, {8, 9}, "0@0 0@0 | 0@30000 10@30000 "},
         {"first leg out", kReverseLeg, {4}, {0, 1}, {1, 2, 3, 8}, "-3@-6000 0@0 | 0@0 0@0 "},
-        {"second leg out", kReverseLeg, {4}, {2}, {1, 3}, "0@0 0@0 | 0@-6000 0@0 "},
         {"second leg traded out", kReverseLeg, {4}, {2}, {2}, "-3@-4500 -3@-4500 | 0@0 0@0 "},
         {"second leg ended out", kReverseLeg, {4}, {2}, {8, 9}, "0@0 0@0 | 0@-6000 -3@-6000 "},
     };
@@ -90,13 +83,10 @@ TEST(Position, McxValuesAreWeightedByLot) {
         double added, taken;
     } cases[] = {
         {"weighted", 7, 1, LotWeighting::kOn, rates, 7, 1104.69, -2209.38},
-        {"switched off", 7, 1, LotWeighting::kOff, rates, 7, 707, -1414},
-        {"another market", 8, 1, LotWeighting::kOn, rates, -7, -707, 1414},
         {"conversion", 7, 0x10, LotWeighting::kOn, rates, 7, 707, -1414},
         {"margin+", 7, 4, LotWeighting::kOn, rates, 7, 707, -1414},
         {"less than nothing", 7, 1, LotWeighting::kOn, rates, -7, 0, 2209.38},
         {"no price denominator", 7, 1, LotWeighting::kOn, {9, 0, 5, 4, 10}, 7, 8837.5, -17675},
-        {"no general denominator", 7, 1, LotWeighting::kOn, {1, 8, 9, 0, 10}, 7, 883.75, -1767.5},
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);

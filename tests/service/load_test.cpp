@@ -126,12 +126,6 @@ TEST_F(Load, AFailingRowStaysFirstAndARetryGoesOnFromIt) {
     }
 }
 
-TEST_F(Load, TheShortFormStartsAFreshLibrary) {
-    Add(limits, "C1");
-    EXPECT_EQ(library.Restart(0, {.limits = &limits}), kDone);
-    EXPECT_NE(library.manager->FindCategory("C1"), nullptr);
-}
-
 TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
     for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{1}, std::int16_t{2}, std::int16_t{3}}) {
         SCOPED_TRACE(mode);
@@ -294,8 +288,6 @@ TEST(ExposureMarginBit, FollowsThePreferenceOnEveryRoad) {
         {"none", {}, 0, {}},
         {"derivatives", {{"C1", 2, 1}}, 0, {0xD, 0xF, 0x7F, 0x1FF}},
         {"commodities", {{"C1", 0x40, 0xFF}}, 0, {0x181, 0x1FF}},
-        {"clear", {{"C1", 2, 0xFE}, {"C1", 0x40, 0}}, 0, {}},
-        {"other exchanges", {{"C1", 1, 1}, {"C1", -1, 1}}, 0, {}},
         {"everybody's stands in", {{"C1", 1, 0}, {"*****", 2, 1}}, 0, {0xD, 0xF, 0x7F, 0x1FF}},
         {"the own one hides everybody's", {{"C1", 2, 0}, {"*****", 2, 1}}, 0, {}},
         {"everybody's alone", {{"*****", 2, 1}, {"D1", 2, 1}}, 0, {}},
