@@ -220,7 +220,9 @@ TEST(Event, ThatIsNarrowIsHeldOnlyByLevelsThatFollowIt) {
     ASSERT_EQ(s.Event({.clientType = 3}).result, 0);
     for (const char* entity : kHouse) {
         const CSurvPosition* const held = s.Held(entity, Period::kExpiry);
-        EXPECT_EQ(held ? held->data.orderBuyQty : 0, std::string_view{entity} == "C1" ? 100 : 0) << entity;
+        const bool follows = std::string_view{entity} == "C1";
+        EXPECT_EQ(held ? held->data.orderBuyQty : 0, follows ? 100 : 0) << entity;
+        EXPECT_EQ(s.library.manager->FindCategory(entity)->cashMarginNse == CashMargin{}, !follows) << entity;
         EXPECT_EQ(s.HeldBy(entity, Period::kExpiry, "G1", "C1")->data.orderBuyQty, 100) << entity;
     }
 }
