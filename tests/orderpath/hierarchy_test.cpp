@@ -112,5 +112,18 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
     EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
 }
 
+/// From the group's on upwards; the margin flags stand one place lower. The root has none.
+TEST(Hierarchy, EachLevelHasOneFlagForChecksAndOneForMargin) {
+    for (int level = 0; level < static_cast<int>(kLevelCount); ++level) {
+        for (int bit = 0; bit < 8; ++bit) {
+            tagSurveillanceInfo request{};
+            request.levelCheckFlags = request.levelMarginFlags = static_cast<std::uint8_t>(1 << bit);
+            const bool below = static_cast<Level>(level) != Level::kRoot;
+            EXPECT_EQ(HasCheckFlag(static_cast<Level>(level), request), below && bit == 5 - level) << level;
+            EXPECT_EQ(HasMarginFlag(static_cast<Level>(level), request), below && bit == 4 - level) << level;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace surv::test
