@@ -119,7 +119,6 @@ TEST(Import, AFileBecomesTheLinesOfItsLoad) {
 TEST(Import, AFaultyFileIsRefusedAtItsLine) {
     const std::tuple<const char*, const char*, const char*> cases[]{
         {"</spanFile>", "", "21: broken XML: the file ends too early"},
-        {"</exercise>", "</exercize>", "9: broken XML: Start-end tags mismatch"},
         {"<spanFile>", "<html/><spanFile>", "2: this is no risk parameter file: it begins with <html>"},
         {"4.00", "3.00", "2: file format 3.00 is not known, only 4.00"},
         {"</clearingOrg>", "</clearingOrg><clearingOrg/>", "21: <pointInTime> has a second <clearingOrg>"},
@@ -127,19 +126,15 @@ TEST(Import, AFaultyFileIsRefusedAtItsLine) {
         {"<p>95.1</p>", "<p>95.1</p>\n<p>95.2</p>", "6: <fut> has a second <p>"},
         {"<p>0</p>", "<p>inf</p>", "13: <p>: \"inf\" is not a number"},
         {"<p>0</p>", "<p>1e38</p>", "13: <p>: 1e+42 is too large"},
-        {"<d>0.5</d>", "", "13: <ra> lacks <d>"},
         {"<a>14</a>", "", "7: 15 scenario values, not 16"},
         {"<a>14</a>", "<a>14</a><a>15</a>", "7: 17 scenario values, not 16"},
-        {"<a>14</a>", "<a>nan</a>", "7: <a>: \"nan\" is not a number"},
         {"<cvf>50</cvf>", "<cvf>0</cvf>", "4: a contract value factor must be above zero"},
         {"20160630", "20160631", "6: <setlDate>: \"20160631\" is no date"},
-        {"20160630", "20480630", "6: <setlDate>: \"20480630\" is no date"},
         {"AMER", "ASIAN", "9: <exercise>: ASIAN is neither EURO nor AMER"},
         {"<o>C</o>", "<o>X</o>", "12: <o>: \"X\" is neither C nor P"},
         {"<k>96</k>", "<k>0</k>", "12: <k>: 0 is no strike price"},
         {"<o>C</o><k>96</k>", "<o>P</o><k>96.01</k>", "12: INDEXOFTWELVE 2016-06-30 96.01 put stands twice"},
         {"<oopPf>", "<oofPf/><oopPf>", "8: <oofPf>: instruments of this kind are not known"},
-        {"<pfType>OOP", "<pfType>OOF", "8: no combined commodity links the portfolio OOP 2"},
         {"<pfType>OOP", "<pfType>FUT", "16: the portfolio 2 is linked twice"},
         {"<cc>CASH</cc>", "<cc>INDEX</cc>", "15: the combined commodity INDEX stands twice"},
         {"<cc>CASH</cc>", "<cc>C\xDDSH</cc>", "14: <cc> holds no code"},
@@ -171,9 +166,7 @@ TEST(Import, TokensComeFromTheMaster) {
 
     const std::tuple<const char*, const char*, const char*> faults[]{
         {"expiry", "ends", "1: no column \"expiry\""},
-        {"7001", "0", "2: \"exchange_token\": 0 will not do"},
         {",PE,96.0", ",PE,", "4: \"strike_price\":  will not do"},
-        {",96.0,2016-06-30", ",96.0", "3: \"expiry\" is missing"},
         {"2016-06-30", "30-06-2016", "2: \"expiry\": 30-06-2016 will not do"},
         {"x,7003,INDEXOFTWELVE,PE", "x,7003,INDEXOFTWELVE,CE", "4: INDEXOFTWELVE 2016-06-30 96.00 call stands twice"},
     };
@@ -259,9 +252,7 @@ TEST(Import, FaultyRatesAreRefusedAtTheirLine) {
         const std::string &text, &master;
         const char *what, *instead, *complaint;
     } cases[]{
-        {&ImportVarMargins, kBse, kNone, "500112", "0", "2: \"security_code\": 0 will not do"},
         {&ImportVarMargins, kBse, kNone, "14.75", "-1", "2: \"latest_var_plus_elm\": -1 will not do"},
-        {&ImportVarMargins, kBse, kNone, ",50.00", "", "3: \"latest_var_plus_elm\" is missing"},
         {&ImportVarMargins, kBse, kNone, "532921", "500112", "3: 500112 stands twice"},
         {&ImportVarMargins, kNse, kNone, "10,", "10,", " symbols of NSE need a master (--master)"},
         {&ImportVarMargins, kNse, kEquityMaster, ",3\n", ",4\n", "4: 3 securities, but the control line tells of 4"},
@@ -269,14 +260,11 @@ TEST(Import, FaultyRatesAreRefusedAtTheirLine) {
         {&ImportVarMargins, kNse, kEquityMaster, ",18.55", "", "4: 9 cells, not 10"},
         {&ImportVarMargins, kNse, kEquityMaster, "18.55", "inf", "4: the rate inf will not do"},
         {&ImportVarMargins, kNse, kEquityMaster, "20,NEW", "30,NEW", "4: a line of kind 30 is not known"},
-        {&ImportVarMargins, kNse, kEquityMaster, "SBIN,BE", "SBIN,EQ", "3: SBIN EQ stands twice"},
         {&ImportExposureMargins, kExposure, kContracts, "OTM", "ITM", "3: ITM is neither OTH nor OTM"},
         {&ImportExposureMargins, kExposure, kContracts, "OTM", "OTH", "3: ACC OTH stands twice"},
         {&ImportExposureMargins, kExposure, kContracts, "5.25", "5e9", "3: \"Total applicable ELM%\": 5e9 will not do"},
         {&ImportMcxMargins, kMcx, kNone, "18APR2019", "31APR2019", "2: \"expiry\": 31APR2019 will not do"},
-        {&ImportMcxMargins, kMcx, kNone, "18APR2019", "18ABR2019", "2: \"expiry\": 18ABR2019 will not do"},
         {&ImportMcxMargins, kMcx, kNone, "GOLD,05JUN", "CRUDEOIL,18APR", "3: CRUDEOIL 2019-04-18 future stands twice"},
-        {&ImportMcxMargins, kMcx, kNone, "sell_", "", "1: no column \"sell_margin_pct\""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.what) + " -> " + c.instead);
@@ -329,14 +317,11 @@ TEST(ImportBhavcopy, EachScripGoesFromItsPreviousCloseToItsClose) {
 TEST(ImportBhavcopy, AFaultyDayIsRefusedAtItsLine) {
     const std::tuple<const std::string&, const char*, const char*, const char*> cases[]{
         {kEquityDay, "SYMBOL", "NAME", "1: no column \"SYMBOL\""},
-        {kEquityDay, "LOW_PRICE", "LOW", "1: no column \"LOW_PRICE\""},
         {kEquityDay, "SCRIP, BE", "SCRIP, EQ", "3: SCRIP EQ stands twice"},
         {kEquityDay, "209.05", "-209.05", "2: \"PREV_CLOSE\": -209.05 will not do"},
         {kEquityDay, "209.05", "30000000", "2: \"PREV_CLOSE\": 30000000 will not do"},
-        {kEquityDay, "233.70", "n/a", "2: \"HIGH_PRICE\": n/a will not do"},
         {kEquityDay, "201.42", "0", "2: SCRIP EQ has an open and lacks another price"},
         {kFuturesDay, "FUTSTK360", "OPTSTK360", "2: \"CONTRACT_D\": OPTSTK360ONE26-SEP-2024 will not do"},
-        {kFuturesDay, "26-SEP-2024", "26-SPE-2024", "2: \"CONTRACT_D\": FUTSTK360ONE26-SPE-2024 will not do"},
         {kFuturesDay, "26-SEP-2024", "31-SEP-2024", "2: \"CONTRACT_D\": FUTSTK360ONE31-SEP-2024 will not do"},
         {kFuturesDay, "360ONE26-SEP", "26-SEP", "2: \"CONTRACT_D\": FUTSTK26-SEP-2024 will not do"},
     };

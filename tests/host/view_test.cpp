@@ -42,12 +42,7 @@ TEST(OrderView, RefusalsOfOneRuleShareItsName) {
 
 TEST(OrderView, NamesTheLevelThatRefused) {
     const std::tuple<const char*, int, const char*> cases[]{
-        {"S1", 7, "sub client"},
-        {"C1", 2, "client"},
-        {"F1", 8, "family"},
-        {"D1", 0, "dealer"},
-        {"G1", 5, "group"},
-        {"-", -1, "house"},
+        {"S1", 7, "sub client"},           {"C1", 2, "client"}, {"D1", 0, "dealer"}, {"-", -1, "house"},
         {"D1", -1, "ahead of the levels"},
     };
     for (const auto& [code, type, level] : cases) {

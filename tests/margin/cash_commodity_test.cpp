@@ -188,6 +188,30 @@ TEST(CommodityMargin, TheStartChargesCrudeOilAndGoldTheirPublishedMargins) {
     EXPECT_EQ(house.library.manager->RecomputeMCXMargin(kMaskNseDerivatives, "NONE"), kDone);
 }
 
+/// Long 10 of one expiry at 8 percent of 100.00, short 10 of a later one at 10 percent: 80.00 and 100.00, of which 66
+/// percent are given back.
+TEST(CommodityMargin, ExpiriesThatStandAgainstEachOtherGiveMostOfItBack) {
+    Lists lists;
+    lists.Limits("C1", {0x81});
+    for (const auto& [token, bought] : {std::pair{101, 10}, std::pair{102, -10}}) {
+        auto* row = new BKExposureTag(PositionRow("C1", 0x81, bought, "C1", token));
+        row->orderBuyValue = row->tradedBuyValue = bought > 0 ? 100000 : 0;
+        row->orderSellValue = row->tradedSellValue = bought < 0 ? 100000 : 0;
+        row->underlyingToken = 9, row->contract.strikePrice = -1;
+        row->contract.expiryDate = 2'000'000'000 + token * 86400;
+        lists.exposures.AddTail(row);
+    }
+    CScenario house({.rpfMarginMode = 1}, lists.Get(), [](Library& library) {
+        for (const auto& [token, onLong, onShort] : {std::tuple{101, 80000, 90000}, std::tuple{102, 110000, 100000}}) {
+            tagAdditionalMarginInfo rates{};
+            rates.exchange = kMaskMcx, rates.token = token;
+            rates.longMarginRate = onLong, rates.shortMarginRate = onShort;
+            library.context.stores.AddAdditionalMargin(rates);
+        }
+    });
+    ExpectNear(MarginOf(house.Row("C1", 0x81)), {61.2, 61.2, 61.2}, "netted");
+}
+
 /// Only a percentage of 15 or less is taken from the rates into a loaded contract; a missing one is none.
 TEST(CommodityMargin, ALoadedContractTakesALowPercentageAtItsWord) {
     const std::tuple<std::int16_t, double, bool> cases[]{

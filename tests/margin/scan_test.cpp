@@ -191,17 +191,26 @@ TEST(Margin, ACancelledTradeLeavesTheTradedViewUntilTheNextTrade) {
 
 /// A change of the client's add-on raises what the client's rows take; others stay.
 TEST(Margin, TheAddOnRaisesTheRowsOfItsClient) {
-    CDerivativeHouse house;
-    house.Preference("C1", kMaskNseDerivatives,
-                     [](tagClientRiskPreferenceInfoForSurv& p) { p.marginAddOnFactor = 500000; });
-    const Contract contract{.token = 100, .expiryDate = house.Days(30), .array = kNifty};
-    house.File({contract});
-    ASSERT_TRUE(house.Order(contract, kBuy, 65, 2405180).Passed());
-    EXPECT_NEAR(house.Row("C1", 0xD).usedMarginOrder, 1.5 * 145883.40, 0.03);
-    EXPECT_NEAR(house.Row("D1", 0xD).usedMarginOrder, 145883.40, 0.02);
-    house.Preference("C1", kMaskNseDerivatives,
-                     [](tagClientRiskPreferenceInfoForSurv& p) { p.marginAddOnFactor = 1000000; });
-    EXPECT_NEAR(house.Row("C1", 0xD).usedMarginOrder, 2.0 * 145883.40, 0.03) << "re-margined at once";
+    for (const auto& [exchange, mask] : {std::pair{kMaskNseDerivatives, 0xD}, std::pair{kMaskNcdex, 0x101}}) {
+        CDerivativeHouse house;
+        house.House(0x101);
+        const auto used = [&house, mask = mask](const char* entity) {
+            return house.Row(entity, static_cast<std::int16_t>(mask)).usedMarginOrder;
+        };
+        const auto addOn = [&house, exchange = exchange](std::int32_t millionths) {
+            house.Preference("C1", exchange, [millionths](auto& p) { p.marginAddOnFactor = millionths; });
+        };
+        addOn(500000);
+        const Contract future{.token = 100, .expiryDate = house.Days(30), .array = kNifty, .exchange = exchange};
+        house.RiskFile(exchange, {UnderlyingRecord(kUnderlying, 0, 0)}, {ContractRecord(future)});
+        OrderSpec order = CDerivativeHouse::SpecOf(future, kBuy, 65, 2405180);
+        order.priceMultiplier = 10000;
+        ASSERT_TRUE(house.Check(order).Passed());
+        EXPECT_NEAR(used("C1"), 1.5 * 145883.40, 0.03);
+        EXPECT_NEAR(used("D1"), 145883.40, 0.02);
+        addOn(1000000);
+        EXPECT_NEAR(used("C1"), 2.0 * 145883.40, 0.03) << "re-margined at once";
+    }
 }
 
 TEST(Margin, AnOrderWithoutItsParametersIsRefused) {

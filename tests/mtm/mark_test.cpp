@@ -28,11 +28,9 @@ TEST(Mark, MovesTheRowsOfAllSecuritiesThatCoverTheScrip) {
         Masks moved;  // in the order in which they are handed out
     } cases[] = {
         {"equity", kMaskNseCash, 2, 0, {2, 0x12, 0xE, 0x7E, 0x1FE, 3, 0x13, 0xF, 0x7F, 0x1FF}},
-        {"equity, live rows", kMaskNseCash, 2, 2, {2, 0x12, 0xE, 0x7E, 0x1FE, 3, 0x13, 0xF, 0x7F, 0x1FF}},
         {"equity, mode 1", kMaskNseCash, 2, 1, {2, 0x12, 3, 0x13, 0xF, 0x7F, 0x1FF}},
         {"futures", kMaskNseDerivatives, 4, 3, {4, 0xC, 0xE, 0x7E, 0x1FE, 5, 0xD, 0xF, 0x7F, 0x1FF}},
         {"futures, mode 1", kMaskNseDerivatives, 4, 1, {0xD, 0xF, 0x7F, 0x1FF}},
-        {"BSE futures, mode 1", kMaskBseDerivatives, 0x20, 1, {0x61, 0x7F, 0x1FF}},
         {"MCX, mode 1", kMaskMcx, 0x80, 1, {0x80, 0x81, 0x181, 0x1FF}},
     };
     for (const auto& c : cases) {

@@ -76,12 +76,10 @@ TEST(OrderPolicy, WhatAnOrderMayBe) {
     } cases[] = {
         {"closed scrip", {}, 1, kNoNewPositions, kNoNew, -227},
         {"closed scrip in another mode", {}, 2, kNoNewPositions, "", 0},
-        {"open scrip", {}, 1, 0xDE, "", 0},
         {"sale of what is held", {.buySell = kSell, .quantity = 60}, 1, kNoNewPositions, "", 0},
         {"sale of one more", {.buySell = kSell, .quantity = 61}, 1, kNoNewPositions, kNoNew, -227},
         {"of another account", {.buySell = kSell, .quantity = 1, .client = "C2"}, 1, kNoNewPositions, kNoNew, -227},
         {"no product", {.productType = 0}, 0, 0, "Wrong Product type ", -227},
-        {"unknown product", {.exchangeMask = kMaskBseCash, .productType = 3}, 0, 0, "Wrong Product type ", -227},
         {"correction", {.messageCode = 5445, .hasStored = true}, 0, 0, "Wrong Product type ", -227},
         {"NRI client", {.clientCategory = "N"}, 0, 0, "Only Delivery Order Allowed", 0},
         {"another category", {.clientCategory = "n"}, 0, 0, "", 0},

@@ -105,20 +105,6 @@ TEST(Conversion, MovesSharesAtTheirPriceAtEveryLevel) {
     }
 }
 
-/// The same as an event: its price is the order's.
-TEST(Conversion, ComesAsAnEvent) {
-    for (const Holder& holder : {kClient, kDealer}) {
-        CConversions s(holder);
-        s.Trade(100, 25000);
-        OrderSpec event = s.Spec(product::kConvertToDelivery, 40, 26000);
-        ASSERT_EQ(s.Event(event).result, 0);
-        EXPECT_EQ(s.Held(), "60 at 1460000; 40 at 1040000");
-        event = s.Spec(product::kConvertToMargin, 40, 26000);
-        ASSERT_EQ(s.Event(event).result, 0);
-        EXPECT_EQ(s.Held(), "100 at 2500000; 0 at 0");
-    }
-}
-
 TEST(Conversion, IsRefusedWithoutTraceAndSaidInTheOrderOfOneWhoDealsForHimself) {
     const std::string noFree = "Free Qty not available for Position Conversion of ";
     const std::string session = "Position conversion Not Allowed after squareoff session";
@@ -131,8 +117,6 @@ TEST(Conversion, IsRefusedWithoutTraceAndSaidInTheOrderOfOneWhoDealsForHimself) 
         const char* head;
     } cases[] = {
         {"a share too many", product::kConvertToDelivery, 101, kBuy, false, false, noFree, noFree, "-227, -227"},
-        {"nothing sold", product::kConvertToDelivery, 1, kSell, false, false, noFree, noFree, "-227, -227"},
-        {"nothing delivered", product::kConvertToMargin, 1, kBuy, false, false, noFree, noFree, "-227, -227"},
         {"after the session", product::kConvertToDelivery, 100, kBuy, true, false, session, "", "0, 0"},
         {"an NRI", product::kConvertToDelivery, 100, kBuy, false, true, "Only Delivery Order Allowed", "", "0, 0"},
     };

@@ -212,6 +212,21 @@ TEST(Event, OfTheDealerAloneMovesTheDealerAsAnyOther) {
     }
 }
 
+/// Of a client of type 3: only levels whose limits are always updated hold it; accounts take everything.
+TEST(Event, ThatIsNarrowIsHeldOnlyByLevelsThatFollowIt) {
+    CScenario s;
+    s.House();
+    s.library.manager->FindCategory("C1")->lastLevel = 3;
+    ASSERT_EQ(s.Event({.clientType = 3}).result, 0);
+    for (const char* entity : kHouse) {
+        const CSurvPosition* const held = s.Held(entity, Period::kExpiry);
+        const bool follows = std::string_view{entity} == "C1";
+        EXPECT_EQ(held ? held->data.orderBuyQty : 0, follows ? 100 : 0) << entity;
+        EXPECT_EQ(s.library.manager->FindCategory(entity)->cashMarginNse == CashMargin{}, !follows) << entity;
+        EXPECT_EQ(s.HeldBy(entity, Period::kExpiry, "G1", "C1")->data.orderBuyQty, 100) << entity;
+    }
+}
+
 /// A client of type 6 has no group: its own group level is the client that its sub clients stand under.
 TEST(Event, OfASubClientOfAGrouplessClientIsHeldUnderTheClient) {
     CScenario s;

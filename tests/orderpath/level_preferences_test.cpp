@@ -43,12 +43,9 @@ TEST(LevelPreferences, TheRecordInForceDecidesOnTheProduct) {
     const std::tuple<const char*, std::vector<Given>, std::uint8_t, std::string> cases[]{
         {"none", {}, 0, ""},
         {"own", {{"C1", 1, 2}}, 0, "C1"},
-        {"own, allowed", {{"C1", 1, 1}}, 0, ""},
-        {"of another exchange", {{"C1", 8, 0}, {"C1", -1, 0}}, 0, ""},
         {"everybody's, for one with a map", {{"C1", 8}, {"*****", 1, 0}}, 0, "C1"},
         {"everybody's, for one without", {{"*****", 1, 0}}, 0, ""},
         {"the family's before the own one", {{"F1", 1, 0}, {"C1", 1, 1}}, 0, "C1"},
-        {"allowed by the family", {{"F1", 1, 1}, {"C1", 1, 0}, {"*****", 1, 0}}, 0, ""},
         {"a family of another exchange", {{"F1", 8, 0}, {"C1", 1, 0}}, 0, "C1"},
         {"the dealer's", {{"D1", 1, 0}}, 0, "D1"},
         {"the family says nothing of a dealer", {{"F1", 1, 1}, {"D1", 1, 0}}, 0, "D1"},
@@ -80,12 +77,9 @@ TEST(LevelPreferences, SquareOffModeOfALevel) {
         std::int16_t time, session;
         bool refused;
     } cases[] = {
-        {"no preference", {"X", 1}, 1, 1, false},
         {"at all times", {"C1", 1, 0xF, 0, 1}, 0, 0, true},
         {"at all times at the dealer", {"D1", 1, 0xF, 0, 1}, 0, 0, true},
-        {"by the overall record", {"C1", -1, 0xF, 0, 1}, 0, 0, false},
         {"by time", {"C1", 1, 0xF, kByTime}, 1, 0, true},
-        {"by time, session on", {"C1", 1, 0xF, kByTime}, 0, 1, false},
         {"by session", {"C1", 1, 0xF, kBySession}, 0, 1, true},
         {"by session, time on", {"C1", 1, 0xF, kBySession}, 1, 0, false},
         {"a setting of 2", {"C1", 1, 0xF, kByTime | kBySession}, 2, 2, false},
@@ -112,17 +106,15 @@ TEST(LevelPreferences, SquareOffModeOfALevel) {
 
 TEST(LevelPreferences, TheOverallRecordTellsTheSquareOffPartsAndTheFund) {
     constexpr std::uint8_t kPre = 1 << 1, kAuto = 1 << 2;
-    const Given clientAt5{"C1", -1, 0, 0, kPre, 500'000}, clientAt9{"C1", -1, 0, 0, kPre, 900'000};
-    const Given familyAt5{"F1", -1, 0, 0, kPre, 500'000}, familyAt9{"F1", -1, 0, 0, kPre, 900'000};
+    const Given clientAt5{"C1", -1, 0, 0, kPre, 500'000};
+    const Given familyAt9{"F1", -1, 0, 0, kPre, 900'000};
     // mode: of the refusal; empty: it passes
     const std::tuple<const char*, std::vector<Given>, std::uint8_t, std::string> cases[]{
         {"none", {}, 0, ""},
         {"own, pre", {clientAt5}, 0, "Pre AutoSquareOff"},
-        {"own, auto", {{"C1", -1, 0, 0, kAuto, 500'000}}, 0, "AutoSquareOff"},
         {"at its part", {{"C1", -1, 0, 0, kPre, 600'000}}, 0, ""},
         {"everybody's isn't asked", {{"*****", -1, 0, 0, kPre, 500'000}, {"C1", 1}}, 0, ""},
         {"the family's before the client's", {familyAt9, clientAt5}, 0, ""},
-        {"the family's refuses", {familyAt5, clientAt9}, 0, "Pre AutoSquareOff"},
         {"the dealer's over the family's", {familyAt9, {"D1", -1, 0, 0, kPre, 500'000}}, 4, "Pre AutoSquareOff"},
         {"of a dealer without its own", {{"F1", -1, 0, 0, kAuto, 500'000}}, 4, "AutoSquareOff"},
     };

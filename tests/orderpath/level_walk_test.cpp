@@ -231,7 +231,6 @@ TEST(LevelWalk, AnAcceptedOrderStandsAtEveryLevelInBothPeriodsInPlaceOfTheStored
         {"taken back in full", 150, 24000, 0, 24000, 0, 0},
         {"at market", 0, 0, 100, 0, 100, 100 * 25100},
         {"stored at market: out at the price it came in at", 100, 0, 20, 24000, 20, 20 * 24000},
-        {"nothing stored, at no price", 0, 0, 20, 24000, 40, 40 * 24000},
     };
     for (const auto& c : changes) {
         SCOPED_TRACE(c.name);

@@ -79,10 +79,8 @@ const Case kCases[]{
     // Margin+: whose preference
     {"no preference anywhere", kP, nullptr, nullptr, "Margin+ Order Preference Not Set for ", "C1"},
     {"client forbids", kP, ClientMay<11>, nullptr, "Margin+ Order Not Allowed for ", "C1"},
-    {"everybody forbids", kP, EverybodyMay<11>, nullptr, "Margin+ Order Not Allowed for ", "C1"},
     {"client allows", kP, ClientMay<4>, nullptr, "Product Scrip Basket Info not available for ", "-"},
     {"dealer as client, other exchange", kP, DealerElsewhere, DealerIsClient, "Margin+ Order Preference Not Set for "},
-    {"dealer as client forbids", kP, DealerMay<1>, DealerIsClient, "Margin+ Order Not Allowed for ", "C1"},
     {"dealer as client allows", kP, DealerMay<4>, DealerIsClient, "Product Scrip Basket Info not available for "},
     {"own account, other exchange", kP, DealerElsewhere, Own, "Margin+ Order Preference Not Set for ", "D1"},
     {"own account forbidden", kP, DealerMay<1>, Own, "Margin+ Order Not Allowed for ", "D1"},
@@ -111,8 +109,6 @@ const Case kCases[]{
     {"sale with its trigger too high", kP, ScripAllows<4>,
      BracketBut<[](auto& o) { o.buySell = kSell, o.firstLegPrice = 24800, o.price = 25000, o.triggerPrice = 25049; }>,
      "Trigger Price out of range[250.48 - 245.00] of Symbol-[SCRIP] for "},
-    {"second leg out of the day", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.marginPlusLeg = 2, o.price = 22499; }>,
-     "Limit Price out of Daily Price Range[225.00 - 275.00] of Symbol-[SCRIP] for "},
     {"change of an unpriced second leg", kP, ScripAllows<4>,
      [](Request r) {
          Bracket(r);
@@ -140,22 +136,15 @@ const Case kCases[]{
     {"MTF forbidden", kF, ClientMay<7>, nullptr, "MTF Order Not Allowed for ", "C1"},
     {"MTF allowed", kF, ClientMay<8>, nullptr, kAccepted},
     {"MTF scrip closed", kF, ScripAllows<7>, nullptr, "MTF Order Not Allowed for the scrip - SCRIP for ", "C1"},
-    {"MTF everybody forbids", kF, EverybodyMay<7>, nullptr, "MTF Order Not Allowed for "},
-    {"MTF dealer as client", kF, DealerElsewhere, DealerIsClient, "MTF Order Preference Not Set for ", "D1"},
-    {"MTF dealer as client forbids", kF, DealerMay<7>, DealerIsClient, "MTF Order Not Allowed for ", "D1"},
     {"MTF own account", kF, DealerElsewhere, Own, "MarginFunding Order Preference Not Set for ", "D1"},
     {"MTF own account forbidden", kF, DealerMay<7>, Own, "MarginFunding Order Not Allowed for ", "D1"},
     // Delivery and margin on the scrip
     {"delivery closed", 2, ScripAllows<13>, nullptr, "Delivery Order Not Allowed for the scrip - SCRIP for "},
-    {"delivery open", 2, ScripAllows<2>, nullptr, kAccepted},
     {"margin closed", 1, ScripAllows<14>, nullptr, "Margin Order Not Allowed for the scrip - SCRIP for "},
     {"margin open, own account", 1, ScripAllows<1>, Own, kAccepted},
-    {"after-market margin closed", 9, ScripAllows<14>, nullptr, "Margin Order Not Allowed for the scrip - SCRIP for "},
     // After-market
     {"no overall record", 9, ClientMay<15>, nullptr, "AMO Order Preference Not Set for "},
     {"of the dealer of type 1", 9, DealerMay<15>, [](Request r) { r.head.dealerType = 1; },
-     "AMO Order Preference Not Set for "},
-    {"of the dealer of type 45", 9, DealerMay<15>, [](Request r) { r.head.dealerType = 45; },
      "AMO Order Preference Not Set for "},
     {"checked", 9, AfterMarketBits<8>, nullptr, kAccepted},
     {"delivery becomes plain delivery", 10, AfterMarketBits<8>, nullptr, kAccepted},
@@ -229,7 +218,6 @@ TEST(ProductPolicy, OptionPricesAgainstTheirUnderlying) {
         {"call sold below", kSell, "CA", 9000, 999, 10000, 0,
          "Order is not allowed as Price entered is less than the Percentage defined on the difference between the "
          "underlying price and the strike price ; Strike Price = 90.00 and LTP = 100.00 of "},
-        {"within 10 percent", kSell, "CE", 9000, 900, 10000, 10, kAccepted, 1000},
         {"put sold below", kSell, "PE", 11000, 999, 10000, 0,
          "Order is not allowed as Price entered is less than the Percentage defined on the difference between the "
          "underlying price and the strike price ; LTP =  100.00 and  Strike Price = 110.00 of "},
@@ -280,39 +268,24 @@ TEST(ProductPolicy, OptionPricesAgainstTheirUnderlying) {
     }
 }
 
-TEST(ProductReference, TheFirstRecordOfAKeyStands) {
+TEST(ProductReference, TheFirstRecordOfAKeyStandsAndAChangeOverwrites) {
     ProductReference products;
     tagProductTypeScripBasket baskets[2]{};
-    baskets[0].basePrice = 1;
-    tagTokenPriceRecord prices[3]{};
+    tagTokenPriceRecord prices[3]{};  // the last of another exchange
+    baskets[0].basePrice = prices[0].closePrice = 1;
     prices[0].exchange = prices[1].exchange = kMaskNseCash;
-    prices[2].exchange = kMaskBseCash;
-    prices[2].token = 7;
-    prices[0].closePrice = 1;
-    tagCompulsoryDeliverySeries series[2]{};
-    WriteField(series[0].series, "BE");
-    series[0].exchange = kMaskNseDerivatives;
-    series[1] = series[0];
-    series[1].exchange = kMaskNseCash;
-    CPtrList lists[3];
+    prices[2].exchange = kMaskBseCash, prices[2].token = 7;
+    CPtrList lists[2];
     for (auto& record : baskets) lists[0].AddTail(&record);
     for (auto& record : prices) lists[1].AddTail(&record);
-    for (auto& record : series) lists[2].AddTail(&record);
     lists[0].AddTail(nullptr);
     products.LoadBaskets(lists[0]);
     products.LoadTokenPrices(lists[1]);
-    products.LoadSeries(lists[2]);
     EXPECT_EQ(products.scripBaskets.Find(0)->basePrice, 1);
     EXPECT_EQ(products.tokenPrices.Size(), 1U);
     EXPECT_EQ(products.tokenPrices.Find(0)->closePrice, 1);
-    EXPECT_EQ(products.compulsoryDeliverySeries.Size(), 1U);
-    for (const char letter : std::string_view{"ABCDEFGHIJ"}) {
-        products.compulsoryDeliverySeries.Insert(SeriesKey(kMaskBseCash, {&letter, 1}));
-    }
-    EXPECT_TRUE(products.compulsoryDeliverySeries.Contains(SeriesKey(kMaskBseCash, " F")));
-    EXPECT_FALSE(products.compulsoryDeliverySeries.Contains(SeriesKey(kMaskNseCash, "F")));
     products.SetBasket(baskets[1]);
-    EXPECT_EQ(products.scripBaskets.Find(0)->basePrice, 0) << "a change overwrites";
+    EXPECT_EQ(products.scripBaskets.Find(0)->basePrice, 0);
 }
 
 }  // namespace

@@ -156,9 +156,7 @@ TEST(ProductWalk, AnAcceptedOrderStandsWhereItsProductSaysSo) {
         std::string state;
     } cases[] = {
         {product::kMargin, 0, general + general + general + general + general + general},
-        {product::kAmoMargin, 0, general + general + general + general + general + general},
         {product::kDelivery, 0, outside + "0 25000 0 100, " + outside + outside + untouched + untouched},
-        {product::kAmoDelivery, 0, outside + "0 25000 0 100, " + outside + outside + untouched + untouched},
         {product::kDelivery, 4, absent + absent + outside + "0 25000 0 100, " + untouched + untouched},
         {product::kMarginPlus, 0, bracket + bracket + bracket + bracket + bracket + bracket},
         {product::kMtf, 0, general + "0 6250 0 100, " + general + general + untouched + untouched},
@@ -264,7 +262,6 @@ TEST(ProductWalk, MarginFundingSellsWhatHasTraded) {
 
 TEST(ProductWalk, ProductsThatAPreferenceForbids) {
     const std::tuple<std::int16_t, std::int32_t, const char*> cases[]{
-        {product::kMargin, 2, "Margin Order Not Allowed for "},
         {product::kAmoMargin, 2, "AMO Margin Order Not Allowed for "},
         {product::kDelivery, 1, "Delivery Order Not Allowed for "},
         {product::kAmoDelivery, 1, "Delivery Order Not Allowed for "},

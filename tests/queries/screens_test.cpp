@@ -126,7 +126,6 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
         {"today's", 2, 5, 0, false, false, "A1", 0},
         {"a series that is always delivered", 3, 5, 0, false, true, "A1", 0},
         {"the same letters off equity", 9, 5, 0, false, true, "A1", 1},
-        {"BSE futures", 33, 5, 0, false, false, "A1", 1},
         {"NCDEX", 257, 5, 0, false, false, "A1", 1},
     };
     for (const auto& c : cases) {
@@ -162,18 +161,21 @@ TEST(NetPositions, AnAccountThatWasRefusedShowsNothing) {
 
 TEST(MarketExposure, TheFamilysOptionsStandBeforeTheOwnOnes) {
     CScenario s({.featureBits = 0x10});
-    s.Limit("C1", 3);
-    for (const auto& [code, fund] : {std::pair{"C1", kSaleCreditInFund}, std::pair{"F1", kCollateralInFund}}) {
-        s.Preference(code, kOverallPreference, [flags = fund](auto& record) { record.fundFlags = flags; });
-    }
     CSurveillanceManager& manager = *s.library.manager;
+    const auto fund = [&s](const char* code, std::uint8_t flags) {
+        s.Preference(code, kOverallPreference, [flags](auto& record) { record.fundFlags = flags; });
+    };
+    fund("F1", kCollateralInFund);
     manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
-    manager.AddClientRiskPreference("C1");
-    CPtrList rows;
-    ASSERT_EQ(manager.GetMarketExposure("C1", 3, &rows), 0);
-    EXPECT_EQ(static_cast<BKSurveillanceLimitDefTag*>(rows.GetHeadPosition()->element)->limitOptions,
-              kCollateralInFund);
-    FreeRows<BKSurveillanceLimitDefTag>(rows);
+    for (const auto& [client, options] : {std::pair{"C1", kCollateralInFund}, std::pair{"C2", kSaleCreditInFund}}) {
+        s.Limit(client, 3);
+        fund(client, kSaleCreditInFund);
+        manager.AddClientRiskPreference(client);
+        CPtrList rows;
+        ASSERT_EQ(manager.GetMarketExposure(client, 3, &rows), 0);
+        EXPECT_EQ(static_cast<BKSurveillanceLimitDefTag*>(rows.GetHeadPosition()->element)->limitOptions, options);
+        FreeRows<BKSurveillanceLimitDefTag>(rows);
+    }
 }
 
 TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
@@ -184,18 +186,13 @@ TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
         // fundFlags and bit 0 of marginFlags of the own overall record and of that of the exchange; -1: no such record
         int overallFund, overallMargin, ownFund, ownMargin;
         int options;
-        bool ofFamily = false;  ///< the records are the family's, and the client's own say the opposite
     } cases[] = {
         {"no preference", 0, -1, 0, -1, 0, kRetainMultiplier | kFund},
-        {"of all exchanges", 0, kCollateralInFund, 1, -1, 0,
+        {"of all exchanges, live rows", 2, kCollateralInFund, 1, -1, 0,
          kRetainMultiplier | kCollateralInFund | kExposureMarginInLimit},
         {"of the exchange, fund by the other", 0, kSaleCreditInFund, 1, kFund, 0,
          kRetainMultiplier | kSaleCreditInFund},
         {"of the exchange alone: no word on the fund", 0, -1, 0, kFund, 1, kRetainMultiplier | kExposureMarginInLimit},
-        {"live rows", 2, kCollateralInFund, 1, -1, 0, kRetainMultiplier | kCollateralInFund | kExposureMarginInLimit},
-        {"of the family first", 0, kCollateralInFund, 1, -1, 0,
-         kRetainMultiplier | kCollateralInFund | kExposureMarginInLimit, true},
-        {"the family has none", 0, -1, 0, -1, 0, kRetainMultiplier | kSaleCreditInFund, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -211,15 +208,6 @@ TEST(MarketExposure, ShowsTheRowsOfAMaskWithTheOptionsInForce) {
         preference(-1, c.overallFund, c.overallMargin);
         preference(kMaskNseDerivatives, c.ownFund, c.ownMargin);
         preference(kMaskNseCash, kFund, 1);
-        if (c.ofFamily) {
-            s.Preference("C2", kOverallPreference, [](tagClientRiskPreferenceInfoForSurv& record) {
-                record.fundFlags = kSaleCreditInFund, record.marginFlags = 0;
-            });
-            s.library.context.settings.familyLevelEnabled = 1;
-            CSurveillanceCategory& client = *s.library.manager->FindCategory("C1");
-            client.familyPreferences = c.overallFund < 0 ? nullptr : client.ownPreferences;
-            client.ownPreferences = s.library.manager->FindCategory("C2")->ownPreferences;
-        }
         BKSurveillanceLimitDefTag& stored = s.Row("C1", 0xF);
         stored.limitOptions = kRetainMultiplier | kFund;
         CPtrList rows, all;
