@@ -32,13 +32,18 @@ double ByPreference(double margin, const MarginPreference& preference, double va
 
 double FuturesExposure(const Deal& deal, std::int16_t mask, const ExposureRates& rates, const MarginPreference& own) {
     const double value = std::abs(deal.buyValue - deal.sellValue);
+    if (mask == kMaskMcx) {
+        if (deal.buyQty == deal.sellQty) return 0;
+        const double rate = deal.buyQty > deal.sellQty ? rates.onLong : rates.onShort;
+        return ByPreference(rate / 1e8 * value, own, value, 1e8);
+    }
     if (mask != kMaskNseDerivatives && mask != kMaskNcdex) return 0;
     return ByPreference(rates.additional / (mask == kMaskNcdex ? 1e6 : 1e8) * value, own, value, 1e8);
 }
-double CommodityAddition(const Deal& deal, const ExposureRates& rates) {
+double CommodityAddition(const Deal& deal, std::int16_t mask, const ExposureRates& rates) {
     const double bought = deal.buyQty > deal.sellQty ? deal.buyValue - deal.sellValue : 0;
     const double sold = deal.sellQty > deal.buyQty ? std::max(deal.sellValue - deal.buyValue, 0.0) : 0;
-    return std::max(rates.onBuys * bought, rates.onSells * sold) / 1e6;
+    return std::max(rates.onBuys * bought, rates.onSells * sold) / (mask == kMaskMcx ? 1e8 : 1e6);
 }
 double OptionExposure(const Deal& deal, double strike, const ExposureRates& rates, const MarginPreference& own) {
     const double written = deal.sellQty - deal.buyQty;
@@ -59,16 +64,17 @@ Views OfContract(const CScripExposure& scrip, const MarginFacts& facts) {
     const auto found = facts.rates.find(PlainKey(mask, about.token));
     const ExposureRates rates = found == facts.rates.end() ? ExposureRates{} : found->second;
     const MarginPreference own = facts.preferences.at(mask);
+    const bool mcx = mask == kMaskMcx;
     const std::int64_t left = std::int64_t{about.contract.expiryDate} - facts.tradingDayBase;
-    const bool far = left > kNearExpiry;
-    const bool priced = record.contractPrice != 0;
+    const bool far = mcx ? left >= about.contract.caLevel * 86400 : left > kNearExpiry;
+    const bool priced = mcx || record.contractPrice != 0;
     Views views{};
     for (std::size_t v = 0; v < kViewCount; ++v) {
         const Deal deal(scrip.position.data, v);
         const Deal today(scrip.dayPosition.data, v);
         const double net = deal.buyQty - deal.sellQty;
         Figures& f = views[v];
-        f[kSpread] = far ? net * record.compositeDelta : 0;
+        f[kSpread] = far ? net * (mcx ? 1.0F : record.compositeDelta) : 0;
         if (!IsFuture(scrip)) {
             f[kLongOptions] = priced ? std::max(net, 0.0) : 0;
             f[kShortOptions] = priced ? std::max(-net, 0.0) : 0;
@@ -79,8 +85,8 @@ Views OfContract(const CScripExposure& scrip, const MarginFacts& facts) {
         } else if (priced) {
             f[kFutures] = std::abs(net);
             f[kFuturesExposure] = FuturesExposure(deal, mask, rates, own);
-            const bool adds = mask == kMaskNcdex && own.mode == 0;
-            f[kExposure] = f[kFuturesExposure] + (adds ? CommodityAddition(deal, rates) : 0);
+            const bool adds = (mcx || mask == kMaskNcdex) && own.mode == 0;
+            f[kExposure] = f[kFuturesExposure] + (adds ? CommodityAddition(deal, mask, rates) : 0);
         }
         for (std::size_t i = 0; i < kScenarioCount; ++i) {
             f[kRisk + i] = static_cast<float>(net * record.riskArray[i]);
@@ -181,13 +187,13 @@ struct Underlying {
         }
     }
 
-    [[nodiscard]] double Netted(std::size_t v) const {
+    [[nodiscard]] double Netted(std::size_t v, double benefitShare = 0.8333) const {
         const double bought = longPosition[v];
         const double sold = std::abs(shortPosition[v]);
         if (bought == 0 && sold == 0) return all.sum[v][kExposure];
         const double benefit = bought < sold ? longMargin[v] + bought / sold * shortMargin[v]
                                              : shortMargin[v] + sold / bought * longMargin[v];
-        return all.sum[v][kExposure] - 0.8333 * benefit;
+        return all.sum[v][kExposure] - benefitShare * benefit;
     }
     [[nodiscard]] double Worst(std::size_t v) const {
         return *std::max_element(all.sum[v].begin() + kRisk, all.sum[v].end());
@@ -238,6 +244,16 @@ void AddUnderlying(AccountMargin& account, MarginGroup group, const Underlying& 
         compare.Expect("exposure total", v, block.exposureMarginTotal, u.all.sum[v][kExposure], gross[kExposure]);
     }
     Totals& totals = account.groups[static_cast<std::size_t>(group)];
+    if (group == MarginGroup::kMcx) {  // no scan: the netted exposure margin is the margin
+        PerView<double> netted{};
+        for (std::size_t v = 0; v < kViewCount; ++v) netted[v] = u.Netted(v, 0.66);
+        const std::array due{netted[0], netted[1], *std::max_element(netted.begin(), netted.end())};
+        for (std::size_t v = 0; v < due.size(); ++v) {
+            compare.Expect("initial margin", v, node.view[v].initialMargin, due[v], u.all.gross[v][kExposure]);
+            totals[kOrder + v].Add(due[v], u.all.gross[v][kExposure]);
+        }
+        return;
+    }
     for (const std::size_t v : {kOrderSide, kTradedSide, kLongWorst}) {
         const Scan scan = v == kLongWorst ? u.WorstScan(node.underlying) : u.ScanOfView(node.underlying, v);
         const double gross = riskSize + scan.charge + scan.minimum + u.all.gross[v][kNetOptionValue];

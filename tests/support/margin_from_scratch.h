@@ -17,6 +17,8 @@ struct ExposureRates {
     std::int32_t additional = 0;
     std::int32_t onBuys = 0;
     std::int32_t onSells = 0;
+    std::int32_t onLong = 0;  ///< MCX has these two in place of the first
+    std::int32_t onShort = 0;
 };
 struct MarginPreference {
     std::int32_t marginRate = 0;
