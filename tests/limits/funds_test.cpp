@@ -130,5 +130,36 @@ TEST(Funds, WithoutItsRowARequestIsRefused) {
     EXPECT_EQ(s.FundRow().baseFund, 1e308);
 }
 
+TEST(Funds, TheLimitsThatAreSetFollowTheFundAlone) {
+    CFundedHouse s;
+    LimitRow& row = s.FundRow();
+    row.grossExposureLimit = row.netExposureLimit = row.netSaleExposureLimit = row.turnoverLimit = row.mtmLossLimit = 5;
+    row.grossExposureMultiplier = 15000, row.netExposureMultiplier = 10000, row.netSaleExposureMultiplier = -1;
+    row.netPositionLimit = kNoLimit, row.netPositionMultiplier = 10000;
+    row.turnoverMultiplier = 30000, row.mtmLossMultiplier = 5000;
+    row.pendingOrderLimit = 7, row.pendingOrderMultiplier = 10000;
+    Request deposit = Asking(1'000'000);
+    ASSERT_EQ(s.Allocate(deposit), kDone);
+    EXPECT_EQ(row.grossExposureLimit, 16'500'000);
+    EXPECT_EQ(row.netExposureLimit, 11'000'000);
+    EXPECT_EQ(row.netSaleExposureLimit, -1100) << "a multiplier of -1 is one like any other";
+    EXPECT_EQ(row.netPositionLimit, kNoLimit);
+    EXPECT_EQ(row.turnoverLimit, 33'000'000);
+    EXPECT_EQ(row.mtmLossLimit, 5'500'000);
+    EXPECT_EQ(row.marginLimit, 22'000'000);
+    EXPECT_EQ(row.pendingOrderLimit, 7);
+
+    row.baseFund = 9000;
+    Request toAHundredRupees = Asking(1000);
+    ASSERT_EQ(s.Allocate(toAHundredRupees), kDone);
+    EXPECT_LT(row.netSaleExposureLimit, kNoLimit) << "a derived limit of -1.0 is not no limit";
+    EXPECT_NEAR(row.netSaleExposureLimit, kNoLimit, 1e-9);
+
+    row.baseFund = 1e308;
+    Request beyondNumbers = Asking(1e308);
+    EXPECT_EQ(s.Allocate(beyondNumbers), kNotDone);
+    EXPECT_EQ(row.baseFund, 1e308);
+}
+
 }  // namespace
 }  // namespace surv::test
