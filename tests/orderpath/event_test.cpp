@@ -228,7 +228,7 @@ TEST(Event, ThatIsNarrowIsHeldOnlyByLevelsThatFollowIt) {
 }
 
 /// A client of type 6 has no group: its own group level is the client that its sub clients stand under.
-TEST(Event, OfASubClientOfAGrouplessClientIsHeldUnderTheClient) {
+TEST(Event, OfASubClientIsHeldUnderTheClient) {
     CScenario s;
     s.House();
     s.Limit("S1", 3);
@@ -242,6 +242,13 @@ TEST(Event, OfASubClientOfAGrouplessClientIsHeldUnderTheClient) {
         EXPECT_EQ(account->levelTypes.subClient, -1);
     }
     EXPECT_NE(s.HeldBy("D1", Period::kExpiry, "", "C1"), nullptr);
+
+    CScenario grouped;  // of any other client, it stands under the client and the client under its group
+    grouped.House();
+    grouped.Limit("S1", 3);
+    ASSERT_EQ(grouped.Event({.subClient = "S1", .subClientType = 12}).result, 0);
+    EXPECT_NE(grouped.HeldBy("S1", Period::kExpiry, "C1", "C1"), nullptr);
+    EXPECT_NE(grouped.HeldBy("C1", Period::kExpiry, "G1", "C1"), nullptr);
 }
 
 TEST(Event, OfTheHousesOwnAccountPutsItUnderMtm) {
