@@ -220,7 +220,7 @@ TEST(CommodityMargin, ALoadedContractTakesALowPercentageAtItsWord) {
         Lists lists;
         lists.Limits("C1", {0x81});
         lists.Held(0x81, 101, 10, 10000);
-        CScenario house({}, lists.Get(), [&](Library& library) {
+        CScenario house({}, lists.Get(), [basis = basis, rate = rate](Library& library) {
             tagMcxMarginRecord record{};
             record.token = 101, record.marginBasis = basis, record.marginRate = rate, record.exchange = kMaskMcx;
             library.context.stores.AddMcxMargin(record);

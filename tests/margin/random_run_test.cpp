@@ -545,7 +545,7 @@ class MarginRandomRun : public testing::TestWithParam<std::int16_t> {};
 
 TEST_P(MarginRandomRun, TreesAndRowsAreWhatTheyComeToFromScratch) {
     constexpr std::uint32_t kSeed = 20261;
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SURVEILLANCE_SANITIZED
     constexpr int kSteps[] = {8000, 6000};  // the whole run is the release build's
 #else
     constexpr int kSteps[] = {20000, 6000};

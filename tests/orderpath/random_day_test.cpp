@@ -12,7 +12,7 @@ namespace surv::test {
 namespace {
 
 constexpr double kMillionthRupee = 1e-6;
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SURVEILLANCE_SANITIZED
 constexpr int kOrders = 300;  // the whole days are the release build's
 #else
 constexpr int kOrders = 1000;

@@ -11,7 +11,7 @@ namespace soak {
 namespace {
 
 constexpr int kCalls = 300;
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SURVEILLANCE_SANITIZED
 constexpr std::uint32_t kDays = 6, kRestartDays = 3;  // the whole row of days is the release build's
 #else
 constexpr std::uint32_t kDays = 24, kRestartDays = 12;
