@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-#include "support/row_bench.h"
+#include "support/scenario.h"
 
 namespace surv::test {
 namespace {
@@ -131,12 +129,14 @@ TEST(LimitAdmin, AnAddWorksOutWhatIsUsed) {
     CHeldHouse s;
     // Netted: 2885 buys 2.5 M and sells 2.5 M, 1.5 M and 0.75 M traded; 500 sells 0.4 M, 0.1 M traded.
     const LimitRow r = s.Added(0x13, kAllSecurities, 1);
-    EXPECT_EQ(Changes(LimitRow{}, r),
-              "order: gross 4000.01 sale 4000 position -4000 turnover 54000; "
-              "traded: gross 8500 net 7500 sale 1000 position 6500 turnover 23500.01; "
-              "max: gross 21500 net 17500.01 sale 14000 position 13500 turnover 54000; open: pending 30500 mtm 300.01; "
-              "own order: gross 54000 net 25000 sale 29000; own traded: gross 23500 net 15000 sale 8500; "
-              "own max: gross 54000.01 net 25000 sale 29000");
+    EXPECT_EQ((Figures{r.usedGrossOrder, r.usedNetSaleOrder, r.usedNetPositionOrder, r.usedTurnoverOrder}),
+              (Figures{400'001, 400'000, -400'000, 5'400'000}));
+    EXPECT_EQ((Figures{r.usedGrossTraded, r.usedNetTraded, r.usedNetSaleTraded, r.usedNetPositionTraded}),
+              (Figures{850'000, 750'000, 100'000, 650'000}));
+    EXPECT_EQ((Figures{r.usedMaxGross, r.usedMaxNet, r.usedMaxNetSale, r.usedMaxNetPosition, r.usedMaxTurnover}),
+              (Figures{2'150'000, 1'750'001, 1'400'000, 1'350'000, 5'400'000}));
+    EXPECT_EQ((Figures{r.usedPendingOrder, r.usedMtm, r.grossUsedMaxGross, r.grossUsedMaxNet, r.grossUsedMaxNetSale}),
+              (Figures{3'050'000, 30'001, 5'400'001, 2'500'000, 2'900'000}));
 
     const std::tuple<const char*, std::int16_t, std::int32_t, Figures> scrips[]{
         {"a scrip's row is overwritten, its grossing figures added",

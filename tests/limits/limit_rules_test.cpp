@@ -298,37 +298,6 @@ TEST(LimitRules, WhatARowTriesHangsOnItsMask) {
     }
 }
 
-/// The sets of deliveries, of two-leg orders and of margin funding, where deliveries count.
-TEST(LimitRules, ProductSetsJudgeSizesEverywhereAndTheRestWhereCashSettles) {
-    const std::string sizes = "max.value max.qty min.value min.qty";
-    const struct {
-        std::int16_t productType, buySell;
-        const char *settling, *anywhere;
-    } sets[] = {
-        {product::kDelivery, kBuy, " isin product_margin", ""},
-        {product::kDelivery, kSell, " isin sell", ""},
-        {product::kConvertToDelivery, kBuy, " isin nri.delivery product_margin", ""},
-        {product::kMarginPlus, kSell, " product_margin", " mode"},
-        {product::kMtf, kBuy, " product_margin", ""},
-    };
-    for (const auto& set : sets) {
-        for (const std::int16_t mask : kRowMasks) {
-            SCOPED_TRACE(testing::Message() << "product " << set.productType << ", mask " << mask);
-            RowBench bench = AtLoss(mask, set.productType);
-            bench.order.buySell = set.buySell;
-            const bool settles = mask == 3 || mask == 0x11 || mask == 0x13 || mask == 0xF || mask == 0x7F;
-            const bool all = mask == 0x1FF;
-            const std::string rest = std::string{settles || all ? set.settling : ""} + set.anywhere;
-            EXPECT_EQ(Refusing(bench), sizes + rest + (all ? " pre auto" : ""));
-            if (!all) continue;
-            // What only squares off is let off the modes alone.
-            bench.held = set.buySell == kBuy ? Traded(0, 0, 100, 20000) : Traded(100, 20000);
-            const bool covered = set.buySell == kSell && set.productType == product::kDelivery;
-            EXPECT_EQ(Refusing(bench), sizes + (covered ? " isin" : set.settling));
-        }
-    }
-}
-
 TEST(LimitRules, TheModesSayWhatTheyAreAndStartAtTheirPartOfTheMtmLossLimit) {
     const char* pre =
         "Only Square Off Orders allowed - MTM Pre AutoSquareOff Mode (limit is 10000.00, prev. utilized was 5000.01)";

@@ -1,5 +1,3 @@
-#include "orderpath/hierarchy.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -77,11 +75,9 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
         {"client required", 0, 0, 2, 255, 1, "", "Limits not Set or Invalid Client Code : C1 "},
         {"sub client required", 0, 0, 255, 2, 1, "", "Limits not Set or Invalid Sub Client Code : S1 "},
         {"of a dealer", 0, 1, 2, 2, 1, "", nullptr},
-        {"own account", 0, 0, 2, 2, 2, "", nullptr},
         {"family not in force", 0, 0, 255, 255, 1, "F1", nullptr},
         {"family of an own account", 0x10, 4, 255, 255, 2, "F1", "Limits not Set or Invalid Family Code : F1 "},
         {"family beyond five blanks", 0x10, 0, 255, 255, 1, "     F", nullptr},
-        {"family behind a blank", 0x10, 0, 255, 255, 1, " F1", "Limits not Set or Invalid Family Code :  F1 "},
         {"client 2 under a family", 0x10, 0, 2, 255, 1, "", nullptr},
         {"client 1 under a family", 0x10, 0, 1, 255, 1, "", "Limits not Set or Invalid Client Code : C1 "},
         {"sub client 3 under a family", 0x10, 0, 255, 3, 1, "", "Limits not Set or Invalid Sub Client Code : S1 "},
@@ -102,7 +98,6 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
             EXPECT_TRUE(answer.Passed()) << answer.text;
         }
     }
-    EXPECT_EQ(CScenario().Check({.group = "ABCDEF"}).text, "C1|Limits not Set or Invalid Group Code : ABCDEF ");
     // A client that isn't required is taken where its code is known.
     CScenario s({.featureBits = 0x10});
     s.House();
@@ -110,19 +105,6 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
     EXPECT_EQ(s.Check({}).failedLevelCode, "C1");
     s.Limit("C2", 5);
     EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
-}
-
-/// From the group's on upwards; the margin flags stand one place lower. The root has none.
-TEST(Hierarchy, EachLevelHasOneFlagForChecksAndOneForMargin) {
-    for (int level = 0; level < static_cast<int>(kLevelCount); ++level) {
-        for (int bit = 0; bit < 8; ++bit) {
-            tagSurveillanceInfo request{};
-            request.levelCheckFlags = request.levelMarginFlags = static_cast<std::uint8_t>(1 << bit);
-            const bool below = static_cast<Level>(level) != Level::kRoot;
-            EXPECT_EQ(HasCheckFlag(static_cast<Level>(level), request), below && bit == 5 - level) << level;
-            EXPECT_EQ(HasMarginFlag(static_cast<Level>(level), request), below && bit == 4 - level) << level;
-        }
-    }
 }
 
 }  // namespace

@@ -169,17 +169,6 @@ TEST(Preferences, TheExposureMarginBitFollowsItsLeader) {
     EXPECT_EQ(ofOne.GetCount(), 1);
 }
 
-TEST(LevelPreferences, TheFamilysRecordMarginsItsClientWhateverElseHappens) {
-    CFamilyHouse s({{"F1", 1, 3}, {"C1", 1, 9}, {"C1", 8, 5}});
-    CSurveillanceManager& manager = *s.library.manager;
-    manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
-    manager.AddClientRiskPreference("C1");
-    const CSurveillanceCategory& client = *manager.FindCategory("C1");
-    EXPECT_EQ(manager.EffectivePreference(client, 1).allowedProducts, 3);
-    EXPECT_EQ(manager.EffectivePreference(client, 8).allowedProducts, 5)
-        << "of an exchange that the family is silent on";
-}
-
 /// An entity with records, but none of the exchange, where everybody's has none either.
 TEST(LevelPreferences, WhatStandsForAMissingRecordOfAnEvent) {
     RiskPreference before;
