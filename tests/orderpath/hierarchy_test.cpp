@@ -1,3 +1,5 @@
+#include "orderpath/hierarchy.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -105,6 +107,19 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
     EXPECT_EQ(s.Check({}).failedLevelCode, "C1");
     s.Limit("C2", 5);
     EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
+}
+
+/// From the group's on upwards; the margin flags stand one place lower.
+TEST(Hierarchy, EachLevelHasOneFlagForChecksAndOneForMargin) {
+    for (const Level level : {Level::kGroup, Level::kDealer, Level::kFamily, Level::kClient, Level::kSubClient}) {
+        const int place = 5 - static_cast<int>(level);
+        tagSurveillanceInfo request{};
+        request.levelCheckFlags = static_cast<std::uint8_t>(1 << place);
+        request.levelMarginFlags = static_cast<std::uint8_t>(1 << (place - 1));
+        EXPECT_TRUE(HasCheckFlag(level, request) && HasMarginFlag(level, request)) << place;
+        request.levelCheckFlags = request.levelMarginFlags = 0;
+        EXPECT_FALSE(HasCheckFlag(level, request) || HasMarginFlag(level, request)) << place;
+    }
 }
 
 }  // namespace
