@@ -179,8 +179,7 @@ TEST(Depository, QueriesShowWhatKindAndCodesSay) {
         std::int16_t result;
         std::vector<std::string_view> isins;
     } cases[] = {
-        {0, "NOPE", "ALL", 0, {kIsin, kSarIsin, "OTHER", "LONGISIN123456"}},
-        {0, "", kIsin, 0, {kIsin}},
+        {0, "", "ALL", 0, {kIsin, kSarIsin, "OTHER", "LONGISIN123456"}},
         {1, "C1", "ALL", 0, {kIsin, kSarIsin, "OTHER"}},
         {1, "C1", "BLANK", 0, {}},
         {1, "NOPE", "ALL", -1, {}},

@@ -46,36 +46,6 @@ class CRows {
     CSurveillanceCategory* category_;
 };
 
-TEST(PositionRows, EnterTheSetsThatTheirClientTypeAndTheLevelCallFor) {
-    const struct {
-        const char* name;
-        std::int16_t mask, clientType, level, subLevel, mode;
-        bool flat, clientLevel;
-        const char* code = "C1";
-    } cases[] = {
-        {"client", 3, 2, 2, 0, 2, true, false},
-        {"type 3 at its own level", 3, 3, 3, 0, 2, true, false},
-        {"type 3 on MCX", 0x81, 3, 2, 0, 2, true, false},
-        {"composite dealer off MCX", 0x81, 5, 0x83, 7, 0, true, true},
-        {"type 3 on MCX at place 7, mode 3", 0x81, 3, 7, 0, 3, true, true},
-        {"root in mode 2", 0x80, 3, 2, 0, 2, true, true, "-"},
-        {"root in mode 3", 0x80, 3, 2, 0, 3, true, false, "-"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        CRows rows(c.mode, c.level, c.subLevel, c.code);
-        BKExposureTag row = PositionRow(c.code, c.mask, 5);
-        row.clientLevelType = c.clientType;
-        EXPECT_EQ(rows.Add(row), kDone);
-        const PeriodBook& book = rows->Book(CSurveillanceCategory::PeriodOfMask(c.mask));
-        EXPECT_EQ(book.exposures.positions.Size(), c.flat ? 1 : 0);
-        EXPECT_EQ(book.clientLevelExposures.positions.Size(), c.clientLevel ? 1 : 0);
-        EXPECT_EQ(rows->seen.mcx, (c.mask & 0x80) != 0);
-    }
-    CRows rows;
-    EXPECT_EQ(rows.Add(PositionRow("C1", 0, 5)), kNotDone);
-}
-
 TEST(AggregateAccounts, StandWhereTheLevelSumsOverTheHoldersAccounts) {
     const std::string own = "G1|LONGCLIENT123";
     const std::string dealer = "G1|LONGCL+";

@@ -95,13 +95,11 @@ TEST(MarginRule, TheGeneralSetWeighsTheLargestOfThreeViews) {
 /// What a row takes over of a check; its traded side moves with corrections and deliveries alone.
 TEST(MarginRule, ARowTakesOverTheViewsOfItsSet) {
     using Views = std::array<double, 3>;
-    const Views untouched{8000, 8100, 8200};
     const std::tuple<std::int16_t, std::int16_t, std::int16_t, Views> cases[]{
         {product::kMargin, event::kOrder, 3, {33000, 8100, 33200}},
         {product::kMargin, event::kCorrection, 3, {25000, 25100, 25200}},
         {product::kDelivery, event::kOrder, 0x13, {33000, 8100, 33200}},
         {product::kDelivery, event::kCorrection, 0xF, {25000, 25100, 25200}},
-        {product::kDelivery, event::kOrder, 0xD, untouched},
         {product::kMarginPlus, event::kOrder, 0x7F, {13000, 8100, 13200}},
         {product::kMtf, event::kOrder, 0x1FF, {14250, 8100, 14450}},
     };
@@ -165,15 +163,12 @@ TEST(MarginRule, TheClientsPreferenceSaysWhatCountsBesideTheMargin) {
         int flags, mtm, booked, general, product, shownMtm;
     } cases[] = {
         {0, -100, -30, 0, 0, -100},
-        {kExposure, -100, -30, 500, 500, -100},
         {kMtmProfit, 100, 30, -70, -70, 70},
         {kMtmProfit | kProfit, 100, 30, -100, -100, 70},
-        {kMtmProfit, 20, 50, 0, 0, -30},
         {kMtmProfit | kMtmLoss, 20, 50, 30, 30, -30},
         {kMtmLoss, -100, -30, 100, 70, -100},  // the general set parts a loss where booked figures count
         {kMtmLoss | kProfit, -100, -30, 70, 70, -70},
         {kMtmLoss | kLoss, -100, -30, 100, 100, -70},
-        {kProfit, 0, 30, -30, -30, 0},
         {kLoss, 0, -30, 30, 30, 0},
         {0xFF, -100, -30, 600, 600, -70},
     };

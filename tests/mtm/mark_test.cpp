@@ -64,15 +64,12 @@ TEST(Mark, ProfitsCountByThePreferenceOfEachEntity) {
         s.AddLimit(entity, 3);
         s.AddPosition(PositionRow(entity, 3, 100));
     }
-    s.AddLimit("D1", 3);  // holds nothing
     s.Start(0, 1);
     constexpr std::uint8_t kMtmProfit = 1 << 1;
     s.Preference("C1", kMaskNseCash, [](auto& record) { record.marginFlags = kMtmProfit; });
     s.Preference("C2", kMaskNseDerivatives, [](auto& record) { record.marginFlags = kMtmProfit; });
     for (const std::int32_t price : {24900, 25050, 25080}) s.Touch(kMaskNseCash, 2885, price);
     EXPECT_EQ((Figures{s.Row("-", 3).usedMtm, s.Row("C1", 3).usedMtm, s.Row("C2", 3).usedMtm}), (Figures{0, 8000, 0}));
-    for (const char* entity : {"-", "C1", "C2"}) EXPECT_EQ(s.Row(entity, 3).usedMtmFull, 8000);
-    EXPECT_EQ(s.Row("D1", 3).usedMtmFull, 0);
 }
 
 /// Orders of a client level have no flat position where levels aggregate: only the total knows them.
