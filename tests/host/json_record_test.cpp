@@ -71,15 +71,6 @@ TEST(JsonRecord, BytesFromTheLibraryNeverBreakAnAnswer) {
               "{\"levelCode\":\"LLLLLL\",\"symbol\":\"\xEF\xBF\xBD\",\"openPositionValue\":null,\"mtmValue\":null}");
 }
 
-TEST(JsonRecord, DoublesTakeTheirShortestForm) {
-    const std::tuple<double, const char*> cases[]{
-        {252010, "252010"}, {0.1, "0.1"},
-        {1e21, "1e+21"},    {88118333.33333333, "88118333.33333333"},
-        {-2.5, "-2.5"},     {9007199254740993.0, "9007199254740992"},
-    };
-    for (const auto& [number, text] : cases) EXPECT_EQ(Written(number), text);
-}
-
 TEST(JsonRecord, RefusesWhatAFieldCannotHold) {
     const std::tuple<const char*, const char*> cases[]{
         {R"({"prise":1})", "tagOrderRequest has no field \"prise\"; do you mean \"price\"?"},

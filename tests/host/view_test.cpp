@@ -22,32 +22,16 @@ TEST(OrderView, RefusalsOfOneRuleShareItsName) {
     const std::tuple<const char*, const char*> cases[]{
         {"|Order failed Max. Single Transaction Qty Check where the limit is 500 and current value is 1000  of ",
          "Max. Single Transaction Qty"},
-        {"C1|Order failed Gross Exposure check where the limit is 1.00, prev. utilized was 0.00 of Futures ( "
-         "NSE-Daily) of ",
-         "Gross Exposure"},
         {"C1|Gross Exposure Limit exceeded of ", "Gross Exposure"},
         {"C1|Limits not Set or Invalid Client Code : C1 ", "Limits not Set or Invalid Client Code"},
         {"Only Square Off Orders allowed - User is in SquareOff mode",
          "Only Square Off Orders allowed - User is in SquareOff mode"},
         {"Trigger Price out of range[925.37 - 846.73] of Symbol-[SBIN] for ", "Trigger Price out of range"},
-        {"C1|ISIN Code Not Available for Buy Delivery Order of Equity ( NSE-Settlement)  of ",
-         "ISIN Code Not Available for Buy Delivery Order"},
         {"MTF Order Not Allowed for the scrip - 3M for ", "MTF Order Not Allowed"},
         {"", ""},
     };
     for (const auto& [text, rule] : cases) {
         EXPECT_EQ(ViewOf({{"result", 0}, {"status", -312}, {"errorText", text}}).rule, rule);
-    }
-}
-
-TEST(OrderView, NamesTheLevelThatRefused) {
-    const std::tuple<const char*, int, const char*> cases[]{
-        {"S1", 7, "sub client"},           {"C1", 2, "client"}, {"D1", 0, "dealer"}, {"-", -1, "house"},
-        {"D1", -1, "ahead of the levels"},
-    };
-    for (const auto& [code, type, level] : cases) {
-        const Json answer{{"result", 0}, {"status", -312}, {"failedLevelCode", code}, {"failedLevelType", type}};
-        EXPECT_EQ(ViewOf(answer).level, level);
     }
 }
 

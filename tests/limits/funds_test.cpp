@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "support/scenario.h"
+#include "support/row_bench.h"
 
 namespace surv::test {
 namespace {
@@ -50,7 +50,6 @@ TEST(Funds, EachRequestIsAnsweredByWhatIsFree) {
         const char* text;  // null: done
         double marginLimit;
     } cases[] = {
-        {"exactly what is free", nullptr, -7'750'000, nullptr, 4'500'000},
         {"a paisa more", nullptr, -7'750'001,
          "Insufficient Fund, Available Fund = 77500.00 , Requested Fund = -77500.01", 25'500'000},
         {"no more than the fund itself", [](LimitRow& r) { r.usedMarginOrder = 0; }, -10'000'001,
@@ -60,8 +59,6 @@ TEST(Funds, EachRequestIsAnsweredByWhatIsFree) {
         {"retained", [](LimitRow& r) { r.limitOptions = 0xFF, r.marginMultiplier = -1; }, 0, kRetained, 20'000'000},
         {"no multiplier", [](LimitRow& r) { r.marginMultiplier = -1; }, -1, "Margin Multiplier not set", 20'000'000},
         {"no margin limit, deposit", [](LimitRow& r) { r.marginLimit = -1; }, 1, nullptr, -1},
-        {"multiplier of 0", [](LimitRow& r) { r.marginMultiplier = 0; }, -1,
-         "Insufficient Fund, Available Fund = 0.00 , Requested Fund = -0.01", 0},
         {"margin that is no number", [](LimitRow& r) { r.usedMarginOrder = kNotANumber; }, -1,
          "Insufficient Fund, Available Fund = nan , Requested Fund = -0.01", 25'500'000},
         {"endless deposit", nullptr, kInfinity, "Insufficient Fund, Available Fund = 77500.00 , Requested Fund = inf",
@@ -100,7 +97,6 @@ TEST(Funds, WithoutItsRowARequestIsRefused) {
         std::int16_t headCode;
         std::string text;
     } cases[] = {
-        {"unknown", "NOPE", -100, "Surveillance Limits not available for  Client One"},
         {"never ending", longName, -100, "Surveillance Limits not available for  Client One"},
         {"other masks", "D1", -100, "Surveillance Limits for All Exchange Combined not available for  Client One"},
         {"a scrip alone", "ABCDEFGH", -1, "Surveillance details not available for the Dealer"},
@@ -117,17 +113,11 @@ TEST(Funds, WithoutItsRowARequestIsRefused) {
         EXPECT_EQ(s.Allocate(request), kNotDone);
         EXPECT_EQ(request.headCode, c.headCode);
         EXPECT_STREQ(request.errorText, c.text.c_str());
-        EXPECT_EQ(request.messageCode, 13002);
-        EXPECT_EQ(request.timeStamp, CScenario::kNow);
     }
     Request unended = Asking(1, "NOPE");
     std::memset(unended.entityName, 'N', sizeof unended.entityName);
     s.Allocate(unended);
     EXPECT_EQ(std::string(unended.errorText), "Surveillance Limits not available for  " + std::string(32, 'N'));
-    s.FundRow().baseFund = 1e308;
-    Request beyondNumbers = Asking(1e308);
-    EXPECT_EQ(s.Allocate(beyondNumbers), kNotDone);
-    EXPECT_EQ(s.FundRow().baseFund, 1e308);
 }
 
 TEST(Funds, TheLimitsThatAreSetFollowTheFundAlone) {
@@ -154,11 +144,40 @@ TEST(Funds, TheLimitsThatAreSetFollowTheFundAlone) {
     ASSERT_EQ(s.Allocate(toAHundredRupees), kDone);
     EXPECT_LT(row.netSaleExposureLimit, kNoLimit) << "a derived limit of -1.0 is not no limit";
     EXPECT_NEAR(row.netSaleExposureLimit, kNoLimit, 1e-9);
+}
 
-    row.baseFund = 1e308;
-    Request beyondNumbers = Asking(1e308);
-    EXPECT_EQ(s.Allocate(beyondNumbers), kNotDone);
-    EXPECT_EQ(row.baseFund, 1e308);
+TEST(Funds, AnOrderIsJudgedByTheFundOfTheMoment) {
+    constexpr std::uint8_t kBoth = kFundFlagCollateral | kFundFlagSaleCredit;
+    const struct {
+        const char* name;
+        std::int32_t token;
+        int fundFlags;
+        std::uint8_t options;
+        int limit;
+    } cases[] = {
+        {"collateral", kAllSecurities, kFundFlagCollateral, 0, 17'300'00},
+        {"sale credit", kAllSecurities, kFundFlagSaleCredit, 0, 16'050'00},
+        {"both", kAllSecurities, kBoth, 0, 18'350'00},
+        {"the scrip's row", 2885, kBoth, 0, 18'000'00},
+        {"kept as defined", kAllSecurities, kBoth, kRetainMultiplier, 9'000'00},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        RowBench bench;
+        bench.row.token = c.token, bench.row.limitOptions = c.options, bench.row.definedFund = 10'000'00;
+        bench.row.baseFund = 5'000'00, bench.row.collateralFund = 2'000'00, bench.row.saleCreditFund = 1'000'00;
+        bench.row.grossExposureLimit = 9'000'00, bench.row.grossExposureMultiplier = 10000;
+        bench.order.riskPreference.fundFlags = static_cast<std::uint8_t>(c.fundFlags);
+        bench.order.collateralDelta = 300'00, bench.order.saleCreditDelta = 50'00, bench.order.quantity = 1;
+        bench.order.price = c.limit + 1;
+        EXPECT_EQ(bench.Check().code, -202);
+        bench.order.price = c.limit;
+        ASSERT_TRUE(bench.Check().Passed());
+        const bool taken = c.token == kAllSecurities;
+        EXPECT_EQ(bench.row.grossExposureLimit, c.limit);
+        EXPECT_EQ(bench.row.collateralFund, taken ? 2'300'00 : 2'000'00);
+        EXPECT_EQ(bench.row.saleCreditFund, taken ? 1'050'00 : 1'000'00);
+    }
 }
 
 }  // namespace

@@ -14,119 +14,109 @@
 namespace surv::test {
 namespace {
 
-using LimitRow = BKSurveillanceLimitDefTag;
-
-/// Sends the order with memory for `allocations` of them. False: memory ran out.
-bool CheckWithin(CScenario& s, const OrderSpec& order, long allocations) {
-    std::vector<char> buffer = MakeRequest(order);
-    auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
-    tagOrdErrMessage error{};
-    CPtrList rows;
-    short status = 0;
-    bool done = true;
+/// Runs a call with memory for so many allocations. False: memory ran out, or the call says that it isn't done.
+template <class Call>
+bool Within(long allocations, Call call) {
+    bool done = false;
     allocationsLeft = allocations;
     try {
-        s.library.manager->CheckSurveillance(request, error, status, {&rows, nullptr}, false);
+        done = call();
     } catch (const std::bad_alloc&) {
-        done = false;
     }
     allocationsLeft = -1;
-    s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<BKSurveillanceLimitDefTag>(rows);
-    EXPECT_TRUE(!done || status == status::kPass);
     return done;
+}
+
+/// Lets a call have one allocation more each time until it is done, and asks after each what holds then; gives how many
+/// it was short of.
+template <class Call, class Expect>
+long CutShort(Call call, Expect expect) {
+    for (long allocations = 0; allocations < 5000; ++allocations) {
+        const bool done = Within(allocations, call);
+        SCOPED_TRACE(testing::Message() << "after " << allocations << " allocations");
+        expect(done);
+        if (done || testing::Test::HasFatalFailure()) return allocations;
+    }
+    ADD_FAILURE() << "it is never done";
+    return 0;
+}
+
+/// Cut short, a call leaves all as before.
+template <class Call>
+long ExpectWholeOrNotAtAll(CScenario& s, Call call) {
+    const std::string before = s.Dump();
+    return CutShort(call, [&](bool done) {
+        ASSERT_TRUE(s.library.context.undo.Empty());
+        ASSERT_EQ(s.Dump() == before, !done);
+    });
+}
+
+/// A check or an event as a call.
+auto Sent(CScenario& s, const OrderSpec& order, bool check) {
+    return [&s, order, check] {
+        const long left = std::exchange(allocationsLeft, -1);  // what the host does takes none of it
+        std::vector<char> buffer = MakeRequest(order);
+        auto& request = *reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
+        tagOrdErrMessage error{};
+        CPtrList rows;
+        short status = status::kPass;
+        bool done = true;
+        allocationsLeft = left;
+        try {
+            if (check) {
+                s.library.manager->CheckSurveillance(request, error, status, {&rows, nullptr}, false);
+            } else {
+                s.library.manager->UpdateSurveillance(request, nullptr, &rows, false);
+            }
+        } catch (const std::bad_alloc&) {
+            done = false;
+        }
+        allocationsLeft = -1;
+        s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<LimitRow>(rows);
+        EXPECT_TRUE(!done || status == status::kPass) << error.errorText;
+        return done;
+    };
 }
 
 TEST(OutOfMemory, LeavesNoTraceOfACheckWhereverItStrikes) {
     constexpr std::uint8_t kUpdatedBelow = 0b0000'0110;  // group and dealer are checked, the client takes it in
-    const std::tuple<const char*, OrderSpec, std::int16_t, std::int16_t> cases[]{
-        {"every level checked", {}, 0, 0},
-        {"client only updated", {.levelCheckFlags = kUpdatedBelow}, 0, 0},
-        {"one category at two levels", {.dealer = "C1"}, 0, 0},
-        {"positions by client", {.clientType = 1, .levelCheckFlags = kUpdatedBelow}, 2, 1}};
-    for (const auto& [name, order, positionMode, orderBased] : cases) {
+    const std::tuple<const char*, OrderSpec, std::int16_t> cases[]{
+        {"every level checked", {}, 0},
+        {"client only updated", {.levelCheckFlags = kUpdatedBelow}, 0},
+        {"one category at two levels", {.dealer = "C1"}, 0},
+        {"positions by client", {.clientType = 1, .levelCheckFlags = kUpdatedBelow}, 2}};
+    for (const auto& [name, order, positionMode] : cases) {
         SCOPED_TRACE(name);
         CScenario s({.positionMode = positionMode});
-        s.library.context.settings.orderBasedPosition = orderBased;
-        s.House(2);
-        s.House(3);
-        const std::string before = s.Dump();
-        long allocations = 0;
-        while (!CheckWithin(s, order, allocations)) {
-            ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
-            ASSERT_EQ(s.Dump(), before) << "after " << allocations << " allocations";
-            ASSERT_LT(++allocations, 1000);
-        }
-        EXPECT_GT(allocations, 5);
-        EXPECT_NE(s.Dump(), before);
-        if (s.library.context.settings.RowsAreLive()) {
-            constexpr long kRowsHandedOut = 8;
-            EXPECT_TRUE(CheckWithin(s, order, kRowsHandedOut)) << "known accounts need no memory but the list's";
-        }
+        s.library.context.settings.orderBasedPosition = positionMode == 2 ? 1 : 0;
+        for (const int mask : {2, 3}) s.House(static_cast<std::int16_t>(mask));
+        EXPECT_GT(ExpectWholeOrNotAtAll(s, Sent(s, order, true)), 5);
+        constexpr long kRowsHandedOut = 8;
+        EXPECT_TRUE(positionMode != 2 || Within(kRowsHandedOut, Sent(s, order, true)))
+            << "known accounts need no memory but the list's";
     }
 }
 
 /// A margined order: records of the tree, holders and keys are made on the way.
-TEST(OutOfMemory, LeavesNoTraceOfAMarginedCheck) {
-    CDerivativeHouse s;
-    const Contract contract{.token = 100, .expiryDate = s.Days(30), .array = {5, -5}};
-    s.File({contract});
-    const std::string before = s.Dump();
-    const OrderSpec order = CDerivativeHouse::SpecOf(contract, kBuy, 10, 100);
-    long allocations = 0;
-    while (!CheckWithin(s, order, allocations)) {
-        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
-        ASSERT_EQ(s.Dump(), before) << "after " << allocations << " allocations";
-        ASSERT_LT(++allocations, 1000);
+TEST(OutOfMemory, LeavesNoTraceOfAMarginedOrder) {
+    for (const bool check : {true, false}) {
+        CDerivativeHouse s(2);
+        const Contract contract{.token = 100, .expiryDate = s.Days(30), .array = {5, -5}};
+        s.File({contract});
+        OrderSpec order = CDerivativeHouse::SpecOf(contract, kBuy, 10, 100);
+        order.messageCode = check ? 2000 : 2222;
+        ExpectWholeOrNotAtAll(s, Sent(s, order, check));
+        EXPECT_EQ(check ? s.Row("-", 0xD).usedMarginOrder : s.Row("-", 0xD).usedMarginTraded, 50.0);
+        if (!check) continue;
+        // A new file that is cut short is finished by another end message.
+        const tagRPFContractRecord doubled =
+            ContractRecord({.token = 100, .expiryDate = s.Days(30), .array = {10, -10}});
+        const tagRPFUnderlyingRecord charges = UnderlyingRecord(kUnderlying, 0, 0);
+        s.RiskMessage(28006, kMaskNseDerivatives, &charges, sizeof charges);
+        s.RiskMessage(28009, kMaskNseDerivatives, &doubled, sizeof doubled);
+        CutShort([&s] { return s.RiskMessage(28002, kMaskNseDerivatives) == kDone; }, [](bool) {});
+        for (const char* entity : {"C1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
     }
-    EXPECT_EQ(s.Row("-", 0xD).usedMarginOrder, 50.0);
-    // The same for a new file: cut short, it is finished by another end message.
-    const tagRPFContractRecord doubled = ContractRecord({.token = 100, .expiryDate = s.Days(30), .array = {10, -10}});
-    const tagRPFUnderlyingRecord charges = UnderlyingRecord(kUnderlying, 0, 0);
-    s.RiskMessage(28006, kMaskNseDerivatives, &charges, sizeof charges);
-    s.RiskMessage(28009, kMaskNseDerivatives, &doubled, sizeof doubled);
-    for (long done = 0, left = 0; !done; ++left) {
-        ASSERT_LT(left, 100);
-        allocationsLeft = left;
-        try {
-            done = s.RiskMessage(28002, kMaskNseDerivatives) == kDone;
-        } catch (const std::bad_alloc&) {
-        }
-        allocationsLeft = -1;
-    }
-    for (const char* entity : {"C1", "D1", "G1", "-"}) EXPECT_EQ(s.Row(entity, 0xD).usedMarginOrder, 100.0) << entity;
-}
-
-using Road = void (*)(CSurveillanceManager&, tagSurveillanceInfo&, CPtrList& rows);
-void TakeEvent(CSurveillanceManager& manager, tagSurveillanceInfo& request, CPtrList& rows) {
-    manager.UpdateSurveillance(request, nullptr, &rows, false);
-}
-void TakeCheck(CSurveillanceManager& manager, tagSurveillanceInfo& request, CPtrList& rows) {
-    tagOrdErrMessage error{};
-    short status = 0;
-    manager.CheckSurveillance(request, error, status, {&rows, nullptr}, false);
-    EXPECT_EQ(status, status::kPass) << error.errorText;
-}
-
-/// Lets the call have one allocation more each time until it is done; cut short, it leaves all as before.
-void ExpectWholeOrNotAtAll(CScenario& s, const OrderSpec& spec, Road road) {
-    const std::string before = s.Dump();
-    long allocations = 0;
-    for (bool done = false; !done; ++allocations) {
-        ASSERT_LT(allocations, 1000);
-        std::vector<char> buffer = MakeRequest(spec);
-        CPtrList rows;
-        allocationsLeft = allocations;
-        try {
-            road(*s.library.manager, *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()), rows);
-            done = true;
-        } catch (const std::bad_alloc&) {
-        }
-        allocationsLeft = -1;
-        s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<BKSurveillanceLimitDefTag>(rows);
-        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
-        ASSERT_EQ(s.Dump() == before, !done) << "after " << allocations << " allocations";
-    }
-    EXPECT_GT(allocations, 8) << "the rows handed out alone";
 }
 
 TEST(OutOfMemory, AnEventOrAConversionEntersWholeOrNotAtAll) {
@@ -139,19 +129,12 @@ TEST(OutOfMemory, AnEventOrAConversionEntersWholeOrNotAtAll) {
         CScenario s({.positionMode = mode});
         for (const int mask : {2, 3}) s.House(static_cast<std::int16_t>(mask));
         s.library.context.stores.isinByNseToken.FindOrMake(2885) = "INE002A01018";
-        ExpectWholeOrNotAtAll(s, trade, &TakeEvent);
-        ExpectWholeOrNotAtAll(s, delivery, &TakeEvent);
-        ExpectWholeOrNotAtAll(s, conversion, &TakeCheck);
-        ExpectWholeOrNotAtAll(s, conversion, &TakeEvent);
+        for (const auto& [order, check] :
+             {std::pair{trade, false}, {delivery, false}, {conversion, true}, {conversion, false}}) {
+            EXPECT_GE(ExpectWholeOrNotAtAll(s, Sent(s, order, check)), 8) << "the rows handed out alone";
+        }
         EXPECT_EQ(s.Held("C1", Period::kExpiry)->data.tradedBuyQty, 0) << "two halves of 100 are deliveries now";
     }
-    CDerivativeHouse s(2);
-    const Contract contract{.token = 100, .expiryDate = s.Days(30), .array = {5, -5}};
-    s.File({contract});
-    OrderSpec future = CDerivativeHouse::SpecOf(contract, kBuy, 10, 100);
-    future.messageCode = 2222;
-    ExpectWholeOrNotAtAll(s, future, &TakeEvent);
-    EXPECT_EQ(s.Row("-", 0xD).usedMarginTraded, 50.0);
 }
 
 /// The host is told, and nothing else happens.
@@ -163,21 +146,16 @@ TEST(OutOfMemory, IsToldByTheExportedEvent) {
                   nullptr);
     ASSERT_EQ(InitializeSurvManager(nullptr, nullptr, 0, 0, 0, 0, 0, 0, 0, nullptr, nullptr, nullptr), 0);
     for (const char* entity : {"-", "G1", "D1", "C1"}) {
-        BKSurveillanceLimitDefTag row = EmptyLimit(entity, 3);
+        LimitRow row = EmptyLimit(entity, 3);
         ASSERT_EQ(AddSurvLimits(&row, nullptr), 0);
     }
-    long allocations = 0;
-    for (short result = -1; result != 0; ++allocations) {
-        ASSERT_LT(allocations, 1000);
-        std::vector<char> buffer = MakeRequest({.messageCode = 2222});
-        CPtrList rows;
-        allocationsLeft = allocations;
-        result = UpdateSurveillance(reinterpret_cast<tagSurveillanceInfo*>(buffer.data()), nullptr, &rows, nullptr, 0);
-        allocationsLeft = -1;
-        FreeRows<BKSurveillanceLimitDefTag>(rows);
-        ASSERT_EQ(told, allocations + (result == 0 ? 0 : 1));
-    }
-    BKSurveillanceLimitDefTag row = EmptyLimit("C1", 3);
+    std::vector<char> buffer = MakeRequest({.messageCode = 2222});
+    auto* request = reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
+    CPtrList rows;
+    const long failures = CutShort([&] { return UpdateSurveillance(request, nullptr, &rows, nullptr, 0) == 0; },
+                                 [&rows](bool) { FreeRows<LimitRow>(rows); });
+    EXPECT_EQ(told, failures);
+    LimitRow row = EmptyLimit("C1", 3);
     ASSERT_EQ(GetSurveillancePositions(&row), 0);
     EXPECT_EQ(row.usedNetPositionTraded, 2'500'000.0) << "taken in once";
     CleanupSurvManager();
@@ -195,28 +173,24 @@ TEST(OutOfMemory, ATouchlineCutShortIsTakenUpByTheNext) {
         s.Start(mode, 1);
         tagBcastMBOOrMBPTouchline touchline{};
         touchline.exchange = kMaskNseCash, touchline.token = 2885, touchline.lastTradedPrice = 25000;
-        long allocations = 0;
-        for (bool done = false; !done; ++allocations) {
-            ASSERT_LT(allocations, 100);
-            touchline.lastTradedPrice -= 10;
-            CPtrList rows;
-            allocationsLeft = allocations;
-            try {
+        CPtrList rows;
+        const long failures = CutShort(
+            [&] {
+                touchline.lastTradedPrice -= 10;
                 s.Manager().AddAndComputeMTM(touchline, CSurveillanceManager::Marking::kWanted, &rows);
-                done = true;
-            } catch (const std::bad_alloc&) {
-            }
-            allocationsLeft = -1;
-            s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<LimitRow>(rows);
-            for (const char* entity : {"C1", "C2"}) {
-                const double mtm = 100.0 * (s.Held(entity, Period::kExpiry)->data.lastPrice - 25000);
-                for (const int mask : {3, 0x13})
-                    EXPECT_EQ(s.Row(entity, static_cast<std::int16_t>(mask)).usedMtmFull, mtm);
-            }
-            s.Touch(kMaskNseCash, 2885, touchline.lastTradedPrice);
-            EXPECT_EQ(s.Row("C2", 3).usedMtmFull, 100.0 * (touchline.lastTradedPrice - 25000));
-        }
-        EXPECT_GE(allocations, 4);
+                return true;
+            },
+            [&](bool) {
+                s.library.context.settings.RowsAreLive() ? ForgetRows(rows) : FreeRows<LimitRow>(rows);
+                for (const char* entity : {"C1", "C2"}) {
+                    const double mtm = 100.0 * (s.Held(entity, Period::kExpiry)->data.lastPrice - 25000);
+                    EXPECT_EQ(s.Row(entity, 3).usedMtmFull, mtm);
+                    EXPECT_EQ(s.Row(entity, 0x13).usedMtmFull, mtm);
+                }
+                s.Touch(kMaskNseCash, 2885, touchline.lastTradedPrice);
+                EXPECT_EQ(s.Row("C2", 3).usedMtmFull, 100.0 * (touchline.lastTradedPrice - 25000));
+            });
+        EXPECT_GE(failures, 3);
     }
 }
 
@@ -229,36 +203,20 @@ TEST(OutOfMemory, APositionRowEntersWholeOrNotAtAll) {
     tagOrderInfoForSurv order;
     FillExposureValuesToOrderInfo(row, order);
     order.scripInfo = s.library.context.stores.FindOrMakeScrip(row, order);
-    const std::string before = s.Dump();
-    for (long allocations = 0, done = 0; !done; ++allocations) {
-        ASSERT_LT(allocations, 1000);
-        allocationsLeft = allocations;
-        try {
-            done = root.AddPositionRow(row, order) == kDone;
-        } catch (const std::bad_alloc&) {
-        }
-        allocationsLeft = -1;
-        ASSERT_TRUE(s.library.context.undo.Empty()) << allocations;
-        ASSERT_EQ(s.Dump() == before, done == 0) << allocations;
-    }
+    ExpectWholeOrNotAtAll(s, [&] { return root.AddPositionRow(row, order) == kDone; });
     EXPECT_EQ(root.FindClientBook()->totals.Find(ProductGroup::kNormal, 9)->data.tradedBuyQty, 100);
 }
 
 TEST(OutOfMemory, ALimitIsAddedWholeOrNotAtAll) {
     CScenario s({.positionMode = 2});
     for (const char* code : {"A", "B", "C", "D", "E", "F", "G", "H"}) s.Limit(code, 3);
-    const std::string before = s.Dump();
-    bool done = false;
-    for (long allocations = 0; !done; ++allocations) {
-        ASSERT_LT(allocations, 100);
-        BKSurveillanceLimitDefTag row = EmptyLimit("I", 3);  // the ninth: look-ups need an index now
-        tagAdminErrMessage error{};
-        allocationsLeft = allocations;
-        done = s.library.manager->AddSurvLimits(row, &error) == kDone;
-        allocationsLeft = -1;
-        ASSERT_EQ(s.Dump() == before, !done) << allocations;
-        ASSERT_EQ(FieldText(error.errorText), done ? "" : "Not enough memory (CSurveillanceInfo::AddSurvLimits)");
-    }
+    tagAdminErrMessage error{};
+    ExpectWholeOrNotAtAll(s, [&] {
+        LimitRow row = EmptyLimit("I", 3);  // the ninth: look-ups need an index now
+        const bool done = s.library.manager->AddSurvLimits(row, &error) == kDone;
+        EXPECT_TRUE(done || FieldText(error.errorText) == "Not enough memory (CSurveillanceInfo::AddSurvLimits)");
+        return done;
+    });
     EXPECT_EQ(s.library.manager->categoriesByPeriod.Find(0)->Size(), 9);
 }
 
@@ -266,20 +224,11 @@ TEST(OutOfMemory, ALimitIsAddedWholeOrNotAtAll) {
 TEST(OutOfMemory, RowsOfAStartCountOnceHoweverOftenItIsRepeated) {
     for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
         CPtrList limits, exposures;
-        for (const char* code : {"C1", "D1", "C2"}) limits.AddTail(new BKSurveillanceLimitDefTag(EmptyLimit(code, 3)));
+        for (const char* code : {"C1", "D1", "C2"}) limits.AddTail(new LimitRow(EmptyLimit(code, 3)));
         for (const char* code : {"C1", "D1"}) exposures.AddTail(new BKExposureTag(PositionRow(code, 3, 100)));
         CScenario s({.positionMode = mode});
-        long allocations = 0;
-        for (bool done = false; !done; ++allocations) {
-            ASSERT_LT(allocations, 1000);
-            allocationsLeft = allocations;
-            try {
-                done = s.library.manager->Initialize({.limits = &limits, .exposures = &exposures}) == kDone;
-            } catch (const std::bad_alloc&) {  // the exported start tells of it
-            }
-            allocationsLeft = -1;
-        }
-        EXPECT_GT(allocations, 10);
+        const LoadLists lists{.limits = &limits, .exposures = &exposures};
+        EXPECT_GT(CutShort([&] { return s.library.manager->Initialize(lists) == kDone; }, [](bool) {}), 9);
         EXPECT_NE(s.library.manager->FindCategory("C2"), nullptr);
         for (const char* code : {"C1", "D1"}) {
             EXPECT_EQ(s.Held(code, Period::kExpiry)->data.tradedBuyQty, 100) << code;
@@ -302,14 +251,11 @@ TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {
         list.AddTail(&row);
     }
     CPtrList shown;
-    for (long allocations = 0, done = 0; !done; ++allocations) {
-        ASSERT_LT(allocations, 100);
-        allocationsLeft = allocations;
-        done = s.library.manager->InitializeDPPositionInfo(nullptr, &list, nullptr) == kDone;
-        allocationsLeft = -1;
-        s.library.manager->GetDPPositionInfoFromDll(0, "", "ALL", &shown);
-        ASSERT_EQ(shown.GetCount(), done ? 2 : 0) << allocations;
-    }
+    CutShort([&] { return s.library.manager->InitializeDPPositionInfo(nullptr, &list, nullptr) == kDone; },
+             [&](bool done) {
+                 s.library.manager->GetDPPositionInfoFromDll(0, "", "ALL", &shown);
+                 ASSERT_EQ(shown.GetCount(), done ? 2 : 0);
+             });
     EXPECT_EQ(static_cast<tagDPHolding*>(shown.GetHeadPosition()->element)->holdingQty, 100) << "counted once";
     FreeRows<tagDPHolding>(shown);
 }
@@ -346,14 +292,7 @@ TEST(OutOfMemory, AScreenGivesAllItsRowsOrNone) {
         };
         for (const auto& [name, rows, ask] : screens) {
             SCOPED_TRACE(name);
-            short answer = kNotDone;
-            for (long allocations = 0; answer != kDone; ++allocations) {
-                ASSERT_LT(allocations, 100);
-                ASSERT_TRUE(shown.IsEmpty());
-                allocationsLeft = allocations;
-                answer = ask();
-                allocationsLeft = -1;
-            }
+            CutShort([&ask = ask] { return ask() == kDone; }, [&](bool done) { ASSERT_TRUE(done || shown.IsEmpty()); });
             EXPECT_EQ(shown.GetCount(), rows);
             const std::string_view kind = name;
             if (kind.starts_with("limits")) {
@@ -392,12 +331,12 @@ TEST(OutOfMemory, TheDeskChangesAllOrNothing) {
     const std::tuple<const char*, bool (*)(CScenario&)> calls[]{
         {"a row of a new entity",
          [](CScenario& s) {
-             BKSurveillanceLimitDefTag row = EmptyLimit("C9", 3);
+             LimitRow row = EmptyLimit("C9", 3);
              return s.library.manager->AddSurvLimits(row, nullptr) == kDone;
          }},
         {"another row",
          [](CScenario& s) {
-             BKSurveillanceLimitDefTag row = EmptyLimit("C1", 3, 1660);
+             LimitRow row = EmptyLimit("C1", 3, 1660);
              return s.library.manager->AddSurvLimits(row, nullptr) == kDone;
          }},
         {"a preference",
@@ -427,17 +366,8 @@ TEST(OutOfMemory, TheDeskChangesAllOrNothing) {
         }
         ASSERT_TRUE(call(control));
         const std::string before = s.Dump(), after = RowsOf(control);
-        bool done = false;
-        for (long allocations = 0; !done; ++allocations) {
-            ASSERT_LT(allocations, 100);
-            allocationsLeft = allocations;
-            try {
-                done = call(s);
-            } catch (const std::bad_alloc&) {
-            }
-            allocationsLeft = -1;
-            ASSERT_TRUE(done ? RowsOf(s) == after : s.Dump() == before) << "after " << allocations << " allocations";
-        }
+        CutShort([&s, &call = call] { return call(s); },
+                 [&](bool done) { ASSERT_TRUE(done ? RowsOf(s) == after : s.Dump() == before); });
     }
 }
 
@@ -468,12 +398,7 @@ TEST(OutOfMemory, ASecondStartFinishesTheFirst) {
                 positions.AddTail(row);
                 positions.AddTail(new BKExposureTag(PositionRow("C1", mask, -50)));
             }
-            allocationsLeft = allocations;
-            try {
-                done = s.library.Start(settings, lists) == kDone;
-            } catch (const std::bad_alloc&) {
-            }
-            allocationsLeft = -1;
+            done = Within(allocations, [&] { return s.library.Start(settings, lists) == kDone; });
             if (!done) {
                 ASSERT_EQ(s.library.Start(settings, lists), kDone) << "after " << allocations << " allocations";
             }

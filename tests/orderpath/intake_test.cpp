@@ -14,15 +14,10 @@ struct Reading {
     std::vector<char> buffer;
     SurvContext context;
     OrderIntake intake;
-    bool read = false;
 
-    explicit Reading(const OrderSpec& spec, const std::function<void(tagOrderRequest&)>& edit = {},
-                     OrderRoad road = OrderRoad::kCheck)
-        : buffer(MakeRequest(spec)) {
+    explicit Reading(const OrderSpec& spec, OrderRoad road = OrderRoad::kCheck) : buffer(MakeRequest(spec)) {
         intake.view = ViewRequest(Head());
-        if (edit) edit(*intake.view.order);
-        read = ReadRequest(Head(), context, road, intake);
-        FillCheckEvent(intake);
+        static_cast<void>(ReadRequest(Head(), context, road, intake));
     }
     tagSurveillanceInfo& Head() { return *reinterpret_cast<tagSurveillanceInfo*>(buffer.data()); }
 };
@@ -46,9 +41,7 @@ TEST(Intake, LevelTypesFollowTheirRulesInTurn) {
         {"as they are", 0, 2, 12, 11, 1, "2 12 11", "G1"},
         {"client without a group", 0, 6, 12, 11, 1, "6 12 -1", ""},
         {"dealer 1 alone", 1, 255, 255, 11, 1, "1 255 11", "G1"},
-        {"dealer 5 alone", 5, 255, 255, 6, 1, "5 255 6", "G1"},
         {"group of type 6 alone", 0, 255, 255, 6, 1, "6 255 -1", ""},
-        {"group of type 6 with a client", 0, 2, 255, 6, 1, "2 255 6", "G1"},
         {"group of type 6 under another dealer", 7, 255, 255, 6, 1, "255 255 6", ""},
         {"own account", 4, 255, 12, 11, 2, "-1 -1 -1", ""},
     };
@@ -80,7 +73,7 @@ TEST(Intake, TypesThreeAndFiveNarrowTheLevelsOffMcx) {
     for (const auto& c : cases) {
         for (const auto& [road, kept] : {std::pair{OrderRoad::kCheck, 0xC8}, std::pair{OrderRoad::kUpdate, 0xE8}}) {
             Reading reading(
-                {.exchangeMask = c.mask, .dealerType = c.dealer, .clientType = c.client, .levelCheckFlags = 0xFF}, {},
+                {.exchangeMask = c.mask, .dealerType = c.dealer, .clientType = c.client, .levelCheckFlags = 0xFF},
                 road);
             EXPECT_EQ(reading.intake.updateAllLevels, !c.narrow) << c.name;
             EXPECT_EQ(reading.Head().levelCheckFlags, c.narrow ? kept : 0xFF) << c.name;
@@ -90,57 +83,11 @@ TEST(Intake, TypesThreeAndFiveNarrowTheLevelsOffMcx) {
 
 TEST(Intake, OnlyOrdersAndTheirChangesConvert) {
     std::string converting;
-    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2012, 2040, 2042, 2075, 2076, 2150, 2155,
-                                                                       2156, 2222, 2231, 9002, 30160, 31000}) {
+    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2012, 2040, 2042, 2075, 2150, 2155, 2156,
+                                                                       2222, 30160, 31000}) {
         if (ProductTypeOf(product::kConvertToMargin, code) != product::kNone) converting += Row(code) + " ";
     }
     EXPECT_EQ(converting, "2000 2012 2040 2150 2155 2156 30160 ");
-}
-
-TEST(Intake, QuantitiesAndPricesOfEachEvent) {
-    // The record says 150 at 24000, legs at 11 and 12; the stored order or trade 100 at 25000.
-    const struct {
-        const char* name;
-        std::int16_t code;
-        std::int32_t product;
-        std::int16_t leg;
-        bool stored;
-        const char* event;  // kind, quantity and price, those before
-        const char* legs;   // prices and quantity
-    } cases[] = {
-        {"new", 2000, 1, 0, true, "1 150 24000 0 0", "0 0 0"},
-        {"change", 2040, 1, 0, true, "1 150 24000 100 25000", "0 0 0"},
-        {"without a price", 30160, 1, 0, true, "1 150 0 0 0", "0 0 0"},
-        {"modified trade", 5445, 0, 0, true, "3 150 24000 100 25000", "0 0 0"},
-        {"two legs", 2000, 4, 0, true, "1 150 24000 0 0", "11 24000 150"},
-        {"first leg", 2000, 4, 1, true, "1 150 24000 0 0", "11 12 0"},
-        {"second leg", 2150, 4, 2, true, "1 150 24000 0 0", "11 24000 150"},
-        {"first leg changed", 2040, 4, 1, true, "8 150 24000 100 25000", "0 0 0"},
-        {"second leg changed", 2040, 4, 2, true, "8 150 24000 100 25000", "11 24000 150"},
-    };
-    for (const auto& c : cases) {
-        for (const std::int16_t side : {kBuy, kSell}) {
-            SCOPED_TRACE(testing::Message() << c.name << ", side " << side);
-            const OrderSpec spec{.messageCode = c.code,
-                                 .buySell = side,
-                                 .quantity = 150,
-                                 .price = 24000,
-                                 .productType = c.product,
-                                 .hasStored = c.stored,
-                                 .storedQuantity = 100,
-                                 .storedPrice = 25000};
-            const auto edit = [&c](tagOrderRequest& record) {
-                record.marginPlusLeg = c.leg;
-                record.firstLegPrice = 11, record.secondLegPrice = 12, record.triggerPrice = 13;
-            };
-            const bool correction = c.product == 0;
-            const Reading reading = correction ? Reading(spec) : Reading(spec, edit);
-            const tagOrderInfoForSurv& o = reading.intake.order;
-            EXPECT_EQ(Row(o.orderEventKind, o.quantity, o.price, o.prevQuantity, o.prevPrice), c.event);
-            EXPECT_EQ(Row(o.firstLegPrice, o.secondLegPrice, o.firstLegQuantity), c.legs);
-            EXPECT_EQ(Row(o.buySell, o.productType, o.triggerPrice), Row(side, c.product, correction ? 0 : 13));
-        }
-    }
 }
 
 TEST(Intake, ACorrectionShowsTheClientOfItsSideAndTheAccountOfTheStoredOrder) {
@@ -168,10 +115,9 @@ TEST(Intake, NcdexPricesAreScaledAndRoundedHalfUp) {
         std::int16_t segment;
         std::int32_t multiplier, price, scaled, strike, scaledStrike;
     } cases[] = {
-        {"one", 8, 10000, 16777217, 16777217, 3, 3}, {"half up", 8, 15000, 3, 5, 1, 2},
-        {"below half down", 8, 12000, 2, 2, 0, 0},   {"no strike", 8, 20000, 7, 14, -4, -4},
-        {"no multiplier", 8, 0, 7, 7, 3, 3},         {"negative multiplier", 8, -20000, 7, 7, 3, 3},
-        {"another market", 7, 20000, 7, 7, 3, 3},    {"beyond the field", 8, 20000, kMax, kMax, 3, 6},
+        {"half up", 8, 15000, 3, 5, 1, 2},        {"below half down", 8, 12000, 2, 2, 0, 0},
+        {"no strike", 8, 20000, 7, 14, -4, -4},   {"no multiplier", 8, 0, 7, 7, 3, 3},
+        {"another market", 7, 20000, 7, 7, 3, 3}, {"beyond the field", 8, 20000, kMax, kMax, 3, 6},
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order;

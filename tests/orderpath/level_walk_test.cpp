@@ -16,12 +16,10 @@ constexpr double kHundred = 100 * 25000.0;  // value of an order
 struct LevelOfHouse {
     const char* code;
     const char* parent;  // of its accounts
-    std::int16_t type;
-    std::uint8_t checkFlag;
 };
 /// From the lowest to the root.
-constexpr LevelOfHouse kLevels[] = {{"S1", "C1", 12, 1 << 5}, {"C1", "G1", 2, 1 << 4},  {"F1", "G1", 8, 1 << 3},
-                                    {"D1", "G1", 0, 1 << 2},  {"G1", "G1", 11, 1 << 1}, {"-", "G1", -1, 0}};
+constexpr LevelOfHouse kLevels[] = {{"S1", "C1"}, {"C1", "G1"}, {"F1", "G1"},
+                                    {"D1", "G1"}, {"G1", "G1"}, {"-", "G1"}};
 
 /// Six levels with a daily row, a settlement row and a settlement row of the scrip each, and 100 shares bought.
 class CSixLevels : public CScenario {
@@ -36,8 +34,8 @@ class CSixLevels : public CScenario {
         EXPECT_TRUE(Check(Order()).Passed());
     }
     static OrderSpec Order() { return {.family = "F1", .subClient = "S1", .groupType = 11, .subClientType = 12}; }
-    /// The level refuses an order of 100 at the last of its rows, or no longer does.
-    void Refuse(const char* entity, std::int32_t limit = 50) { Row(entity, 3, kToken).maxSingleOrderQty = limit; }
+    /// The level refuses an order of 100 at the last of its rows.
+    void Refuse(const char* entity) { Row(entity, 3, kToken).maxSingleOrderQty = 50; }
     double Pending(const char* entity) { return Row(entity, 3).usedPendingOrder; }
     /// Of each level from the lowest, in orders of 100: pending in its row, held, and held by the account.
     std::string State() {
@@ -72,21 +70,6 @@ TEST(LevelWalk, RowsGoToTheHostLevelByLevelLiveOrAsCopies) {
         EXPECT_EQ(rows,
                   "G1:2/-9 G1:3/-9 G1:3/2885 D1:2/-9 D1:3/-9 D1:3/2885 C1:2/-9 C1:3/-9 C1:3/-95 C1:3/2885 "
                   "S1:2/-9 S1:3/-9 S1:3/2885 F1:2/-9 F1:3/-9 F1:3/2885 -:2/-9 -:3/-9 -:3/2885 ");
-    }
-}
-
-TEST(LevelWalk, ALevelThatIsNotCheckedTakesTheOrderIn) {
-    for (const LevelOfHouse& level : kLevels) {
-        SCOPED_TRACE(level.code);
-        CSixLevels s;
-        s.Refuse(level.code);
-        OrderSpec order = CSixLevels::Order();
-        const bool root = level.checkFlag == 0;  // it has no flag: it is checked when all others aren't
-        order.levelCheckFlags = static_cast<std::uint8_t>(root ? 0 : 62 & ~level.checkFlag);
-        const Answer answer = s.Check(order);
-        EXPECT_EQ(answer.Passed(), !root);
-        EXPECT_EQ(answer.limitRows.size(), root ? 0U : 18U);
-        EXPECT_EQ(s.State(), root ? "2/1/2 2/1/2 2/1/2 2/1/2 2/1/2 1/1/1 " : "2/2/2 2/2/2 2/2/2 2/2/2 2/2/2 2/2/2 ");
     }
 }
 
@@ -130,11 +113,6 @@ TEST(LevelWalk, AProbeReportsEveryBreachAndKeepsNothing) {
     EXPECT_EQ(answer.errorCode, code::kOrderValue);
     EXPECT_TRUE(s.Dump() == before);
 
-    s.Row("F1", 3, kToken).maxSingleOrderValue = s.Row("S1", 3, kToken).netQuantityLimit = -1;
-    answer = s.Probe(order);
-    EXPECT_EQ(Text(answer.probeRows), "S1:2/-9=64,0 S1:3/-9=0,2 C1:3/-9=0,2 D1:3/-9=0,2 -:3/-9=0,2 ");
-    EXPECT_EQ(Text(answer.rollbackRows), "D1:3/-9=0,2 C1:3/-9=0,2 S1:2/-9=64,0 S1:3/-9=0,2 -:3/-9=0,2 ");
-
     order.quantity = 1, order.levelCheckFlags = 0;
     const std::string unlimited = s.Dump();
     answer = s.Probe(order);
@@ -159,19 +137,13 @@ TEST(LevelWalk, OneEntityAtTwoLevelsCountsTwiceAndIsHandedOutOnce) {
     OrderSpec order = CSixLevels::Order();
     order.group = "D1";
     s.Row("D1", 3).pendingOrderLimit = 3 * kHundred - 1;
-    std::string before = s.Dump();
+    const std::string before = s.Dump();
     Answer answer = s.Check(order);
     EXPECT_EQ(answer.errorCode, code::kPendingOrder);
     EXPECT_EQ(answer.failedLevelType, 11) << "as a group";
     EXPECT_TRUE(s.Dump() == before);
 
     s.Row("D1", 3).pendingOrderLimit = 3 * kHundred;
-    s.Refuse("-");
-    before = s.Dump();
-    EXPECT_EQ(s.Check(order).failedLevelCode, "-");
-    EXPECT_TRUE(s.Dump() == before);
-
-    s.Refuse("-", -1);
     answer = s.Check(order);
     EXPECT_TRUE(answer.Passed()) << answer.text;
     EXPECT_EQ(s.Pending("D1"), 3 * kHundred);
@@ -179,18 +151,6 @@ TEST(LevelWalk, OneEntityAtTwoLevelsCountsTwiceAndIsHandedOutOnce) {
     EXPECT_EQ(s.HeldBy("D1", Period::kExpiry, "D1", "C1")->data.orderBuyQty, 200);
     const auto ofDealer = [](const LimitRow& row) { return FieldText(row.entityCode) == "D1"; };
     EXPECT_EQ(std::count_if(answer.limitRows.begin(), answer.limitRows.end(), ofDealer), 3);
-}
-
-TEST(LevelWalk, AnOwnAccountOrderPassesItsClientsBy) {
-    CSixLevels s;
-    for (const char* entity : {"S1", "C1"}) s.Refuse(entity);
-    OrderSpec order = CSixLevels::Order();
-    order.proClient = 2;
-    EXPECT_TRUE(s.Check(order).Passed());
-    EXPECT_EQ(s.State(), "1/1/1 1/1/1 2/2/1 2/2/1 2/2/1 2/2/1 ");
-    for (const char* entity : {"F1", "D1", "G1", "-"}) {
-        EXPECT_EQ(s.HeldBy(entity, Period::kExpiry, "", "*****")->data.orderBuyQty, 100) << entity;
-    }
 }
 
 TEST(LevelWalk, ANarrowOrderMovesOnlyLevelsThatFollowIt) {
@@ -201,64 +161,48 @@ TEST(LevelWalk, ANarrowOrderMovesOnlyLevelsThatFollowIt) {
         s.Refuse("-");  // isn't asked
         OrderSpec order = CSixLevels::Order();
         order.clientType = 3;
-        Answer answer = s.Check(order);
+        const Answer answer = s.Check(order);
         EXPECT_EQ(answer.levelCheckFlags, 1 << 3);
         EXPECT_EQ(answer.limitRows.size(), 3U) << "of the client";
         // The family is checked, but keeps the order only where its limits are those of a family. The group's type in
         // the order keeps its rows still, the level of its limits moves what it holds. Accounts take everything.
         EXPECT_EQ(s.State(), "1/1/2 2/2/2 1/1/2 1/1/2 1/2/2 1/1/2 ");
 
-        s.library.manager->FindCategory("F1")->lastLevel = 8;
-        answer = s.Check(order);
-        EXPECT_EQ(answer.limitRows.size(), 6U);
-        EXPECT_EQ(s.State(), "1/1/3 3/3/3 2/2/3 1/1/3 1/3/3 1/1/3 ");
         // Where the house aggregates, such clients are kept apart at the root.
         const auto& apart = s.library.manager->FindCategory("-")->Book(Period::kDaily).clientLevelExposures;
         const CSurvPosition* position = apart.Find({kMaskNseCash, PositionFamily::kPlain, kToken});
-        EXPECT_EQ(position ? position->data.orderBuyQty : 0, mode == 2 ? 200 : 0);
+        EXPECT_EQ(position ? position->data.orderBuyQty : 0, mode == 2 ? 100 : 0);
     }
 }
 
-TEST(LevelWalk, AnAcceptedOrderStandsAtEveryLevelInBothPeriodsInPlaceOfTheStoredOne) {
-    CSixLevels s;
-    s.Market(kMaskNseCash, kToken, 24900, 25100, 25000, 25000);
-    const struct {
-        const char* name;
-        std::int32_t storedQuantity, storedPrice, quantity, price, held;
-        double pending;
-    } changes[] = {
-        {"more, cheaper", 100, 25000, 150, 24000, 150, 150 * 24000},
-        {"taken back in full", 150, 24000, 0, 24000, 0, 0},
-        {"at market", 0, 0, 100, 0, 100, 100 * 25100},
-        {"stored at market: out at the price it came in at", 100, 0, 20, 24000, 20, 20 * 24000},
-    };
-    for (const auto& c : changes) {
-        SCOPED_TRACE(c.name);
-        OrderSpec change = CSixLevels::Order();
-        change.messageCode = 2040;
-        change.quantity = c.quantity, change.price = c.price;
-        change.hasStored = true;
-        change.storedQuantity = c.storedQuantity, change.storedPrice = c.storedPrice;
-        const Answer answer = s.Check(change);
-        EXPECT_TRUE(answer.Passed());
-        EXPECT_EQ(answer.text + answer.failedLevelCode, "");
-        EXPECT_EQ(answer.failedLevelType, -1);
-        for (const LevelOfHouse& level : kLevels) {
-            SCOPED_TRACE(level.code);
-            for (const Period period : {Period::kDaily, Period::kExpiry}) {
-                for (const auto* held :
-                     {s.Held(level.code, period), s.HeldBy(level.code, period, level.parent, "C1")}) {
-                    ASSERT_NE(held, nullptr);
-                    EXPECT_EQ(held->data.orderBuyQty, c.held);
-                    EXPECT_EQ(held->data.orderBuyValue, c.pending);
-                    EXPECT_EQ(held->data.tradedBuyQty, 0);
-                }
-            }
-            EXPECT_EQ(s.Pending(level.code), c.pending);
-            EXPECT_EQ(s.Row(level.code, 2).usedMaxGross, c.pending);
-            EXPECT_EQ(s.Row(level.code, 3, kToken).grossUsedNetOrder, c.pending);
-        }
-    }
+const CClientBook& BookOf(CScenario& s, std::string_view entity) {
+    return s.library.manager->FindCategory(entity)->ClientBook();
+}
+
+/// Bought by order in the index of clients; -1: not there.
+double Indexed(CScenario& s, std::string_view entity, Period period, std::string_view account) {
+    const auto* holders =
+        BookOf(s, entity).Of(period).positions.scrips.Find({kMaskNseCash, PositionFamily::kPlain, 2885});
+    const CClientPosition* holder = holders ? holders->Find(account) : nullptr;
+    return holder ? static_cast<double>(holder->position.data.orderBuyQty) : -1;
+}
+
+TEST(LevelWalk, ALevelThatIsOnlyUpdatedMovesPositionsByClientInPlace) {
+    CScenario s({.positionMode = 2});
+    s.library.context.settings.orderBasedPosition = 1;
+    s.House(3);
+    OrderSpec order;
+    order.levelCheckFlags = 0b0000'0110;  // group and dealer are checked, the client takes it in
+    s.Row("D1", 3).maxSingleOrderQty = 50;
+    EXPECT_FALSE(s.Check(order).Passed());
+    EXPECT_EQ(Indexed(s, "C1", Period::kExpiry, "G1|C1"), 100) << "kept after the refusal";
+    EXPECT_EQ(BookOf(s, "C1").totals.Find(ProductGroup::kNormal, 2)->data.orderBuyQty, 100);
+    EXPECT_EQ(BookOf(s, "C1").totals.Find(ProductGroup::kNormal, 3)->data.orderBuyQty, 100);
+    EXPECT_EQ(BookOf(s, "D1").Of(Period::kExpiry).lists.Of(ProductGroup::kNormal).size(), 0);
+    s.Row("D1", 3).maxSingleOrderQty = kNoLimitQuantity;
+    ASSERT_TRUE(s.Check(order).Passed());
+    EXPECT_EQ(Indexed(s, "C1", Period::kExpiry, "G1|C1"), 200) << "once an order, not in the commit again";
+    EXPECT_EQ(Indexed(s, "D1", Period::kExpiry, "G1|C1"), 100);
 }
 
 }  // namespace

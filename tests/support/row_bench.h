@@ -60,7 +60,6 @@ struct RowBench {
 
     RuleAnswer Check();
     RuleAnswer Report(tagBreachRow& breach);
-    void Update();
 
  private:
     ScripTrial Trial(CheckMode mode);
@@ -76,9 +75,5 @@ struct RowRefusal {
 };
 /// Judges the bench's order, and reports on it, without the limit and on both sides of it.
 void ExpectRefusal(const RowBench& bench, const RowRefusal& expected);
-
-/// How the used figures of two rows differ, in rupees; neighbours that change alike share the number: "order:
-/// gross,net 250; open: pending -10". The account's own exposures are told only where they aren't the netted ones.
-[[nodiscard]] std::string Changes(const BKSurveillanceLimitDefTag& from, const BKSurveillanceLimitDefTag& to);
 
 }  // namespace surv::test
