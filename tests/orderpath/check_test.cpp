@@ -25,7 +25,6 @@ TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
     } cases[] = {
         {"own side first", 100, 200, 300, 400, 200, 100},
         {"the other side", 100, 0, 300, 400, 100, 100},
-        {"no bid", 0, 200, 300, 400, 200, 200},
         {"last trade", 0, 0, 300, 400, 300, 300},
         {"close", 0, 0, 0, 400, 400, 400},
         {"nothing", 0, 0, 0, 0, 0, 0},
