@@ -18,6 +18,14 @@ TEST(Check, CodesThatDecideBeforeAnythingIsLookedUp) {
     EXPECT_EQ(s.Check({.exchangeMask = 0}).result, -1);
 }
 
+TEST(Check, ACorrectedTradeHasNothingPending) {
+    CScenario s;
+    s.House(5);
+    s.Row("C1", 5).usedPendingOrder = 14'000'00;
+    ASSERT_TRUE(s.Check({.messageCode = 5445, .exchangeMask = kMaskNseDerivatives, .token = 50}).Passed());
+    EXPECT_EQ(s.Row("C1", 5).usedPendingOrder, 0);
+}
+
 TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
     const struct {
         const char* name;
