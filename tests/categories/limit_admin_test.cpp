@@ -173,33 +173,6 @@ TEST(LimitAdmin, AWideRowTakesItsScopeAndStartsWithoutTurnover) {
     EXPECT_EQ(s.Added(3, 2885, 0).grossUsedGrossOrder, 2'500'000);
 }
 
-TEST(LimitAdmin, StoresAreCountedAndLevelsFollowTheLastRow) {
-    CScenario s({.positionMode = 2});
-    const auto levels = [](std::int16_t level, std::int16_t sub) {
-        return [=](LimitRow& row) { row.entityLevel = level, row.subLevel = sub; };
-    };
-    s.Limit("C1", 3, levels(4, -1));
-    s.Limit("C1", 3, levels(7, 2), 500);
-    s.Limit("C1", 0x11, levels(7, 2), 500);  // of one scrip: opens no segment
-    s.Limit("C1", 2, levels(0x82, 6));
-    s.Limit("C1", 5, levels(0x83, 5));
-    LimitRow row = EmptyLimit("C1", 3, 500);
-    row.entityLevel = 9;
-    ASSERT_EQ(s.library.manager->UpdateSurvLimits(row, nullptr), kDone);
-    ASSERT_EQ(s.library.manager->RemoveSurvLimits(row, nullptr), kDone);
-    const CSurveillanceCategory& client = *s.library.manager->FindCategory("C1");
-    EXPECT_EQ(client.Book(Period::kDaily).rowCount, 1);
-    EXPECT_EQ(client.Book(Period::kExpiry).rowCount, 3) << "stores, not rows, and emptied ones too";
-    EXPECT_EQ(client.allSecuritiesMask, 2 + 4);
-    EXPECT_EQ(client.lastLevel, 0x83);
-    EXPECT_EQ(client.secondLevel, 5);
-    EXPECT_EQ(client.definitionLevel, 9);
-
-    const CategoryGroup* group = s.library.manager->categoriesByPeriod.Find(4);
-    ASSERT_NE(group, nullptr) << "filed under its first level";
-    EXPECT_EQ(group->begin()->key.View(), "C1");
-}
-
 TEST(LimitAdmin, AReadRebuildsTheLimitsFromTheFundOfThePreference) {
     constexpr double kFund = 100 + 20, kCollateral = 1000, kCredit = 30000;
     struct Given {

@@ -121,24 +121,16 @@ TEST(Import, AFaultyFileIsRefusedAtItsLine) {
         {"</spanFile>", "", "21: broken XML: the file ends too early"},
         {"<spanFile>", "<html/><spanFile>", "2: this is no risk parameter file: it begins with <html>"},
         {"4.00", "3.00", "2: file format 3.00 is not known, only 4.00"},
-        {"</clearingOrg>", "</clearingOrg><clearingOrg/>", "21: <pointInTime> has a second <clearingOrg>"},
         {"<p>95.1</p>", "", "5: <fut> lacks <p>"},
         {"<p>95.1</p>", "<p>95.1</p>\n<p>95.2</p>", "6: <fut> has a second <p>"},
         {"<p>0</p>", "<p>inf</p>", "13: <p>: \"inf\" is not a number"},
-        {"<p>0</p>", "<p>1e38</p>", "13: <p>: 1e+42 is too large"},
         {"<a>14</a>", "", "7: 15 scenario values, not 16"},
-        {"<a>14</a>", "<a>14</a><a>15</a>", "7: 17 scenario values, not 16"},
         {"<cvf>50</cvf>", "<cvf>0</cvf>", "4: a contract value factor must be above zero"},
         {"20160630", "20160631", "6: <setlDate>: \"20160631\" is no date"},
-        {"AMER", "ASIAN", "9: <exercise>: ASIAN is neither EURO nor AMER"},
-        {"<o>C</o>", "<o>X</o>", "12: <o>: \"X\" is neither C nor P"},
         {"<k>96</k>", "<k>0</k>", "12: <k>: 0 is no strike price"},
         {"<o>C</o><k>96</k>", "<o>P</o><k>96.01</k>", "12: INDEXOFTWELVE 2016-06-30 96.01 put stands twice"},
         {"<oopPf>", "<oofPf/><oopPf>", "8: <oofPf>: instruments of this kind are not known"},
-        {"<pfType>OOP", "<pfType>FUT", "16: the portfolio 2 is linked twice"},
-        {"<cc>CASH</cc>", "<cc>INDEX</cc>", "15: the combined commodity INDEX stands twice"},
         {"<cc>CASH</cc>", "<cc>C\xDDSH</cc>", "14: <cc> holds no code"},
-        {"<val>7</val>", "<val>-7</val>", "17: a charge is below zero"},
         {"<chargeMeth>F", "<chargeMeth>W", "18: a spread is charged by method W, only F (a flat charge) is known"},
     };
     for (const auto& [what, instead, complaint] : cases) {
@@ -256,15 +248,11 @@ TEST(Import, FaultyRatesAreRefusedAtTheirLine) {
         {&ImportVarMargins, kBse, kNone, "532921", "500112", "3: 500112 stands twice"},
         {&ImportVarMargins, kNse, kNone, "10,", "10,", " symbols of NSE need a master (--master)"},
         {&ImportVarMargins, kNse, kEquityMaster, ",3\n", ",4\n", "4: 3 securities, but the control line tells of 4"},
-        {&ImportVarMargins, kNse, kEquityMaster, ",3\n", "\n", "1: the control line tells no count"},
         {&ImportVarMargins, kNse, kEquityMaster, ",18.55", "", "4: 9 cells, not 10"},
-        {&ImportVarMargins, kNse, kEquityMaster, "18.55", "inf", "4: the rate inf will not do"},
         {&ImportVarMargins, kNse, kEquityMaster, "20,NEW", "30,NEW", "4: a line of kind 30 is not known"},
         {&ImportExposureMargins, kExposure, kContracts, "OTM", "ITM", "3: ITM is neither OTH nor OTM"},
-        {&ImportExposureMargins, kExposure, kContracts, "OTM", "OTH", "3: ACC OTH stands twice"},
         {&ImportExposureMargins, kExposure, kContracts, "5.25", "5e9", "3: \"Total applicable ELM%\": 5e9 will not do"},
         {&ImportMcxMargins, kMcx, kNone, "18APR2019", "31APR2019", "2: \"expiry\": 31APR2019 will not do"},
-        {&ImportMcxMargins, kMcx, kNone, "GOLD,05JUN", "CRUDEOIL,18APR", "3: CRUDEOIL 2019-04-18 future stands twice"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.what) + " -> " + c.instead);
@@ -316,13 +304,10 @@ TEST(ImportBhavcopy, EachScripGoesFromItsPreviousCloseToItsClose) {
 
 TEST(ImportBhavcopy, AFaultyDayIsRefusedAtItsLine) {
     const std::tuple<const std::string&, const char*, const char*, const char*> cases[]{
-        {kEquityDay, "SYMBOL", "NAME", "1: no column \"SYMBOL\""},
         {kEquityDay, "SCRIP, BE", "SCRIP, EQ", "3: SCRIP EQ stands twice"},
         {kEquityDay, "209.05", "-209.05", "2: \"PREV_CLOSE\": -209.05 will not do"},
-        {kEquityDay, "209.05", "30000000", "2: \"PREV_CLOSE\": 30000000 will not do"},
         {kEquityDay, "201.42", "0", "2: SCRIP EQ has an open and lacks another price"},
         {kFuturesDay, "FUTSTK360", "OPTSTK360", "2: \"CONTRACT_D\": OPTSTK360ONE26-SEP-2024 will not do"},
-        {kFuturesDay, "26-SEP-2024", "31-SEP-2024", "2: \"CONTRACT_D\": FUTSTK360ONE31-SEP-2024 will not do"},
         {kFuturesDay, "360ONE26-SEP", "26-SEP", "2: \"CONTRACT_D\": FUTSTK26-SEP-2024 will not do"},
     };
     for (const auto& [day, what, instead, complaint] : cases) {
@@ -342,13 +327,9 @@ TEST(ImportMaster, SecuritiesBecomeTokenRecordsWithTheirCloses) {
               R"({"token":7,"exchange":1,"symbol":"ALONGNAMEOFF","series":"GS"}]})"
               "\n");
     EXPECT_EQ(notes.str(), day.name + ": 1 of 2 securities have no close\n");
-    for (const auto& [what, instead, complaint] :
-         {std::tuple{"trading_symbol", "underlying_symbol", "1: this is a master of contracts, not of cash securities"},
-          std::tuple{"2885", "28x5", "2: \"exchange_token\": 28x5 will not do"},
-          std::tuple{"7,ALONGNAMEOFFOURTEEN,GS", "7,SCRIP,EQ", "3: SCRIP EQ stands twice"}}) {
-        const TemporaryFile faulty(With(rows, what, instead), "faulty.csv");
-        EXPECT_EQ(Complaint([&] { ReadSecurityMaster(faulty.name); }), faulty.name + ":" + complaint);
-    }
+    const TemporaryFile faulty(With(rows, "trading_symbol", "underlying_symbol"), "faulty.csv");
+    EXPECT_EQ(Complaint([&] { ReadSecurityMaster(faulty.name); }),
+              faulty.name + ":1: this is a master of contracts, not of cash securities");
 }
 
 }  // namespace

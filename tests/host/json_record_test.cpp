@@ -74,14 +74,11 @@ TEST(JsonRecord, BytesFromTheLibraryNeverBreakAnAnswer) {
 TEST(JsonRecord, RefusesWhatAFieldCannotHold) {
     const std::tuple<const char*, const char*> cases[]{
         {R"({"prise":1})", "tagOrderRequest has no field \"prise\"; do you mean \"price\"?"},
-        {R"({"host9":1})", "tagOrderRequest has no field \"host9\""},
         {R"({"price":2147483648})", "\"price\": 2147483648 is not between -2147483648 and 2147483647"},
         {R"({"price":18446744073709551615})",
          "\"price\": 18446744073709551615 is not between -2147483648 and 2147483647"},
-        {R"({"orderFlags":256})", "\"orderFlags\": 256 is not between 0 and 255"},
         {R"({"price":1.0})", "\"price\" must be a whole number"},
         {R"({"symbol":7})", "\"symbol\" must be a text"},
-        {R"({"symbol":"ABCDEFGHIJKLM"})", "\"symbol\": a text of 13 bytes does not fit in 12"},
         {R"({"symbol":"ÀÀÀÀÀÀÀ"})", "\"symbol\": a text of 14 bytes does not fit in 12"},
         {R"({"clientCategory":"NR"})", "\"clientCategory\": a text of 2 bytes does not fit in 1"},
         {R"({"symbol":"A\u0000B"})", "\"symbol\" holds a zero character"},

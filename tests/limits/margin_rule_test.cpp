@@ -92,28 +92,6 @@ TEST(MarginRule, TheGeneralSetWeighsTheLargestOfThreeViews) {
     }
 }
 
-/// What a row takes over of a check; its traded side moves with corrections and deliveries alone.
-TEST(MarginRule, ARowTakesOverTheViewsOfItsSet) {
-    using Views = std::array<double, 3>;
-    const std::tuple<std::int16_t, std::int16_t, std::int16_t, Views> cases[]{
-        {product::kMargin, event::kOrder, 3, {33000, 8100, 33200}},
-        {product::kMargin, event::kCorrection, 3, {25000, 25100, 25200}},
-        {product::kDelivery, event::kOrder, 0x13, {33000, 8100, 33200}},
-        {product::kDelivery, event::kCorrection, 0xF, {25000, 25100, 25200}},
-        {product::kMarginPlus, event::kOrder, 0x7F, {13000, 8100, 13200}},
-        {product::kMtf, event::kOrder, 0x1FF, {14250, 8100, 14450}},
-    };
-    for (const auto& [productType, kind, mask, taken] : cases) {
-        SCOPED_TRACE(testing::Message() << "product " << productType << ", event " << kind << ", mask " << mask);
-        RowBench bench = Margined(mask, productType);
-        if (kind == event::kCorrection) Correction(bench);
-        const BKSurveillanceLimitDefTag& row = bench.row;
-        bench.row.usedMarginTraded = 8100;
-        ASSERT_EQ(bench.Check().text, "");
-        EXPECT_EQ((Views{row.usedMarginOrder, row.usedMarginTraded, row.usedMarginMax}), taken);
-    }
-}
-
 /// The set that judges, its text, and what it says was used without and with the order.
 struct Set {
     std::int16_t productType;

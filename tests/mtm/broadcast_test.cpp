@@ -93,14 +93,12 @@ TEST(Touchline, MovesTheClassesThatAreOn) {
         s.AddPosition(PositionRow("C1", 3, 100));
         s.AddPosition(ContractRow("C1", 5, 100, -1, 50));
         s.AddPosition(ContractRow("C1", 9, 100, 30000, 60));
-        s.AddPosition(ContractRow("C1", 5, 100, 0, 70));  // neither future nor option
         s.Start(0, mtmMode);
         EXPECT_EQ(s.Touch(kMaskNseCash, kScrip, 24999).size(), (classes & kCash) ? 1 : 0);
         EXPECT_EQ(s.Touch(kNseFuture, 50, 24999).size(), (classes & kFuture) ? 1 : 0);
         EXPECT_EQ(s.Touch(kNseFuture, 60, 24999).size(), (classes & kOption) ? 1 : 0);
         EXPECT_EQ((Figures{s.Row("C1", 3).usedMtm, s.Row("C1", 5).usedMtm, s.Row("C1", 9).usedMtm}),
                   (Figures{(classes & kCash) ? -100.0 : 0, (classes & kFuture) ? -100.0 : 0, 0}));
-        EXPECT_EQ(s.Touch(kNseFuture, 70, 24999).size(), mtmMode == 0 ? 0 : 1);
         EXPECT_EQ(s.Scrip(kNseFuture, 60).lastTradedPrice, 24999) << "prices are kept whatever is on";
     }
 }

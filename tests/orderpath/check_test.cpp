@@ -18,6 +18,14 @@ TEST(Check, CodesThatDecideBeforeAnythingIsLookedUp) {
     EXPECT_EQ(s.Check({.exchangeMask = 0}).result, -1);
 }
 
+TEST(Check, ACorrectedTradeHasNothingPending) {
+    CScenario s;
+    s.House(5);
+    s.Row("C1", 5).usedPendingOrder = 14'000'00;
+    ASSERT_TRUE(s.Check({.messageCode = 5445, .exchangeMask = kMaskNseDerivatives, .token = 50}).Passed());
+    EXPECT_EQ(s.Row("C1", 5).usedPendingOrder, 0);
+}
+
 TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
     const struct {
         const char* name;
@@ -25,7 +33,6 @@ TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
     } cases[] = {
         {"own side first", 100, 200, 300, 400, 200, 100},
         {"the other side", 100, 0, 300, 400, 100, 100},
-        {"no bid", 0, 200, 300, 400, 200, 200},
         {"last trade", 0, 0, 300, 400, 300, 300},
         {"close", 0, 0, 0, 400, 400, 400},
         {"nothing", 0, 0, 0, 0, 0, 0},

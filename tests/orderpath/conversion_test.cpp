@@ -56,6 +56,7 @@ TEST(Conversion, MovesSharesAtTheirPrice) {
     ASSERT_EQ(s.Held(), "150 at 3900000; 0 at 0; ");
     ASSERT_EQ(s.Convert(product::kConvertToDelivery, 90), "");
     EXPECT_EQ(s.Held(), "60 at 1560000; 90 at 2340000; ");
+    EXPECT_EQ(s.Row("D1", 3).usedTurnoverTraded, 3'900'000 + 2'340'000) << "where it is only taken in, it is a trade";
     ASSERT_EQ(s.Convert(product::kConvertToMargin, 40), "");
     EXPECT_EQ(s.Held(), "100 at 2600000; 50 at 1300000; ");
     ASSERT_EQ(s.Convert(product::kConvertToDelivery, 100, 24000), "") << "all of it, at the host's price";

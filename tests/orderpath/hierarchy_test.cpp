@@ -103,6 +103,9 @@ TEST(Hierarchy, WhichLevelsAnOrderHas) {
     EXPECT_EQ(s.Check({}).failedLevelCode, "C1");
     s.Limit("C2", 5);
     EXPECT_TRUE(s.Check({.client = "C2"}).Passed()) << "and its limits needn't be those of the segment";
+    for (const char* entity : {"-", "G1", "D1"}) s.Limit(entity, 0x11, {}, 2885);
+    EXPECT_EQ(s.Check({.exchangeMask = kMaskBseCash}).text, "C1|Relevant Limits not Set for Group Code : G1 ")
+        << "rows of a scrip open no segment";
 }
 
 /// From the group's on upwards; the margin flags stand one place lower.

@@ -20,8 +20,8 @@ struct Side {
 };
 // Quantities and values of the four selectors: 60, -25, 45, -10 and 2600, -2100, 1700, -1200.
 constexpr Side kMixedOrders{100, 5000, 40, 2400}, kMixedTrades{30, 1200, 55, 3300};
-// Net nothing, and bought or sold for more.
-constexpr Side kFlatLoss{5, 900, 5, 500}, kFlatProfit{5, 500, 5, 900};
+// Net nothing, and bought for more.
+constexpr Side kFlatLoss{5, 900, 5, 500};
 
 CSurvPosition Position(const Side& orders, const Side& trades, tagExposureScripSpecificInfo* scrip = nullptr) {
     return CSurvPosition({0, 0, orders.buyQty, orders.buyValue, orders.sellQty, orders.sellValue, trades.buyQty,
@@ -44,117 +44,6 @@ std::string Text(const Numbers&... numbers) {
     text.precision(12);
     ((text << " " << numbers + 0), ...);  // a negative zero shows as 0
     return text.str();
-}
-
-/// A figure of the four selectors; the first function gives it for the sides, the second for the cross cases.
-template <class Sides, class Crosses>
-std::string Each(const CSurvPosition& p, Sides sides, Crosses crosses) {
-    return Text((p.*sides)(kOrders), (p.*sides)(kTrades), (p.*crosses)(kSelectors[2]), (p.*crosses)(kSelectors[3]));
-}
-
-TEST(Measures, Quantities) {
-    const struct {
-        const char* name;
-        Side orders, trades;
-        const char *sale, *buy, *largest;  // of the four selectors; net and net sale
-    } cases[] = {
-        {"mixed", kMixedOrders, kMixedTrades, " 0 25 0 10", " 60 0 45 0", " 60 25"},
-        {"a tie is bought", {50, 0, 50, 0}, {}, " 0 0 0 50", " 0 0 50 0", " 50 50"},
-        {"trades sold furthest", {20, 0, 10, 0}, {10, 0, 50, 0}, " 0 40 30 0", " 10 0 0 0", " -40 40"},
-    };
-    using P = CSurvPosition;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const P p = Position(c.orders, c.trades);
-        EXPECT_EQ(Each(p, &P::GetNetSaleQuantity, &P::GetCrossNetSaleQuantity), c.sale);
-        EXPECT_EQ(Each(p, &P::GetNetBuyQuantity, &P::GetCrossNetBuyQuantity), c.buy);
-        EXPECT_EQ(Text(p.GetMaxNetQuantity(), p.GetMaxNetSaleQuantity()), c.largest);
-    }
-}
-
-/// The money figures that the class of a scrip changes.
-std::string ClassFigures(const CSurvPosition& p) {
-    using P = CSurvPosition;
-    const auto gross = [&p](std::int32_t percent, GrossMode mode) {
-        return Text(p.GetGrossExposure(kOrders, percent, mode), p.GetGrossExposure(kTrades, percent, mode),
-                    p.GetMaxGrossExposure(percent, mode));
-    };
-    return "net" + Each(p, &P::GetNetValue, &P::GetCrossNetValue) +  //
-           ", exposure" + Each(p, &P::GetNetExposure, &P::GetCrossNetExposure) + Text(p.GetMaxNetExposure()) +
-           ", sale" + Each(p, &P::GetNetSaleExposure, &P::GetCrossNetSaleExposure) + Text(p.GetMaxNetSaleExposure()) +
-           ", option" + Each(p, &P::GetOptionSaleValue, &P::GetOptionSaleValue) +  //
-           ", gross" + gross(9999, GrossMode::kNetted) + ", 250%" + gross(25000, GrossMode::kNetted) + ", together" +
-           gross(0, GrossMode::kBuyPlusSell);
-}
-
-TEST(Measures, MoneyByClassOfScrip) {
-    constexpr Side kSoldLow{4, 900, 10, 500}, kFlatHigh{5, 200, 5, 950};
-    constexpr Side kBoughtLow{5, 500, 4, 900};
-    // figures: of the four selectors and the largest; gross of the two sides and the largest
-    const std::tuple<const char*, Side, Side, const char*> cases[]{
-        {"1", kMixedOrders, kMixedTrades,
-         "net 7800 -6300 5100 -3600, exposure 7800 0 5100 0 7800, sale 0 6300 0 1200 6300, option 0 0 0 0, "
-         "gross 7800 6300 7800, 250% 7800 6300 7800, together 22200 13500 24900"},
-        {"2578", kMixedOrders, kMixedTrades,
-         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 2100 0 1200 2100, option 0 0 0 0, "
-         "gross 2600 2100 2600, 250% 2600 2100 2600, together 2600 2100 2600"},
-        {"36", kMixedOrders, kMixedTrades,
-         "net 2600 -2100 1700 -1200, exposure 2600 0 1700 0 2600, sale 0 175 0 70 175, option 0 2275 0 1270, "
-         "gross 0 175 175, 250% 5200 175 5375, together 0 175 175"},
-        // Sold for less than bought, and even at a profit.
-        {"2", kSoldLow, kFlatHigh,
-         "net 400 -750 -50 -300, exposure 0 0 0 0 0, sale 0 0 50 300 750, option 0 0 0 0, "
-         "gross 400 750 750, 250% 400 750 750, together 400 750 750"},
-        {"2", kFlatProfit, kFlatProfit,
-         "net -400 -400 -400 -400, exposure 0 0 0 0 0, sale 0 0 0 0 0, option 0 0 0 0, "
-         "gross 400 400 400, 250% 400 400 400, together 400 400 400"},
-        // One more bought, for less than the sales gave; a written option counts at its strike alone.
-        {"3", kBoughtLow, kSoldLow,
-         "net -400 400 0 0, exposure -400 0 0 0 400, sale 0 42 35 0 42, option 0 0 35 0, "
-         "gross 0 42 42, 250% -800 42 842, together 0 42 42"},
-    };
-    for (const auto& [segments, orders, trades, figures] : cases) {
-        for (const char* segment = segments; *segment; ++segment) {
-            SCOPED_TRACE(*segment);
-            tagExposureScripSpecificInfo scrip = Scrip(*segment - '0');
-            EXPECT_EQ(ClassFigures(Position(orders, trades, &scrip)), figures);
-        }
-    }
-}
-
-TEST(Measures, MarkToMarketOfTheTradedSide) {
-    constexpr LotWeighting kOn = LotWeighting::kOn, kOff = LotWeighting::kOff;
-    const tagMarginRateBlock thirty{5, 1, 4, 2, 3};  // 4 / 2 * 5 / 1 * 3
-    const Side bought{10, 1000, 4, 480};             // averages 100 and 120
-    const Side sold{4, 400, 10, 1200}, boughtLots{10, 30000, 4, 14400};
-    const struct {
-        const char* name;
-        int segment;
-        LotWeighting weighting;
-        tagMarginRateBlock rates;
-        Side trades;
-        int lastPrice;
-        const char* figures;  // booked, MTM, open value
-    } cases[] = {
-        {"long", 2, kOff, thirty, bought, 110, " 80 140 660"},
-        {"short", 1, kOff, thirty, sold, 125, " 80 50 -750"},
-        {"open without a price", 2, kOff, thirty, bought, 0, " 80 0 0"},
-        {"by lot", 7, kOn, thirty, boughtLots, 110, " 2400 4200 19800"},
-        {"no general denominator", 7, kOn, {10, 1, 9, 0, 3}, boughtLots, 110, " 2400 4200 19800"},
-        {"no price denominator", 7, kOn, {9, 0, 20, 2, 3}, boughtLots, 110, " 2400 4200 19800"},
-        {"no scrip", 0, kOff, thirty, bought, 110, " 0 0 -1"},
-    };
-    for (const auto& c : cases) {
-        tagExposureScripSpecificInfo scrip = Scrip(c.segment);
-        scrip.marginRates = c.rates;
-        CSurvPosition p = Position({1, 1, 2, 2}, c.trades, c.segment == 0 ? nullptr : &scrip);
-        p.data.lastPrice = c.lastPrice;
-        p.data.openPositionValue = p.data.mtmValue = -1;
-        const double booked = p.GetBookedProfit(c.weighting);
-        const double mtm = p.GetMTM(c.weighting);
-        EXPECT_EQ(Text(booked, mtm, p.data.openPositionValue), c.figures) << c.name;
-        EXPECT_EQ(p.data.mtmValue, c.segment == 0 ? -1 : mtm) << c.name;  // without a scrip as they were
-    }
 }
 
 tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {

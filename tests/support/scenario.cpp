@@ -111,33 +111,6 @@ void DumpSet(std::string& out, const CExposureDetails& set) {
     }
 }
 
-/// Records of numbers without gaps; one that is all zero says as little as a missing one.
-template <class... Records>
-void DumpUnlessZero(std::string& out, const Records&... records) {
-    for (const std::string_view bytes :
-         {std::string_view(reinterpret_cast<const char*>(&records), sizeof records)...}) {
-        if (bytes.find_first_not_of('\0') != std::string_view::npos) out.append(bytes);
-    }
-}
-
-void DumpMargins(std::string& out, const CClientExposure& account) {
-    for (const auto& underlying : account.underlyings) {
-        for (const auto& expiry : underlying.value->expiries) {
-            for (const auto& scrip : expiry.value->scrips) {
-                const tagScripMargin* margin = scrip.value->scripMargin.get();
-                if (margin) DumpUnlessZero(out, margin->contract, margin->view, margin->loadedMargin, margin->inSums);
-            }
-            const tagExpiryMargin* margin = expiry.value->expiryMargin.get();
-            if (margin) DumpUnlessZero(out, margin->view, margin->hasFuture);
-        }
-        if (const tagUnderlyingMargin* margin = underlying.value->underlyingMargin.get()) {
-            DumpUnlessZero(out, margin->view, margin->nettedExposureMargin, margin->tradedInTotals,
-                           margin->optionTradedInTotals, margin->underlying);
-        }
-    }
-    if (account.clientMarginTotals) DumpUnlessZero(out, *account.clientMarginTotals);
-}
-
 void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure& account) {
     std::string contracts;
     account.ForEachScrip([&contracts](const CScripExposure& scrip) {
@@ -145,17 +118,9 @@ void DumpAccount(std::string& out, const AccountKey& key, const CClientExposure&
         DumpPosition(contracts, scrip.position.data);
         DumpPosition(contracts, scrip.dayPosition.data);
     });
-    DumpMargins(contracts, account);
     if (contracts.empty()) return;
     out.append(key.View()).append(contracts);
     DumpValue(out, account.levelTypes, account.listed);
-    for (std::int16_t segment = 1; segment <= static_cast<std::int16_t>(kSegmentCount); ++segment) {
-        if (const SegmentFigures* figures = account.FindSegmentFigures(segment)) DumpValue(out, *figures);
-        for (std::size_t group = 0; group < kProductGroupCount; ++group) {
-            const auto* position = account.FindSegmentPosition(segment, static_cast<ProductGroup>(group));
-            if (position && position->data.scripInfo) DumpPosition(out, position->data);
-        }
-    }
 }
 
 void DumpHoldings(std::string& out, const CSurveillanceCategory& category) {

@@ -122,8 +122,8 @@ class CScenario {
     /// The same in one of its accounts.
     [[nodiscard]] CSurvPosition* HeldBy(std::string_view entity, Period period, std::string_view group,
                                         std::string_view account, std::int32_t token = 2885) const;
-    /// Every figure of every row, position, holding and account, as bytes: equal dumps are equal states. Nodes that
-    /// hold nothing are left out.
+    /// Every figure of every row, position and holding, as bytes: equal dumps are equal states. Nodes that hold nothing
+    /// are left out, and the trees that margins are summed in, which the rows show.
     [[nodiscard]] std::string Dump() const;
 };
 
