@@ -94,6 +94,8 @@ CDay::Order CDay::NewOrder() {
     order.remaining = dice_.Among(1, 5, 50, 100, 100, 150, 200);
     order.price = SomePrice();
     if (!IsCashExchange(i.exchangeMask)) return order;
+    // A family sells what all its clients have bought: whether a sale is refused hangs on the others.
+    const bool buysAlone = !house_.style.limits && !holder.family.empty();
     order.product = product::kMargin;
     if (holder.nri) {
         order.product = product::kDelivery;
@@ -102,6 +104,7 @@ CDay::Order CDay::NewOrder() {
     }
     // A two-leg order that comes as an event moves its first leg by nothing: it is laid in by its check alone.
     if (order.product == product::kMarginPlus && house_.style.told) order.product = product::kMargin;
+    if (order.product == product::kMtf && buysAlone) order.buySell = kBuy;
     if (order.product == product::kMarginPlus) {
         const int away = order.buySell == kBuy ? -1 : 1;
         order.firstLegPrice = 25000, order.price = order.secondLegPrice = 25000 + 500 * away;
@@ -342,7 +345,7 @@ Json CDay::Next() {
         due_.pop_front();
         return call;
     }
-    const int chance = dice_.Pick(0, 99);
+    const int chance = dice_.Pick(0, house_.style.limits ? 99 : 73);
     if (chance < 34) return Enter();
     if (chance < 40) return Probe();
     if (chance < 70) return FollowUp();

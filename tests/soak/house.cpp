@@ -36,6 +36,7 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
         style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
             false;
     }
+    if (kind_ == DayKind::kUnlimited) style.limits = style.openLevels = style.conversions = style.riskFiles = false;
     MakeInstruments();
     MakeHolders();
 }
@@ -126,6 +127,7 @@ Json CHouse::BareRow(const std::string& entity, int mask, std::int32_t token) co
 
 Json CHouse::LimitRow(const std::string& entity, int mask) {
     Json row = BareRow(entity, mask, surv::kAllSecurities);
+    if (!style.limits) return row;
     if (dice_.OneIn(8)) {
         row["baseFund"] = 1e8, row["netExposureMultiplier"] = dice_.Among(10000, 25000);
         row["netExposureLimit"] = 1e8;
@@ -153,7 +155,7 @@ Json CHouse::Start() {
         if (entity[0] != 'C' && entity[0] != 'D') continue;
         holdings.push_back({{"categoryCode", entity},
                             {"isinCode", kIsin},
-                            {"holdingQty", dice_.Among(0, 100, 5000)},
+                            {"holdingQty", style.limits ? dice_.Among(0, 100, 5000) : 1'000'000},
                             {"collateralQty", dice_.Among(0, 50, 5000)},
                             {"collateralPrice", 1000.0},
                             {"haircutRate", dice_.Among(0, 2500)}});

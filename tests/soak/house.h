@@ -31,6 +31,7 @@ struct DayStyle {
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
     bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
+    bool limits = true;        ///< rows that may refuse, and calls that are no orders
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 
@@ -47,8 +48,8 @@ struct Instrument {
     std::int32_t token, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
 };
 
-/// Days that stop have orders alone whose rows a start takes.
-enum class DayKind : std::uint8_t { kWhole, kStopped };
+/// Days that stop have orders alone whose rows a start takes; those without limits have orders alone.
+enum class DayKind : std::uint8_t { kWhole, kStopped, kUnlimited };
 
 class CHouse {
  public:

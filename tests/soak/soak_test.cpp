@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "again.h"
 #include "restart.h"
 
 namespace soak {
@@ -30,7 +31,7 @@ TEST(Soak, EverythingHoldsAfterEveryCall) {
     }
     // A day that does nothing holds, too.
     for (const char* what : {"accepted", "refused", "UpdateSurveillance"}) EXPECT_GT(seen[what], 15 * kDays) << what;
-    for (const char* what : {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo"}) {
+    for (const char* what : {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo", "ended at once"}) {
         EXPECT_GT(seen[what], 2 * kDays) << what;
     }
     EXPECT_GT(seen["figures compared"], 300'000 * kDays);
@@ -44,6 +45,19 @@ TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
         orders += day.orders;
     }
     EXPECT_GT(orders, 60 * kRestartDays);
+}
+
+TEST(Soak, ADayIsTheSameAgainAndInAnyOrderOfItsHolders) {
+    std::size_t orders = 0;
+    for (std::uint32_t seed = 1; seed <= kDays; ++seed) {
+        for (const auto play : {&PlayAgain, &PlayShuffled}) {
+            const AgainDay day = play(seed, kCalls);
+            ASSERT_FALSE(day.fault.Found()) << "seed " << seed << (play == &PlayAgain ? "" : ", shuffled") << ", call "
+                                            << day.fault.call << ": " << day.fault.what;
+            orders += day.orders;
+        }
+    }
+    EXPECT_GT(orders, 400 * kDays);
 }
 
 TEST(Soak, AFalseInvariantIsCutToTheCallsThatBreakIt) {
