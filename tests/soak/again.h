@@ -7,8 +7,8 @@
 namespace soak {
 
 struct AgainDay {
-    Script script;            ///< of the second playing
-    Fault fault;              ///< what it answered or ended with otherwise than the first
+    Script script;           ///< of the second playing
+    Fault fault;             ///< what it answered or ended with otherwise than the first
     std::size_t orders = 0;  ///< checks and events
 };
 

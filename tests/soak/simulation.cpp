@@ -79,6 +79,11 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     if (!session_.Started()) return {};
     const bool check = Is(line, "CheckSurveillance");
     const bool probe = check && line.value("probe", 0) != 0;
+    if (line.contains("request") && line["request"].contains("messageCode")) {
+        ++seen_["code " + line["request"]["messageCode"].dump()];
+        if (line.value("dealerOnly", 0) != 0) ++seen_["told to the dealer alone"];
+        if (line["request"].contains("lotMultiplier")) ++seen_["orders in lots"];
+    }
     ++seen_[probe ? "probes" : !check ? line["call"].get<std::string>() : Accepted(answer_) ? "accepted" : "refused"];
     if (check && (probe || (!Accepted(answer_) && JudgedEverywhere(line, answer_)))) {
         if (std::string trace = state_.Difference(before); !trace.empty()) return {"no trace", trace};
@@ -102,6 +107,7 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
         if (std::string wrong = (book_.*ask)(state_); !wrong.empty()) return {name, wrong};
     }
     seen_["figures compared"] = book_.Compared();
+    seen_["figures of scrips compared"] = book_.ComparedOfScrips();
     if (book_.LevelsAgree()) {
         if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
     }
@@ -138,6 +144,8 @@ std::string CSimulation::LeftBehind() const {
     const auto counts = [&](const BKSurveillanceLimitDefTag& row, std::string_view figure) {
         // An expiry of options stands among those that are netted from its first future on, even one that has ended.
         if (future && figure == "usedExposureMargin") return false;
+        // Touchlines don't reach these products: their positions take the price of the moment with an order.
+        if (passesHouse && figure.starts_with("usedMtm")) return false;
         if (!enteredByCheck_) return true;
         const std::string entity = Text(row.entityCode);
         if (!asked(entity) || legs) return false;  // the legs end at another distance

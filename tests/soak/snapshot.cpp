@@ -101,9 +101,7 @@ std::vector<Row> FromHex(const std::string& text) {
 
 }  // namespace
 
-survhost::Json Snapshot::AsJson() const {
-    return {Hex(rows), Hex(positions), Hex(sums), Hex(netted), Hex(holdings)};
-}
+survhost::Json Snapshot::AsJson() const { return {Hex(rows), Hex(positions), Hex(sums), Hex(netted), Hex(holdings)}; }
 
 Snapshot Snapshot::FromJson(const survhost::Json& json) {
     return {FromHex<BKSurveillanceLimitDefTag>(json[0]), FromHex<BKExposureTag>(json[1]),
@@ -148,11 +146,14 @@ void Add(Held& held, const std::vector<BKExposureTag>& rows, Amounts amounts, co
     for (const BKExposureTag& row : rows) {
         if (!counts(Text(row.levelCode))) continue;
         const double money = amounts == Amounts::kAll ? 1 : 0;
-        const std::array<double, 8> position{
-            static_cast<double>(row.orderBuyQty),   static_cast<double>(row.orderSellQty),
-            static_cast<double>(row.tradedBuyQty),  static_cast<double>(row.tradedSellQty),
-            money * row.orderBuyValue,              money * row.orderSellValue,
-            money * row.tradedBuyValue,             money * row.tradedSellValue};
+        const std::array<double, 8> position{static_cast<double>(row.orderBuyQty),
+                                             static_cast<double>(row.orderSellQty),
+                                             static_cast<double>(row.tradedBuyQty),
+                                             static_cast<double>(row.tradedSellQty),
+                                             money * row.orderBuyValue,
+                                             money * row.orderSellValue,
+                                             money * row.tradedBuyValue,
+                                             money * row.tradedSellValue};
         if (position == std::array<double, 8>{}) continue;
         std::string place = Text(row.levelCode) + ", segment " + std::to_string(row.marketSegment) + ", token " +
                             std::to_string(row.token);
