@@ -85,6 +85,12 @@ Meaning MeaningOf(const Json& line, int code, bool check, bool legs, std::int16_
             m.Leaves(trade, "tradedQuantity", "tradePrice");
             if (code == 5445) m.Enters(correction, "newQuantity", "tradePrice");
             break;
+        case 2223:
+            m.correction = true;
+            m.Enters(correction, "tradedQuantity", "tradePrice");
+            m.Leaves(correction, (Get<int>(stored, "orderStatus") & 0x601F) != 0 ? "newQuantity" : "tradedQuantity",
+                     "tradePrice");
+            break;
         case 31000: {
             constexpr std::array kRestored{0x40, 1, 2, 8, 0x100, 0x80, 0x800};
             const int state = Get<int>(stored, "orderStatus");
@@ -101,6 +107,11 @@ bool Covers(int mask, const Event& event, int period) {
     const bool odd = (mask & kExpiryBit) != 0;
     if (odd != (period == 1)) return false;
     return event.IsDelivery() || (mask & event.SegmentBit()) != 0;  // a delivery reaches every settlement row
+}
+
+/// A row of all securities, of the scrip, or of its group.
+bool Concerns(const BKSurveillanceLimitDefTag& row, const Event& event) {
+    return row.token == kAllSecurities || row.token == event.token || row.token == event.scripGroup;
 }
 
 double Field(const BKSurveillanceLimitDefTag& row, std::size_t offset) {
@@ -144,8 +155,7 @@ void Position::Add(const Position& other) {
 }
 
 Position Event::Change() const {
-    const Position::Amount out{prevQuantity, static_cast<double>(prevQuantity) * prevPrice};
-    const Position::Amount in{quantity, static_cast<double>(quantity) * price};
+    const Position::Amount out{prevQuantity, Out()}, in{quantity, In()};
     Position change;
     Position::Amount& ordered = buy ? change.orderBuy : change.orderSell;
     Position::Amount& traded = buy ? change.tradedBuy : change.tradedSell;
@@ -158,6 +168,7 @@ Position Event::Change() const {
 template <class Dues>
 std::string CBook::FirstWrong(const Row& row, const Dues& dues) const {
     compared_ += dues.size();
+    if (row.token != kAllSecurities) comparedOfScrips_ += dues.size();
     for (const Due& due : dues) {
         const double seen = Field(row, due.offset);
         if (std::abs(seen - due.value) <= 1e-6 + 1e-11 * std::abs(due.value)) continue;
@@ -175,7 +186,8 @@ void CBook::Take(const Json& line, const Json& answer) {
     const std::string call = Get(line, "call", "");
     if (call == "InitializeSurvManager") return Start(line);
     if (call == "CheckSurveillance" || call == "UpdateSurveillance") return Order(line, answer);
-    if (call == "AddSurvLimits") entities_.insert(Get(Part(line, "limit"), "entityCode", ""));
+    if (call == "AddSurvLimits" || call == "RemoveSurvLimits") return RowCall(line, answer);
+    if (call == "InitializeMCXLOTWeightOnOrOff") lotWeights_ = Get<int>(line, "value") == 1;
     if (call == "ComputeMTMOnOrOff")
         everyClassMarked_ |= Get<int>(line, "mode") == 7 && Get<int>(answer, "result") == 0;
     if (call == "MTMTimeIntervalAndTickCount") everyTickMarks_ = Get<int>(line, "seconds") == 0;
@@ -189,7 +201,31 @@ void CBook::Take(const Json& line, const Json& answer) {
 void CBook::Start(const Json& line) {
     positionMode_ = Get<std::int16_t>(line, "positionMode");
     families_ = (Get<int>(line, "featureBits") & 0x10) != 0;
-    for (const Json& row : Part(line, "limitList")) entities_.insert(Get(row, "entityCode", ""));
+    for (const Json& row : Part(line, "limitList")) {
+        const std::string entity = Get(row, "entityCode", "");
+        entities_.insert(entity);
+        fromStart_.insert({entity, Get<int>(row, "limitMask"), Get<std::int32_t>(row, "token")});
+    }
+}
+
+/// A row that is added starts from other figures, and so does one that comes again.
+void CBook::RowCall(const Json& line, const Json& answer) {
+    const Json& row = Part(line, "limit");
+    const std::string entity = Get(row, "entityCode", "");
+    if (line["call"] == "AddSurvLimits") entities_.insert(entity);
+    if (line["call"] == "RemoveSurvLimits" && Get<int>(answer, "result") == 0)
+        fromStart_.erase({entity, Get<int>(row, "limitMask"), Get<std::int32_t>(row, "token")});
+}
+
+/// What one of the quantity counts. Factors of a ratio without a denominator count as 1.
+double CBook::LotOf(const Json& request, const Event& event) const {
+    if (!lotWeights_ || event.exchangeMask != kMaskMcx) return 1;
+    const auto ratio = [&](const char* numerator, const char* denominator) {
+        const double below = Get<double>(request, denominator);
+        return below == 0 ? 1 : Get<double>(request, numerator) / below;
+    };
+    return ratio("priceNumerator", "priceDenominator") * ratio("generalNumerator", "generalDenominator") *
+           Get<double>(request, "lotMultiplier");
 }
 
 void CBook::Tick(const Json& touchline) {
@@ -221,9 +257,17 @@ void CBook::Order(const Json& line, const Json& answer) {
     event.trade = m.trade, event.correction = m.correction;
     event.prevQuantity = m.prevQuantity, event.prevPrice = m.prevPrice;
     event.quantity = m.quantity, event.price = m.price;
+    event.scripGroup = Get<std::int32_t>(request, "scripGroupNumber");
+    event.lot = LotOf(request, event);
+    if (event.exchangeMask == kMaskNcdex) {
+        const double factor = Get<double>(request, "priceMultiplier") / 10000;
+        for (double* price : {&event.price, &event.prevPrice}) *price = std::floor(*price * factor + 0.5);
+        priceFactors_.try_emplace(event.token, factor);
+    }
     Json whole = request;
     whole["proClient"] = line.contains("orderInfo") ? Get<int>(Part(line, "orderInfo"), "proClient", 0)
                                                     : Get<int>(*primary, "proClient");
+    whole["dealerOnly"] = Get<int>(line, "dealerOnly");
     whole["account"] = Get(line.contains("orderInfo") ? Part(line, "orderInfo") : *primary, "accountText", "");
     if (!check || Get<int>(answer, "status") == status::kPass) {
         if (event.IsConversion()) event.price = Get<double>(Part(answer, "order"), "price", event.price);
@@ -261,6 +305,10 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
     levels.push_back({'-', "-", -1, 0});
     const bool holdsByClient = positionMode_ == 2 || positionMode_ == 3;
     if (own && !check && holdsByClient) levels.push_back({'*', std::string(kOwnAccount), 0, 0});
+    if (Get<int>(request, "dealerOnly") != 0) {
+        std::erase_if(levels, [](const Level& level) { return level.kind != 'D'; });
+        levelsAgree_ = false;
+    }
 
     constexpr int kCommodity = 0x30;
     const bool narrow = (clientType == 3 || clientType == 5 || dealerType == 5) && !(event.exchangeMask & kCommodity);
@@ -385,9 +433,16 @@ std::set<std::string> Uneven(const Snapshot& state) {
 
 }  // namespace
 
-std::string CBook::AskRows(
-    const Snapshot& state, const std::set<std::string>& doubted,
-    const std::function<std::string(const std::string&, const Entries&, const std::vector<const Row*>&)>& ask) const {
+std::string CBook::AskRows(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const {
+    return AskOf(state, doubted, false, ask);
+}
+
+std::string CBook::AskRowsOfScrips(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const {
+    return AskOf(state, doubted, true, ask);
+}
+
+std::string CBook::AskOf(const Snapshot& state, const std::set<std::string>& doubted, bool scrips,
+                         const Ask& ask) const {
     static const Entries kNone;
     const std::set<std::string> uneven = Uneven(state);
     std::map<std::string, std::vector<const Row*>> rows;
@@ -403,7 +458,9 @@ std::string CBook::AskRows(
         if (row.token != kAllSecurities && mayRefuse.contains({entity, int{row.limitMask}})) lifted_.insert(entity);
     }
     for (const Row& row : state.rows) {
-        if (row.token == kAllSecurities) rows[Text(row.entityCode)].push_back(&row);
+        const std::string entity = Text(row.entityCode);
+        const bool known = scrips && fromStart_.contains({entity, int{row.limitMask}, std::int32_t{row.token}});
+        if (row.token == kAllSecurities || known) rows[entity].push_back(&row);
     }
     for (const auto& [entity, own] : rows) {
         if (doubted_.contains(entity) || doubted.contains(entity) || uneven.contains(entity)) continue;
@@ -416,31 +473,31 @@ std::string CBook::AskRows(
 }
 
 std::string CBook::RowFigures(const Snapshot& state) const {
-    return AskRows(state, {}, [this](const std::string&, const Entries& entries, const std::vector<const Row*>& rows) {
-        for (const Row* row : rows) {
-            const int period = row->limitMask & kExpiryBit;
-            double netOrder = 0, netTraded = 0, turnoverTraded = 0, pending = 0;
-            for (const Entry& e : entries) {
-                if (!e.rows || !Covers(row->limitMask, e.event, period)) continue;
-                if (period == 0 && !e.event.HasDaily()) continue;
-                const double out = static_cast<double>(e.event.prevQuantity) * e.event.prevPrice;
-                const double in = static_cast<double>(e.event.quantity) * e.event.price;
-                const double sign = e.event.buy ? 1 : -1;
-                netOrder += sign * (in - out);
-                if (e.event.trade) {
-                    pending -= out;
-                } else if (!e.event.correction) {
-                    pending += in - out;
+    return AskRowsOfScrips(
+        state, {}, [this](const std::string&, const Entries& entries, const std::vector<const Row*>& rows) {
+            for (const Row* row : rows) {
+                const int period = row->limitMask & kExpiryBit;
+                double netOrder = 0, netTraded = 0, turnoverTraded = 0, pending = 0;
+                for (const Entry& e : entries) {
+                    if (!e.rows || !Covers(row->limitMask, e.event, period) || !Concerns(*row, e.event)) continue;
+                    if (period == 0 && !e.event.HasDaily()) continue;
+                    const double out = e.event.Out(), in = e.event.In();
+                    const double sign = e.event.buy ? 1 : -1;
+                    netOrder += sign * (in - out);
+                    if (e.event.trade) {
+                        pending -= out;
+                    } else if (!e.event.correction) {
+                        pending += in - out;
+                    }
+                    if (e.event.trade || e.event.correction) netTraded += sign * in, turnoverTraded += in;
                 }
-                if (e.event.trade || e.event.correction) netTraded += sign * in, turnoverTraded += in;
+                const std::array dues{
+                    Due{FIGURE(usedNetPositionOrder), netOrder}, Due{FIGURE(usedNetPositionTraded), netTraded},
+                    Due{FIGURE(usedTurnoverTraded), turnoverTraded}, Due{FIGURE(usedPendingOrder), pending}};
+                if (std::string wrong = FirstWrong(*row, dues); !wrong.empty()) return wrong;
             }
-            const std::array dues{
-                Due{FIGURE(usedNetPositionOrder), netOrder}, Due{FIGURE(usedNetPositionTraded), netTraded},
-                Due{FIGURE(usedTurnoverTraded), turnoverTraded}, Due{FIGURE(usedPendingOrder), pending}};
-            if (std::string wrong = FirstWrong(*row, dues); !wrong.empty()) return wrong;
-        }
-        return std::string();
-    });
+            return std::string();
+        });
 }
 
 CBook::Flat CBook::FlatOf(const Entries& entries) {
@@ -533,7 +590,7 @@ std::int32_t OptionNetPercent(const BKSurveillanceLimitDefTag& row) {
 }  // namespace
 
 std::string CBook::Exposures(const Snapshot& state) const {
-    return AskRows(
+    return AskRowsOfScrips(
         state, exposuresDoubted_,
         [this](const std::string& entity, const Entries& entries, const std::vector<const Row*>& rows) {
             const Flat flat = FlatOf(entries);
@@ -560,7 +617,7 @@ std::string CBook::Exposures(const Snapshot& state) const {
                 Measures m{}, g{};
                 for (const auto& [place, held] : flat) {
                     if (place.period != period || !general.contains(place.family)) continue;
-                    if (Covers(row->limitMask, held.about, period))
+                    if (Concerns(*row, held.about) && Covers(row->limitMask, held.about, period))
                         Sum(m, MeasuresOf(held.position, held.about, share));
                 }
                 const std::array dues{
@@ -574,7 +631,7 @@ std::string CBook::Exposures(const Snapshot& state) const {
                 if (grossDoubted) continue;
                 for (const auto& [account, held] : accounts) {
                     if (std::get<Place>(account).period != period) continue;
-                    if (Covers(row->limitMask, held.about, period))
+                    if (Concerns(*row, held.about) && Covers(row->limitMask, held.about, period))
                         Sum(g, MeasuresOf(held.position, held.about, share));
                 }
                 const std::array gross{Due{FIGURE(grossUsedMaxGross), g.maxGross},
@@ -622,19 +679,26 @@ namespace {
 struct Profit {
     double booked, marked;
 
-    Profit(const Position& p, double last) {
-        const auto average = [](const Position::Amount& a) {
-            return a.quantity == 0 ? 0 : a.value / static_cast<double>(a.quantity);
+    Profit(const Position& p, double last, double lot) {
+        const auto average = [lot](const Position::Amount& a) {
+            return a.quantity == 0 ? 0 : a.value / (lot * static_cast<double>(a.quantity));
         };
         const double buyAverage = average(p.tradedBuy), sellAverage = average(p.tradedSell);
-        const auto done = static_cast<double>(std::min(p.tradedBuy.quantity, p.tradedSell.quantity));
-        const auto open = static_cast<double>(p.tradedBuy.quantity - p.tradedSell.quantity);
+        const double done = lot * static_cast<double>(std::min(p.tradedBuy.quantity, p.tradedSell.quantity));
+        const double open = lot * static_cast<double>(p.tradedBuy.quantity - p.tradedSell.quantity);
         booked = done * (sellAverage - buyAverage);
         marked = last == 0 && open != 0 ? 0 : open * (last - (open < 0 ? sellAverage : buyAverage)) + booked;
     }
 };
 
 }  // namespace
+
+double CBook::LastPriceOf(const Event& about) const {
+    const auto price = market_.find({about.exchangeMask, about.token});
+    if (price == market_.end()) return 0;
+    const bool scaled = about.exchangeMask == kMaskNcdex;
+    return scaled ? std::floor(price->second * priceFactors_.at(about.token)) : price->second;
+}
 
 std::string CBook::Mtm(const Snapshot& state) const {
     constexpr int kProfits = 2, kBookedProfits = 8;  // marginFlags
@@ -652,8 +716,7 @@ std::string CBook::Mtm(const Snapshot& state) const {
                                if (place.period != (row->limitMask & kExpiryBit) || place.family != 0) continue;
                                if (!Covers(row->limitMask, held.about, place.period) || held.about.strikePrice > 0)
                                    continue;
-                               const auto price = market_.find({held.about.exchangeMask, place.token});
-                               const Profit profit(held.position, price == market_.end() ? 0 : price->second);
+                               const Profit profit(held.position, LastPriceOf(held.about), held.about.lot);
                                const auto found = profits_.find({entity, held.about.exchangeMask});
                                flagsKnown = flagsKnown && found != profits_.end();
                                const int flags = flagsKnown ? found->second : 0;

@@ -34,13 +34,16 @@ struct Position {
 /// What an order, trade or correction takes out of every position that it reaches, and what it puts in.
 struct Event {
     std::int16_t exchangeMask = 0;
-    std::int32_t token = 0, strikePrice = 0;
+    std::int32_t token = 0, strikePrice = 0, scripGroup = 0;
     int product = 0;
     bool buy = true, nri = false;
     bool trade = false, correction = false;
     std::int64_t prevQuantity = 0, quantity = 0;
     double prevPrice = 0, price = 0;
+    double lot = 1;  ///< what one of the quantity counts
 
+    [[nodiscard]] double Out() const { return static_cast<double>(prevQuantity) * prevPrice * lot; }
+    [[nodiscard]] double In() const { return static_cast<double>(quantity) * price * lot; }
     [[nodiscard]] bool IsDelivery() const { return product == 2 || product == 0x10; }
     [[nodiscard]] bool IsConversion() const { return product == 0x10 || product == 0x20; }
     [[nodiscard]] bool HasDaily() const { return !IsDelivery() && product != 4; }
@@ -71,6 +74,8 @@ class CBook {
     [[nodiscard]] const Market& LastPrices() const { return market_; }
     /// Figures of rows that were asked so far: those in doubt are not.
     [[nodiscard]] std::size_t Compared() const { return compared_; }
+    /// Of them, those of rows of a scrip or of a scrip group.
+    [[nodiscard]] std::size_t ComparedOfScrips() const { return comparedOfScrips_; }
     /// No refused order has stayed at some of its levels.
     [[nodiscard]] bool LevelsAgree() const { return levelsAgree_; }
 
@@ -99,21 +104,29 @@ class CBook {
     void Start(const Json& line);
     void Order(const Json& line, const Json& answer);
     void Enter(const Json& request, const Event& event, bool check, const Json& answer);
+    void RowCall(const Json& line, const Json& answer);
     void Tick(const Json& touchline);
     [[nodiscard]] static Flat FlatOf(const Entries& entries);
+    using Ask = std::function<std::string(const std::string& entity, const Entries& entries,
+                                          const std::vector<const Row*>& rows)>;
     /// Asks each entity's rows of all securities, unless they are in doubt.
-    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted,
-                        const std::function<std::string(const std::string& entity, const Entries& entries,
-                                                        const std::vector<const Row*>& rows)>& ask) const;
+    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
+    /// The same with rows of scrips and of scrip groups, of those that were there from the start.
+    std::string AskRowsOfScrips(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
+    std::string AskOf(const Snapshot& state, const std::set<std::string>& doubted, bool scrips, const Ask& ask) const;
+    [[nodiscard]] double LastPriceOf(const Event& about) const;
+    [[nodiscard]] double LotOf(const Json& request, const Event& event) const;
 
     /// Empty, or the first figure of the row that isn't as it should be.
     template <class Dues>
     std::string FirstWrong(const Row& row, const Dues& dues) const;
 
     std::map<std::string, Entries> entries_;  ///< by entity
-    mutable std::size_t compared_ = 0;
+    mutable std::size_t compared_ = 0, comparedOfScrips_ = 0;
     mutable std::set<std::string> lifted_;  ///< a refusal at their rows may have been lifted
     std::set<std::string> entities_;
+    using RowKey = std::tuple<std::string, int, std::int32_t>;  ///< entity, mask and token
+    std::set<RowKey> fromStart_;
     std::set<std::string> doubted_;           ///< entities whose rows tell something else
     std::set<std::string> exposuresDoubted_;  ///< a position moved that the rows didn't see
     std::set<std::string> grossDoubted_;      ///< an account did
@@ -122,7 +135,8 @@ class CBook {
     Market market_;
     std::map<std::pair<std::string, int>, int> profits_;  ///< marginFlags by entity and exchange
     std::int16_t positionMode_ = 0;
-    bool families_ = false;
+    bool families_ = false, lotWeights_ = false;
+    std::map<std::int32_t, double> priceFactors_;  ///< of NCDEX scrips
     bool levelsAgree_ = true, everyClassMarked_ = false, everyTickMarks_ = false;
 };
 

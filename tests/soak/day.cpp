@@ -26,8 +26,15 @@ Json CDay::Request(const char* call, int code, const Order& order) {
     head["subClientType"] = h.subClientType;
     head["levelCheckFlags"] = kAllLevels, head["levelMarginFlags"] = 0x1F;
     if (i.underlyingToken != 0) head["underlyingToken"] = i.underlyingToken;
-    head["priceMultiplier"] = i.exchangeMask == kMaskNcdex ? 10000 : 1;
+    if (i.scripGroup != 0) head["scripGroupNumber"] = i.scripGroup;
+    head.update(i.factors);
     return {{"call", call}, {"request", std::move(head)}};
+}
+
+Json CDay::Tell(int code, const Order& order) {
+    Json call = Request("UpdateSurveillance", code, order);
+    if (order.dealerOnly) call["dealerOnly"] = 1;
+    return call;
 }
 
 namespace {
@@ -94,6 +101,8 @@ CDay::Order CDay::NewOrder() {
     order.remaining = dice_.Among(1, 5, 50, 100, 100, 150, 200);
     order.price = SomePrice();
     if (!IsCashExchange(i.exchangeMask)) return order;
+    // A family sells what all its clients have bought: whether a sale is refused hangs on the others.
+    const bool buysAlone = !house_.style.limits && !holder.family.empty();
     order.product = product::kMargin;
     if (holder.nri) {
         order.product = product::kDelivery;
@@ -102,6 +111,7 @@ CDay::Order CDay::NewOrder() {
     }
     // A two-leg order that comes as an event moves its first leg by nothing: it is laid in by its check alone.
     if (order.product == product::kMarginPlus && house_.style.told) order.product = product::kMargin;
+    if (order.product == product::kMtf && buysAlone) order.buySell = kBuy;
     if (order.product == product::kMarginPlus) {
         const int away = order.buySell == kBuy ? -1 : 1;
         order.firstLegPrice = 25000, order.price = order.secondLegPrice = 25000 + 500 * away;
@@ -115,7 +125,8 @@ Json CDay::Enter() {
     const bool told = house_.style.told || dice_.OneIn(12);
     if (told && entering_->product == product::kMarginPlus) entering_->product = product::kMargin;
     if (entering_->product == product::kMargin) entering_->firstLegPrice = 0;
-    Json call = told ? Request("UpdateSurveillance", dice_.Among(2000, 2000, 2150), *entering_)
+    entering_->dealerOnly = told && house_.style.dealerOnly && dice_.OneIn(4);
+    Json call = told ? Tell(dice_.Among(2000, 2000, 2150), *entering_)
                      : Request("CheckSurveillance", dice_.Among(2000, 2000, 2000, 2150), *entering_);
     if (house_.style.openLevels && dice_.OneIn(4)) call["request"]["levelCheckFlags"] = dice_.Pick(0, 31) * 2;
     call["order"] = Record(*entering_);
@@ -135,7 +146,7 @@ Json CDay::Trade(std::size_t at) {
     const bool legs = order.product == product::kMarginPlus;
     const int quantity = dice_.OneIn(3) ? dice_.Pick(1, order.remaining) : order.remaining;
     const int price = (legs ? 25000 : order.price) - 5 * dice_.Among(0, 0, 1, 20);
-    Json call = Request("UpdateSurveillance", 2222, order);
+    Json call = Tell(2222, order);
     call["trade"] = TradeRecord(order, quantity, price);
     call["orderInfo"] = Stored(order);
     order.remaining -= quantity;
@@ -154,8 +165,8 @@ Json CDay::Change(std::size_t at) {
     changed_.remaining = dice_.Among(1, 5, 100, 150, order.remaining);
     changed_.filled = 0;  // what was filled stands apart from what stays open
     changed_.price = dice_.OneIn(2) ? order.price : SomePrice();
-    const bool checked = !house_.style.told && dice_.OneIn(2) && order.filled == 0;
-    Json call = Request(checked ? "CheckSurveillance" : "UpdateSurveillance", 2040, order);
+    const bool checked = !house_.style.told && dice_.OneIn(2) && order.filled == 0 && !order.dealerOnly;
+    Json call = checked ? Request("CheckSurveillance", 2040, order) : Tell(2040, order);
     call["order"] = Record(changed_);
     changed_.filled = order.filled;
     call["orderInfo"] = Stored(order);
@@ -165,7 +176,7 @@ Json CDay::Change(std::size_t at) {
 
 Json CDay::End(std::size_t at) {
     const Order order = open_[at];
-    Json call = Request("UpdateSurveillance", dice_.Among(2155, 2156, 2075, 2076, 2231, 9002), order);
+    Json call = Tell(dice_.Among(2155, 2156, 2075, 2076, 2231, 9002), order);
     call["order"] = Record(order);
     call["orderInfo"] = Stored(order);
     open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -187,7 +198,7 @@ Json CDay::Seldom() {
     const Order& order = dice_.PickOf(open_);
     if (order.product != product::kMargin && order.product != product::kNone) return FollowUp();
     const int code = dice_.Among(2012, 2042, 31000, 2286, 2288);
-    Json call = Request("UpdateSurveillance", code, order);
+    Json call = Tell(code, order);
     if (code == 2012 || code == 2042) call["order"] = Record(order), call["order"]["price"] = SomePrice();
     call["orderInfo"] = Stored(order);
     call["orderInfo"]["orderStatus"] = dice_.Among(0, 1, 2, 8, 0x40, 0x100);
@@ -203,7 +214,9 @@ Json CDay::Correct() {
     order.product = product::kNone;
     trades_.erase(trades_.begin() + static_cast<std::ptrdiff_t>(at));
     const Instrument& i = house_.instruments[order.instrument];
-    Json call = Request(dice_.OneIn(8) ? "CheckSurveillance" : "UpdateSurveillance", dice_.Among(5440, 5445), order);
+    const int code = dice_.Among(5440, 5445, 2223);
+    const bool checked = code != 2223 && !order.dealerOnly && dice_.OneIn(8);
+    Json call = checked ? Request("CheckSurveillance", code, order) : Tell(code, order);
     Json correction{{"exchangeMask", i.exchangeMask}};
     PutContract(correction, i);
     correction["tradedQuantity"] = order.remaining, correction["newQuantity"] = dice_.Among(1, 5, 100);
@@ -212,7 +225,11 @@ Json CDay::Correct() {
     correction["accountText"] = correction["sellClientAccount"] = correction["buyClientAccount"] = client;
     call["tradeCorrection"] = std::move(correction);
     call["orderInfo"] = Stored(order);
-    call["trade"] = TradeRecord(order, order.remaining, order.price);
+    if (code == 2223) {
+        call["orderInfo"]["orderStatus"] = dice_.Among(0, 0x20, 1, 0x10, 0x4000);
+    } else {
+        call["trade"] = TradeRecord(order, order.remaining, order.price);
+    }
     return call;
 }
 
@@ -342,7 +359,7 @@ Json CDay::Next() {
         due_.pop_front();
         return call;
     }
-    const int chance = dice_.Pick(0, 99);
+    const int chance = dice_.Pick(0, house_.style.limits ? 99 : 73);
     if (chance < 34) return Enter();
     if (chance < 40) return Probe();
     if (chance < 70) return FollowUp();

@@ -27,9 +27,11 @@ class CDay {
         int buySell = 1, product = 0;
         int remaining = 0, filled = 0, price = 0;
         int firstLegPrice = 0, secondLegPrice = 0, triggerPrice = 0;
+        bool dealerOnly = false;
     };
 
     Json Request(const char* call, int code, const Order& order);
+    Json Tell(int code, const Order& order);
     [[nodiscard]] Json Record(const Order& order) const;
     [[nodiscard]] Json Stored(const Order& order) const;
     [[nodiscard]] Json TradeRecord(const Order& order, int quantity, int price) const;

@@ -8,6 +8,7 @@ namespace soak {
 namespace {
 
 constexpr std::int32_t kDay = 86400;
+constexpr std::int32_t kScripGroup = -101;
 
 /// As many daily masks as expiry ones, so that no list of stores ends early.
 const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
@@ -32,10 +33,13 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.openLevels = dice.OneIn(3);
     style.riskFiles = dice.OneIn(2);
     style.oddCalls = dice.OneIn(2);
+    style.dealerOnly = dice.OneIn(4);
+    style.lotWeights = dice.OneIn(3);
     if (kind_ == DayKind::kStopped) {
         style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
-            false;
+            style.dealerOnly = false;
     }
+    if (kind_ == DayKind::kUnlimited) style.limits = style.openLevels = style.conversions = style.riskFiles = false;
     MakeInstruments();
     MakeHolders();
 }
@@ -62,6 +66,22 @@ void CHouse::MakeInstruments() {
     for (const std::int16_t exchange : {surv::kMaskMcx, surv::kMaskNcdex}) {
         for (const std::int32_t token : {1, 2}) instruments.push_back({exchange, exchange * 100 + token, -1, near, 90});
     }
+    for (Instrument& i : instruments) {
+        if (dice_.OneIn(3)) i.scripGroup = dice_.Among(kScripGroup, kScripGroup + 1);
+        i.factors = FactorsOf(i.exchangeMask);
+    }
+}
+
+/// Worths are quarters of a paisa: those that aren't whole hundredths are rounded.
+Json CHouse::FactorsOf(std::int16_t exchangeMask) {
+    if (exchangeMask == surv::kMaskNcdex)
+        return {{"priceMultiplier", style.lotWeights ? dice_.Among(10000, 2500, 12345) : 10000}};
+    Json factors{{"priceMultiplier", 1}};
+    if (exchangeMask != surv::kMaskMcx || !style.lotWeights) return factors;
+    factors["priceNumerator"] = dice_.Pick(1, 5), factors["priceDenominator"] = dice_.Among(0, 1, 2);
+    factors["generalNumerator"] = dice_.Pick(1, 3), factors["generalDenominator"] = dice_.Among(1, 2);
+    factors["lotMultiplier"] = dice_.Among(1, 5, 100);
+    return factors;
 }
 
 void CHouse::MakeHolders() {
@@ -126,6 +146,7 @@ Json CHouse::BareRow(const std::string& entity, int mask, std::int32_t token) co
 
 Json CHouse::LimitRow(const std::string& entity, int mask) {
     Json row = BareRow(entity, mask, surv::kAllSecurities);
+    if (!style.limits) return row;
     if (dice_.OneIn(8)) {
         row["baseFund"] = 1e8, row["netExposureMultiplier"] = dice_.Among(10000, 25000);
         row["netExposureLimit"] = 1e8;
@@ -150,10 +171,15 @@ Json CHouse::Start() {
             row["token"] = 101;
             limits.push_back(std::move(row));
         }
+        for (const int mask : MasksOf(entity)) {
+            if (!dice_.OneIn(4)) continue;
+            for (const std::int32_t token : {dice_.PickOf(instruments).token, kScripGroup + dice_.Pick(0, 1)})
+                limits.push_back(BareRow(entity, mask, token));
+        }
         if (entity[0] != 'C' && entity[0] != 'D') continue;
         holdings.push_back({{"categoryCode", entity},
                             {"isinCode", kIsin},
-                            {"holdingQty", dice_.Among(0, 100, 5000)},
+                            {"holdingQty", style.limits ? dice_.Among(0, 100, 5000) : 1'000'000},
                             {"collateralQty", dice_.Among(0, 50, 5000)},
                             {"collateralPrice", 1000.0},
                             {"haircutRate", dice_.Among(0, 2500)}});
@@ -243,6 +269,7 @@ Script CHouse::RiskFile(std::int16_t exchangeMask) {
 Script CHouse::Opening() {
     Script calls{{{"call", "@clock"}, {"now", kNow}},
                  {{"call", "MTMTimeIntervalAndTickCount"}, {"seconds", 0}, {"ticks", 1}}};
+    if (style.lotWeights) calls.push_back({{"call", "InitializeMCXLOTWeightOnOrOff"}, {"value", 1}});
     Json baskets = Json::array(), rates = Json::array();
     for (const Instrument& i : instruments) {
         if (surv::IsCashExchange(i.exchangeMask)) {

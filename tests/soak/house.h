@@ -31,6 +31,9 @@ struct DayStyle {
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
     bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
+    bool limits = true;        ///< rows that may refuse, and calls that are no orders
+    bool dealerOnly = false;   ///< some events are told to the dealer's level alone
+    bool lotWeights = false;   ///< MCX counts in lots, NCDEX prices have factors
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 
@@ -45,10 +48,12 @@ struct Holder {
 struct Instrument {
     std::int16_t exchangeMask;
     std::int32_t token, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
+    std::int32_t scripGroup = 0;
+    Json factors = Json::object();  ///< of price and quantity, as a request names them
 };
 
-/// Days that stop have orders alone whose rows a start takes.
-enum class DayKind : std::uint8_t { kWhole, kStopped };
+/// Days that stop have orders alone whose rows a start takes; those without limits have orders alone.
+enum class DayKind : std::uint8_t { kWhole, kStopped, kUnlimited };
 
 class CHouse {
  public:
@@ -70,6 +75,7 @@ class CHouse {
 
  private:
     void MakeInstruments();
+    Json FactorsOf(std::int16_t exchangeMask);
     void MakeHolders();
     Json LimitRow(const std::string& entity, int mask);
     Json Start();

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <random>
 
+#include "again.h"
 #include "restart.h"
 
 namespace {
@@ -18,6 +19,7 @@ struct Options {
     std::string folder = ".";
     std::string script;
     bool restart = false;  ///< stop each day in its middle and go on afresh
+    bool again = false;    ///< play each day twice, and one without limits in another order
 };
 
 soak::Planted PlantedOf(const Options& options) { return options.planted ? soak::Planted::kYes : soak::Planted::kNo; }
@@ -55,6 +57,18 @@ int Run(const Options& options) {
             std::cout << first + day << ", call " << stopped.fault.call << ": " << stopped.fault.what << std::endl;
             return 1;
         }
+        if (options.again || (options.minutes > 0 && day % 8 == 6)) {
+            for (const auto play : {&soak::PlayAgain, &soak::PlayShuffled}) {
+                const soak::AgainDay twice = play(first + day, options.calls);
+                seen["orders of days played again"] += twice.orders;
+                if (!twice.fault.Found()) continue;
+                const std::string file = options.folder + "/again-" + std::to_string(first + day) + ".jsonl";
+                soak::WriteScript(file, twice.script, twice.fault.what);
+                std::cout << first + day << ", call " << twice.fault.call << ": " << twice.fault.what << std::endl;
+                return 1;
+            }
+            continue;
+        }
         const soak::Day played = soak::Simulate(first + day, options.calls, PlantedOf(options));
         for (const auto& [what, count] : played.seen) seen[what] += count;
         seen["calls"] += played.script.size();
@@ -77,6 +91,7 @@ int main(int argc, char** argv) {
     app.add_option("--folder", options.folder, "where the shortest script of a fault goes");
     app.add_option("--script", options.script, "check this script instead");
     app.add_flag("--restart", options.restart, "stop each day in its middle and go on in a fresh process");
+    app.add_flag("--again", options.again, "play each day twice, and one without limits in another order");
     app.add_flag("--planted", options.planted)->group("");  // hidden: finds a false invariant
     CLI11_PARSE(app, argc, argv);
     return Run(options);

@@ -15,8 +15,12 @@ namespace {
 
 using namespace surv;
 
-constexpr const char* kOpening[] = {"@clock", "MTMTimeIntervalAndTickCount", "InitializeProductMasterInfo",
-                                    "InitializeAllAdditionalMarginInfo", "ProcessRPFInfo"};
+constexpr const char* kOpening[] = {"@clock",
+                                    "MTMTimeIntervalAndTickCount",
+                                    "InitializeProductMasterInfo",
+                                    "InitializeAllAdditionalMarginInfo",
+                                    "InitializeMCXLOTWeightOnOrOff",
+                                    "ProcessRPFInfo"};
 
 /// A limit row as it was handed out. The start forms the margins of the rows of all securities on the expiry side:
 /// those of equity are added to what the row says, so it must say nothing.
@@ -39,6 +43,8 @@ Json KeptPositions(const Snapshot& state, const CBook::Market& market) {
         row.limitMask = PeriodicityOf(row.marketSegment, daily ? Period::kDaily : Period::kExpiry);
         const auto price = market.find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
         row.lastPrice = price == market.end() ? 0 : price->second;
+        if (row.marketSegment == static_cast<int>(Segment::kNcdexFutures))  // a row tells the price by its factor
+            row.lastPrice = static_cast<std::int32_t>(row.lastPrice * (row.priceMultiplier / 10000.0));
         rows.push_back(survhost::DecodeRecord(row));
     }
     return rows;

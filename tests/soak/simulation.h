@@ -40,8 +40,9 @@ class CSimulation {
 
  private:
     Fault Check(const Json& line, const Snapshot& before);
-    /// What an order that ends at once has left in the rows.
-    [[nodiscard]] std::string LeftBehind(const Json& line) const;
+    [[nodiscard]] bool EndsEntered(const Json& line) const;
+    /// What an order that has ended at once has left in rows, positions and holdings.
+    [[nodiscard]] std::string LeftBehind() const;
     void NoteEntry(const Json& line, const Snapshot& before);
 
     Planted planted_;
@@ -50,6 +51,7 @@ class CSimulation {
     Snapshot state_;
     Json entered_;  ///< the order of the last call, if it was a new one and is in
     Snapshot beforeOrder_;
+    bool enteredByCheck_ = false;
     bool ordersCame_ = false, newCharges_ = false;
     Json answer_;
     std::size_t calls_ = 0;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "again.h"
 #include "restart.h"
 
 namespace soak {
@@ -12,9 +13,9 @@ namespace {
 
 constexpr int kCalls = 300;
 #ifdef SURVEILLANCE_SANITIZED
-constexpr std::uint32_t kDays = 6, kRestartDays = 3;  // the whole row of days is the release build's
+constexpr std::uint32_t kDays = 6, kRestartDays = 3, kDaysAgain = 2;  // the whole row of days is the release build's
 #else
-constexpr std::uint32_t kDays = 24, kRestartDays = 12;
+constexpr std::uint32_t kDays = 24, kRestartDays = 12, kDaysAgain = 10;
 #endif
 
 TEST(Soak, EverythingHoldsAfterEveryCall) {
@@ -30,10 +31,15 @@ TEST(Soak, EverythingHoldsAfterEveryCall) {
     }
     // A day that does nothing holds, too.
     for (const char* what : {"accepted", "refused", "UpdateSurveillance"}) EXPECT_GT(seen[what], 15 * kDays) << what;
-    for (const char* what : {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo"}) {
+    for (const char* what :
+         {"probes", "AddAndComputeMTM", "UpdateSurvLimits", "UpdateDPPositionInfo", "ended at once"}) {
         EXPECT_GT(seen[what], 2 * kDays) << what;
     }
+    for (const char* what : {"code 2223", "told to the dealer alone", "orders in lots"}) {
+        EXPECT_GT(seen[what], kDays / 2) << what;
+    }
     EXPECT_GT(seen["figures compared"], 300'000 * kDays);
+    EXPECT_GT(seen["figures of scrips compared"], 100'000 * kDays);
 }
 
 TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
@@ -44,6 +50,19 @@ TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
         orders += day.orders;
     }
     EXPECT_GT(orders, 60 * kRestartDays);
+}
+
+TEST(Soak, ADayIsTheSameAgainAndInAnyOrderOfItsHolders) {
+    std::size_t orders = 0;
+    for (std::uint32_t seed = 1; seed <= kDaysAgain; ++seed) {
+        for (const auto play : {&PlayAgain, &PlayShuffled}) {
+            const AgainDay day = play(seed, kCalls);
+            ASSERT_FALSE(day.fault.Found()) << "seed " << seed << (play == &PlayAgain ? "" : ", shuffled") << ", call "
+                                            << day.fault.call << ": " << day.fault.what;
+            orders += day.orders;
+        }
+    }
+    EXPECT_GT(orders, 400 * kDaysAgain);
 }
 
 TEST(Soak, AFalseInvariantIsCutToTheCallsThatBreakIt) {
