@@ -203,6 +203,8 @@ TEST(LevelWalk, ALevelThatIsOnlyUpdatedMovesPositionsByClientInPlace) {
     ASSERT_TRUE(s.Check(order).Passed());
     EXPECT_EQ(Indexed(s, "C1", Period::kExpiry, "G1|C1"), 200) << "once an order, not in the commit again";
     EXPECT_EQ(Indexed(s, "D1", Period::kExpiry, "G1|C1"), 100);
+    ASSERT_TRUE(s.Check({.clientType = 1}).Passed());
+    EXPECT_NE(s.HeldBy("-", Period::kExpiry, "G1", "C1    +"), nullptr) << "the root sums under six characters";
 }
 
 }  // namespace

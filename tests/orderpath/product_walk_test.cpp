@@ -139,6 +139,13 @@ TEST(ProductWalk, ASaleOfDeliveriesBlocksTheHolding) {
     EXPECT_EQ(holdings.Find("INE009A01021")->categoryCode.View(), "C1");
 }
 
+TEST(ProductWalk, ATwoLegOrderStandsOnceInThePositionOfItsFirstLeg) {
+    CProducts s;
+    ASSERT_EQ(s.Buy(product::kMarginPlus).text, "");
+    const auto& held = s.library.manager->FindCategory("C1")->Book(Period::kExpiry).exposures;
+    EXPECT_EQ(held.Find({kMaskNseCash, PositionFamily::kMarginPlusFirst, kToken})->data.orderBuyQty, 100);
+}
+
 TEST(ProductWalk, ADealerWithTheClientsCodeBuysTheSharesOnce) {
     CProducts s;
     OrderSpec order;
