@@ -153,7 +153,7 @@ TEST(OutOfMemory, IsToldByTheExportedEvent) {
     auto* request = reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     CPtrList rows;
     const long failures = CutShort([&] { return UpdateSurveillance(request, nullptr, &rows, nullptr, 0) == 0; },
-                                 [&rows](bool) { FreeRows<LimitRow>(rows); });
+                                   [&rows](bool) { FreeRows<LimitRow>(rows); });
     EXPECT_EQ(told, failures);
     LimitRow row = EmptyLimit("C1", 3);
     ASSERT_EQ(GetSurveillancePositions(&row), 0);

@@ -18,8 +18,7 @@ struct LevelOfHouse {
     const char* parent;  // of its accounts
 };
 /// From the lowest to the root.
-constexpr LevelOfHouse kLevels[] = {{"S1", "C1"}, {"C1", "G1"}, {"F1", "G1"},
-                                    {"D1", "G1"}, {"G1", "G1"}, {"-", "G1"}};
+constexpr LevelOfHouse kLevels[] = {{"S1", "C1"}, {"C1", "G1"}, {"F1", "G1"}, {"D1", "G1"}, {"G1", "G1"}, {"-", "G1"}};
 
 /// Six levels with a daily row, a settlement row and a settlement row of the scrip each, and 100 shares bought.
 class CSixLevels : public CScenario {

@@ -163,8 +163,9 @@ TEST(ProductWalk, MarginFundingSellsWhatHasTraded) {
     EXPECT_EQ(fresh.Head(), "-312, -227, -227 at now: S1, 12");
     ASSERT_EQ(s.Buy(product::kMtf).text, "");
     for (const char* level : {"S1", "C1", "F1"}) {
-        CSurvPosition& held = *s.library.manager->FindCategory(level)->Book(Period::kExpiry).exposures.Find(
-            {kMaskNseCash, PositionFamily::kMtf, kToken});
+        CSurvPosition& held = *s.library.manager->FindCategory(level)
+                                   ->Book(Period::kExpiry)
+                                   .exposures.Find({kMaskNseCash, PositionFamily::kMtf, kToken});
         held.data.tradedBuyQty = 99;
         const Answer tooMuch = s.Sell(product::kMtf);
         EXPECT_EQ(tooMuch.text, "C1|Only Square Off Orders allowed for MTF of ");
