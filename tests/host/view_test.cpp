@@ -68,10 +68,7 @@ TEST(Summary, HoldsEachFigureAgainstItsLimitInOneUnit) {
 
 TEST(TextFormat, GroupsRupeesByLakhAndCrore) {
     const std::tuple<double, const char*> cases[]{
-        {0, "0.00"},
-        {-100000, "-1,000.00"},
-        {12345678, "1,23,456.78"},
-        {1e11, "1,00,00,00,000.00"},
+        {0, "0.00"},         {-100000, "-1,000.00"}, {12345678, "1,23,456.78"}, {1e11, "1,00,00,00,000.00"},
         {std::nan(""), "-"},
     };
     for (const auto& [paise, text] : cases) EXPECT_EQ(Rupees(paise), text);

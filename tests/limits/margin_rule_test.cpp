@@ -102,8 +102,8 @@ constexpr const char* kProductForm = "Margin Limit exceeded. Set = %d.00, Used =
 constexpr Set kSets[] = {
     {product::kDelivery, kProductForm, 8200, 33200},
     {product::kConvertToDelivery, "Limit exceeded-PC.Set=%d.00,Used=%d.00(M)(Prev=%d.00)", 8200, 33200},
-    {product::kMarginPlus, "Margin Limit exceeded for Margin Plus Order.Set=%d.00,Used=%d.00(M)(Prev=%d.00)",
-     8200, 13200},
+    {product::kMarginPlus, "Margin Limit exceeded for Margin Plus Order.Set=%d.00,Used=%d.00(M)(Prev=%d.00)", 8200,
+     13200},
     {product::kMtf, kProductForm, 8200, 14450},
 };
 

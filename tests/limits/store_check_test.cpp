@@ -4,9 +4,7 @@
 
 #include <utility>
 
-#include "limits/row_masks.h"
-#include "platform/format.h"
-#include "support/row_bench.h"
+#include "support/scenario.h"
 
 namespace surv::test {
 namespace {
@@ -19,13 +17,13 @@ constexpr std::int32_t kScrip = 2885;
 const OrderSpec kOrderOfGroupB{.symbol = "SYM", .scripGroupNumber = kGroupB};
 
 /// What is expected of a client's refusal: "quantity 10" or "size 10", by the rule and its limit, and the suffix.
-std::string Refusal(const std::string& rule, const std::string& suffix, const char* label) {
+std::string Refusal(const std::string& rule, const std::string& suffix) {
     const std::string limit = rule.substr(rule.find(' ') + 1);
     const std::string text = rule[0] == 'q' ? "Order failed Net Quantity check where the limit is " + limit +
                                                   " , prev. utilized was 0 and current value is 100 "
                                             : "Order failed Max. Single Transaction Qty Check where the limit is " +
                                                   limit + " and current value is 100 ";
-    return "C1|" + text + suffix + label + " of ";
+    return "C1|" + text + suffix + " of Equity ( NSE-Settlement)  of ";
 }
 
 TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
@@ -68,7 +66,7 @@ TEST(StoreCheck, AScripRowLiftsANetQuantityRefusalAndTheTextNamesTheRow) {
             const std::string before = s.Dump();
             const Answer answer = s.Check(kOrderOfGroupB);
             if (*refusing) {
-                EXPECT_EQ(answer.text, Refusal(refusing, suffix, " of Equity ( NSE-Settlement) "));
+                EXPECT_EQ(answer.text, Refusal(refusing, suffix));
                 EXPECT_EQ(answer.errorCode, refusing[0] == 'q' ? -229 : -206);
                 EXPECT_EQ(s.Dump(), before);
                 continue;
@@ -106,32 +104,6 @@ TEST(StoreCheck, AnEnquiryAsksTheScripWhateverTheWiderRowsSay) {
                                                     {0x12, kGroupB},     {0x13, kScrip}, {2, kAllSecurities}};
     EXPECT_EQ(found, expected);
     EXPECT_EQ(s.Dump(), before);
-}
-
-TEST(StoreCheck, NarrowMasksAnswerBeforeWideOnesAndDailyBeforeSettlement) {
-    const std::tuple<std::int16_t, std::vector<std::int16_t>> cases[]{
-        {kMaskNseCash, {2, 0x12, 0xE, 0x7E, 0x1FE, 3, 0x13, 0xF, 0x7F, 0x1FF}},
-        {kMaskBseCash, {0x10, 0x12, 0x7E, 0x1FE, 0x11, 0x13, 0x7F, 0x1FF}},
-    };
-    for (const auto& [exchangeMask, masks] : cases) {
-        CScenario s;
-        s.House(0x13);
-        // Rows arrive widest first, among others that don't meet the order.
-        for (auto mask = kRowMasks.rbegin(); mask != kRowMasks.rend(); ++mask) {
-            if (*mask == 0x13) continue;
-            s.Limit("C1", *mask, [](Row& row) { row.maxSingleOrderQty = 99; });
-        }
-        s.Row("C1", 0x13).maxSingleOrderQty = 99;
-        const OrderSpec order{.exchangeMask = exchangeMask, .symbol = "SYM"};
-        for (const std::int16_t mask : masks) {
-            SCOPED_TRACE(mask);
-            const Answer answer = s.Check(order);
-            const std::string label{LimitMaskLabel(mask)};
-            EXPECT_EQ(answer.text, Refusal("size 99", " across all securities", label.c_str()));
-            s.Row("C1", mask).maxSingleOrderQty = -1;
-        }
-        EXPECT_TRUE(s.Check(order).Passed());
-    }
 }
 
 /// The walk ends once every store of the period has been met. It mustn't end before, whatever else there is.

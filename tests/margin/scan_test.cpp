@@ -181,14 +181,5 @@ TEST(Margin, TheAddOnRaisesTheRowsOfItsClient) {
     }
 }
 
-TEST(Margin, AnOrderWithoutItsParametersIsRefused) {
-    CDerivativeHouse house;
-    const Contract contract{.token = 100, .expiryDate = house.Days(30)};
-    const Answer answer = house.Order(contract, kBuy, 1, 100);
-    EXPECT_EQ(answer.status, status::kNoRiskParameters);
-    EXPECT_EQ(answer.text + " " + answer.failedLevelCode, "C1|RPF Details not available D1");
-    EXPECT_EQ(answer.errorCode, -317);
-}
-
 }  // namespace
 }  // namespace surv::test

@@ -153,7 +153,7 @@ TEST(OutOfMemory, IsToldByTheExportedEvent) {
     auto* request = reinterpret_cast<tagSurveillanceInfo*>(buffer.data());
     CPtrList rows;
     const long failures = CutShort([&] { return UpdateSurveillance(request, nullptr, &rows, nullptr, 0) == 0; },
-                                 [&rows](bool) { FreeRows<LimitRow>(rows); });
+                                   [&rows](bool) { FreeRows<LimitRow>(rows); });
     EXPECT_EQ(told, failures);
     LimitRow row = EmptyLimit("C1", 3);
     ASSERT_EQ(GetSurveillancePositions(&row), 0);
@@ -218,24 +218,6 @@ TEST(OutOfMemory, ALimitIsAddedWholeOrNotAtAll) {
         return done;
     });
     EXPECT_EQ(s.library.manager->categoriesByPeriod.Find(0)->Size(), 9);
-}
-
-/// A start goes on, each time memory runs out, from the row that it couldn't take.
-TEST(OutOfMemory, RowsOfAStartCountOnceHoweverOftenItIsRepeated) {
-    for (const std::int16_t mode : {std::int16_t{0}, std::int16_t{2}}) {
-        CPtrList limits, exposures;
-        for (const char* code : {"C1", "D1", "C2"}) limits.AddTail(new LimitRow(EmptyLimit(code, 3)));
-        for (const char* code : {"C1", "D1"}) exposures.AddTail(new BKExposureTag(PositionRow(code, 3, 100)));
-        CScenario s({.positionMode = mode});
-        const LoadLists lists{.limits = &limits, .exposures = &exposures};
-        EXPECT_GT(CutShort([&] { return s.library.manager->Initialize(lists) == kDone; }, [](bool) {}), 9);
-        EXPECT_NE(s.library.manager->FindCategory("C2"), nullptr);
-        for (const char* code : {"C1", "D1"}) {
-            EXPECT_EQ(s.Held(code, Period::kExpiry)->data.tradedBuyQty, 100) << code;
-            EXPECT_EQ(s.Row(code, 3).usedMarginMax, 25000) << code;
-        }
-        for (CPtrList* each : {&limits, &exposures}) each->RemoveAll();
-    }
 }
 
 TEST(OutOfMemory, TheHoldingsOfAStartCountAllOrNotAtAll) {

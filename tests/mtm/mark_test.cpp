@@ -99,8 +99,11 @@ TEST(Reload, TheStartLaysTheWholeMtmIn) {
         const char* name;
         std::int16_t mode, mtmMode, orderBased;
         bool laidIn;
-    } cases[] = {{"mode 0", 0, 7, 0, false}, {"mode 1", 1, 0, 0, true},      {"mode 2", 2, 0, 0, true},
-                 {"mode 3", 3, 4, 0, true},  {"order-based", 0, 0, 1, true}};
+    } cases[] = {{"mode 0", 0, 7, 0, false},
+                 {"mode 1", 1, 0, 0, true},
+                 {"mode 2", 2, 0, 0, true},
+                 {"mode 3", 3, 4, 0, true},
+                 {"order-based", 0, 0, 1, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         CMarkedHouse s;

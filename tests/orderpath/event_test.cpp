@@ -81,9 +81,9 @@ TEST(Event, TakesAPartAMarketPriceAndTheModeIntoAccount) {
     EXPECT_EQ(Figures(mode1), "0 -60000, 60 1440000; -1500000 1440000") << "mode 1 doesn't ask for the state";
 
     // A stored order at market went in at the offer, 251.00.
-    for (const auto& [code, figures] : {std::pair{2075, "-70 -1757000, 0 0; -1757000 0"},
-                                        std::pair{2042, "10 317000, 0 0; 317000 0"},
-                                        std::pair{2222, "0 -66000, 60 1440000; -1506000 1440000"}}) {
+    for (const auto& [code, figures] :
+         {std::pair{2075, "-70 -1757000, 0 0; -1757000 0"}, std::pair{2042, "10 317000, 0 0; 317000 0"},
+          std::pair{2222, "0 -66000, 60 1440000; -1506000 1440000"}}) {
         CScenario s;
         s.House();
         s.Market(kMaskNseCash, 2885, 24900, 25100, 25050, 25000);

@@ -2,64 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "support/scenario.h"
 
 namespace surv::test {
 namespace {
 
-/// An order with all six levels, no margin flag set.
-OrderSpec Order() { return {.family = "F1", .subClient = "S1", .subClientType = 12}; }
-constexpr const char* kEntities[] = {"G1", "D1", "F1", "C1", "S1", "-"};
-constexpr std::uint8_t kAllMargins = 0x1F;
-
-struct Refused {
-    const char *entity, *unknown, *limitless;  // of the last two the level's name
-    std::uint8_t checkFlag, marginFlag;        // that switches the test of the segment on; none: always made
-};
-constexpr Refused kTests[] = {
-    {"G1", "Group", "Group", 1 << 1, 0},           {"D1", "Dealer", "Dealer", 0, 1 << 1},
-    {"F1", "Family", "Family", 0, 1 << 2},         {"C1", "Client", "Client", 1 << 4, 0},
-    {"S1", "Sub Client", "Sub Client", 1 << 5, 0}, {"-", "dealer", "Dealer", 0, 0},
-};
-
-/// A house in which `entity` and all that are tested after it have limits of another market, or are missing.
-void Furnish(CScenario& s, const char* entity, bool there) {
-    const auto* fault = std::find(std::begin(kEntities), std::end(kEntities), std::string_view{entity});
-    for (const auto* at = std::begin(kEntities); at != std::end(kEntities); ++at) {
-        if (at < fault) s.Limit(*at, 3);
-        if (at >= fault && there) s.Limit(*at, 5);
-    }
-}
-
 void ExpectRefusal(const Answer& answer, const std::string& text) {
     EXPECT_EQ(answer.text, text);
     EXPECT_EQ(answer.Head(), "-306, -208, 0 at now: D1, -1") << "the dealer's, until the walk begins";
-}
-
-TEST(Hierarchy, TheFirstCodeWithoutLimitsRefuses) {
-    for (const Refused& test : kTests) {
-        SCOPED_TRACE(test.entity);
-        OrderSpec order = Order();
-        order.clientType = 1, order.levelMarginFlags = kAllMargins;
-        for (const bool there : {false, true}) {
-            CScenario s({.featureBits = 0x10});
-            Furnish(s, test.entity, there);
-            const std::string before = s.Dump();
-            ExpectRefusal(s.Check(order), (there ? std::string("C1|Relevant Limits not Set for ") + test.limitless
-                                                 : std::string("C1|Limits not Set or Invalid ") + test.unknown) +
-                                              " Code : " + test.entity + " ");
-            EXPECT_EQ(s.Dump(), before);
-        }
-        // Without its flag the test of the segment isn't made.
-        CScenario s({.featureBits = 0x10});
-        for (const char* entity : kEntities) s.Limit(entity, std::string_view{entity} == test.entity ? 5 : 3);
-        order.levelCheckFlags = static_cast<std::uint8_t>(0xFF & ~test.checkFlag);
-        order.levelMarginFlags = static_cast<std::uint8_t>(kAllMargins & ~test.marginFlag);
-        const bool always = test.checkFlag == 0 && test.marginFlag == 0;
-        EXPECT_EQ(s.Check(order).status, always ? -306 : 1);
-    }
 }
 
 TEST(Hierarchy, WhichLevelsAnOrderHas) {

@@ -83,8 +83,8 @@ TEST(Intake, TypesThreeAndFiveNarrowTheLevelsOffMcx) {
 
 TEST(Intake, OnlyOrdersAndTheirChangesConvert) {
     std::string converting;
-    for (const std::int16_t code : std::initializer_list<std::int16_t>{2000, 2012, 2040, 2042, 2075, 2150, 2155, 2156,
-                                                                       2222, 30160, 31000}) {
+    for (const std::int16_t code :
+         std::initializer_list<std::int16_t>{2000, 2012, 2040, 2042, 2075, 2150, 2155, 2156, 2222, 30160, 31000}) {
         if (ProductTypeOf(product::kConvertToMargin, code) != product::kNone) converting += Row(code) + " ";
     }
     EXPECT_EQ(converting, "2000 2012 2040 2150 2155 2156 30160 ");

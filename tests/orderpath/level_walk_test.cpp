@@ -18,8 +18,7 @@ struct LevelOfHouse {
     const char* parent;  // of its accounts
 };
 /// From the lowest to the root.
-constexpr LevelOfHouse kLevels[] = {{"S1", "C1"}, {"C1", "G1"}, {"F1", "G1"},
-                                    {"D1", "G1"}, {"G1", "G1"}, {"-", "G1"}};
+constexpr LevelOfHouse kLevels[] = {{"S1", "C1"}, {"C1", "G1"}, {"F1", "G1"}, {"D1", "G1"}, {"G1", "G1"}, {"-", "G1"}};
 
 /// Six levels with a daily row, a settlement row and a settlement row of the scrip each, and 100 shares bought.
 class CSixLevels : public CScenario {
@@ -203,6 +202,8 @@ TEST(LevelWalk, ALevelThatIsOnlyUpdatedMovesPositionsByClientInPlace) {
     ASSERT_TRUE(s.Check(order).Passed());
     EXPECT_EQ(Indexed(s, "C1", Period::kExpiry, "G1|C1"), 200) << "once an order, not in the commit again";
     EXPECT_EQ(Indexed(s, "D1", Period::kExpiry, "G1|C1"), 100);
+    ASSERT_TRUE(s.Check({.clientType = 1}).Passed());
+    EXPECT_NE(s.HeldBy("-", Period::kExpiry, "G1", "C1    +"), nullptr) << "the root sums under six characters";
 }
 
 }  // namespace

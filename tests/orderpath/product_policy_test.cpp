@@ -33,10 +33,6 @@ template <int kFlags>
 void DealerMay(CScenario& s) {
     s.Preference("D1", kMaskNseCash, [](auto& p) { p.allowedProducts = kFlags; });
 }
-template <int kFlags>
-void EverybodyMay(CScenario& s) {
-    s.Preference("*****", kMaskNseCash, [](auto& p) { p.allowedProducts = kFlags; });
-}
 void DealerElsewhere(CScenario& s) { s.Preference("D1", kMaskBseCash); }
 template <int kFlags>
 void ScripAllows(CScenario& s) {
@@ -48,7 +44,7 @@ void ScripAllows(CScenario& s) {
     basket.dailyBand = 1000;     // 10 percent
     basket.basePrice = 25000;
     s.library.context.products.SetBasket(basket);
-    if (!s.library.manager->defaultRiskPreference) EverybodyMay<15>(s);
+    s.Preference("*****", kMaskNseCash);
 }
 template <int kFundFlags>
 void AfterMarketBits(CScenario& s) {
@@ -79,20 +75,14 @@ const Case kCases[]{
     // Margin+: whose preference
     {"no preference anywhere", kP, nullptr, nullptr, "Margin+ Order Preference Not Set for ", "C1"},
     {"client forbids", kP, ClientMay<11>, nullptr, "Margin+ Order Not Allowed for ", "C1"},
-    {"client allows", kP, ClientMay<4>, nullptr, "Product Scrip Basket Info not available for ", "-"},
     {"dealer as client, other exchange", kP, DealerElsewhere, DealerIsClient, "Margin+ Order Preference Not Set for "},
     {"own account, other exchange", kP, DealerElsewhere, Own, "Margin+ Order Preference Not Set for ", "D1"},
-    {"own account forbidden", kP, DealerMay<1>, Own, "Margin+ Order Not Allowed for ", "D1"},
     // Margin+: shape
-    {"scrip closed", kP, ScripAllows<11>, Bracket, "Margin+ Order Not Allowed for the scrip - SCRIP for "},
     {"bracket", kP, ScripAllows<4>, Bracket, kAccepted},
     {"buy below its stop", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.price = 25001; }>,
      "Wrong Price for Margin Plus Buy Order -FirstLegPrice[250.00] and SecondLegPrice[250.01] for "},
     {"sale above its stop", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.buySell = kSell; }>,
      "Wrong Price for Margin Plus Sell Order -FirstLegPrice[250.00] and SecondLegPrice[248.00] for "},
-    {"trigger at the limit", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.triggerPrice = 24800; }>,
-     "Trigger Price and Limit Price should not be equal for Margin Plus Order - Trigger Price[248.00] and Limit "
-     "Price[248.00] for "},
     {"first leg above the day", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.firstLegPrice = 27501; }>,
      "First Leg Price out of Daily Price Range[225.00 - 275.00] of Symbol-[SCRIP] for "},
     {"limit below the day", kP, ScripAllows<4>, BracketBut<[](auto& o) { o.price = 22499; }>,
@@ -124,11 +114,8 @@ const Case kCases[]{
      [](CScenario& s) { ScripAllows<4>(s), s.library.context.settings.marginPlusMinOrderValue = 2501; },
      BracketBut<[](auto& o) { o.marginPlusLeg = 2, o.firstLegPrice = 24700; }>, kAccepted},
     // MTF
-    {"MTF forbidden", kF, ClientMay<7>, nullptr, "MTF Order Not Allowed for ", "C1"},
-    {"MTF scrip closed", kF, ScripAllows<7>, nullptr, "MTF Order Not Allowed for the scrip - SCRIP for ", "C1"},
     {"MTF own account forbidden", kF, DealerMay<7>, Own, "MarginFunding Order Not Allowed for ", "D1"},
     // Delivery and margin on the scrip
-    {"delivery closed", 2, ScripAllows<13>, nullptr, "Delivery Order Not Allowed for the scrip - SCRIP for "},
     {"margin open, own account", 1, ScripAllows<1>, Own, kAccepted},
     // After-market
     {"no overall record", 9, ClientMay<15>, nullptr, "AMO Order Preference Not Set for "},

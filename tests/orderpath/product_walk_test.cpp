@@ -139,6 +139,13 @@ TEST(ProductWalk, ASaleOfDeliveriesBlocksTheHolding) {
     EXPECT_EQ(holdings.Find("INE009A01021")->categoryCode.View(), "C1");
 }
 
+TEST(ProductWalk, ATwoLegOrderStandsOnceInThePositionOfItsFirstLeg) {
+    CProducts s;
+    ASSERT_EQ(s.Buy(product::kMarginPlus).text, "");
+    const auto& held = s.library.manager->FindCategory("C1")->Book(Period::kExpiry).exposures;
+    EXPECT_EQ(held.Find({kMaskNseCash, PositionFamily::kMarginPlusFirst, kToken})->data.orderBuyQty, 100);
+}
+
 TEST(ProductWalk, ADealerWithTheClientsCodeBuysTheSharesOnce) {
     CProducts s;
     OrderSpec order;
@@ -156,8 +163,9 @@ TEST(ProductWalk, MarginFundingSellsWhatHasTraded) {
     EXPECT_EQ(fresh.Head(), "-312, -227, -227 at now: S1, 12");
     ASSERT_EQ(s.Buy(product::kMtf).text, "");
     for (const char* level : {"S1", "C1", "F1"}) {
-        CSurvPosition& held = *s.library.manager->FindCategory(level)->Book(Period::kExpiry).exposures.Find(
-            {kMaskNseCash, PositionFamily::kMtf, kToken});
+        CSurvPosition& held = *s.library.manager->FindCategory(level)
+                                   ->Book(Period::kExpiry)
+                                   .exposures.Find({kMaskNseCash, PositionFamily::kMtf, kToken});
         held.data.tradedBuyQty = 99;
         const Answer tooMuch = s.Sell(product::kMtf);
         EXPECT_EQ(tooMuch.text, "C1|Only Square Off Orders allowed for MTF of ");

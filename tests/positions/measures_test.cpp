@@ -46,6 +46,19 @@ std::string Text(const Numbers&... numbers) {
     return text.str();
 }
 
+TEST(Measures, WhereNothingNetsBuysAndSellsOfCashCountTogether) {
+    tagExposureScripSpecificInfo cash = Scrip(1), future = Scrip(2);
+    EXPECT_EQ(Mixed(&cash).GetGrossExposure(kOrders, 0, GrossMode::kBuyPlusSell), 3 * (5000 + 2400));
+    EXPECT_EQ(Mixed(&future).GetGrossExposure(kOrders, 0, GrossMode::kBuyPlusSell), 5000 - 2400);
+}
+
+/// 25 more sold than bought at a strike of 7, for 2,100 more.
+TEST(Measures, AWrittenOptionIsWorthItsStrikeAndWhatItBrought) {
+    tagExposureScripSpecificInfo option = Scrip(3);
+    EXPECT_EQ(Mixed(&option).GetNetSaleExposure(kTrades), 25 * 7);
+    EXPECT_EQ(Mixed(&option).GetOptionSaleValue(kTrades), 25 * 7 + 2100);
+}
+
 tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
     tagOrderInfoForSurv order;
     order.additionalMargin = {2'500'000, 1'000'000, 3'000'000, 30'000, 20'000};  // all, long, short, sold, bought

@@ -99,22 +99,5 @@ TEST(Position, McxValuesAreWeightedByLot) {
     EXPECT_EQ(RoundTo(-12.345, 2), -12.35) << "half away from zero";
 }
 
-TEST(Position, ReadingTheDataShortensTheOwnersCode) {
-    const std::tuple<const char*, std::int16_t, const char*, const char*> cases[]{
-        {"ABCDEF+HIJ+", 0, "ABCDEF", "G1"},
-        {"ABCDE+G", 6, "ABCDE+G", ""},
-        {"ABCDEFGHIJ+", 5, "ABCDEFGHIJ", "G1"},
-    };
-    for (const auto& [code, clientLevelType, shortened, group] : cases) {
-        tagPositionOwnerInfo owner;
-        owner.groupCode = "G1", owner.accountCode = code, owner.clientLevelType = clientLevelType;
-        CSurvPosition position(tagSurvPositionData{.orderBuyQty = 4, .ownerInfo = &owner});
-        EXPECT_EQ(position.GetPositionData().orderBuyQty, 4);
-        EXPECT_EQ(owner.accountCode.View(), shortened);
-        EXPECT_EQ(owner.groupCode.View(), group) << code;
-    }
-    EXPECT_EQ(CSurvPosition{}.GetPositionData().ownerInfo, nullptr);
-}
-
 }  // namespace
 }  // namespace surv
