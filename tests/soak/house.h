@@ -31,6 +31,8 @@ struct DayStyle {
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
     bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
+    bool levels = false;       ///< groups, dealers and families at any place, holders of any type
+    bool orderBased = false;   ///< positions are held by client from orders on
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 
@@ -78,7 +80,7 @@ class CHouse {
     CDice& dice_;
     DayKind kind_;
     std::map<std::int16_t, Json> charges_;  ///< of each market's underlying
-    std::vector<std::int16_t> entityLevels_;
+    std::vector<std::pair<int, int>> places_;  ///< level and second level of each entity
 };
 
 /// A limit of one kind at a value that orders meet exactly, entered into a row.

@@ -76,7 +76,7 @@ class CView {
  public:
     CView(const CBook& book, const std::string& entity, CScreens::Place place, std::int16_t mask, int product,
           CScreens::Screen& screen)
-        : book_(book), entity_(entity), L(place.first), S(place.second), mask_(mask), product_(product),
+        : book_(book), entity_(entity), level_(place.first), S(place.second), mask_(mask), product_(product),
           screen_(screen) {
         const auto found = book.EntriesByEntity().find(entity);
         if (found != book.EntriesByEntity().end()) entries_ = &found->second;
@@ -103,7 +103,7 @@ class CView {
         if (!known || product_ == product::kMarginPlus) return;
         row.mtm = 0;
         for (const auto& [token, position] : scrips) {
-            *row.mtm += Worth(position, product_ == 0 ? Price({0, exchange_, token}) : 0).mtm;
+            if (Traded(position)) *row.mtm += Worth(position, product_ == 0 ? Price({0, exchange_, token}) : 0).mtm;
         }
     }
 
@@ -133,7 +133,9 @@ class CView {
             return;
         }
         screen_.anyOf = true;
-        for (const Codes& codes : Accounts()) Scrips({codes.first, Six(codes.second)}, q.token);
+        std::set<Codes> sums;
+        for (const Stand& s : stands_) sums.insert({s.codes.first, Six(s.codes.second)});
+        for (const Codes& codes : sums) Scrips(codes, q.token);
     }
     [[nodiscard]] bool Holds(std::int32_t token) const { return !HoldersOf(token).empty(); }
 
@@ -191,8 +193,8 @@ class CView {
  private:
     [[nodiscard]] int LevelOn(std::int16_t exchangeMask) const {
         const bool cash = IsCashExchange(exchangeMask);
-        if (L == 130) return cash ? 0 : 1;
-        return L == 131 ? (cash ? 1 : 0) : L;
+        if (level_ == 130) return cash ? 0 : 1;
+        return level_ == 131 ? (cash ? 1 : 0) : level_;
     }
     [[nodiscard]] int Period() const { return mask_ & kExpiryBit; }
     [[nodiscard]] bool OfPeriod(const Event& e) const { return Period() == 1 || e.HasDaily(); }
@@ -255,11 +257,6 @@ class CView {
     }
     [[nodiscard]] std::optional<Codes> There(const Codes& codes) const {
         return First(codes) ? std::optional{codes} : std::nullopt;
-    }
-    [[nodiscard]] std::set<Codes> Accounts() const {
-        std::set<Codes> accounts;
-        for (const Stand& s : stands_) accounts.insert(s.codes);
-        return accounts;
     }
     [[nodiscard]] std::set<Codes> Recorded() const {
         std::set<Codes> accounts;
@@ -407,9 +404,9 @@ class CView {
     static inline const CBook::Entries kNone;
     const CBook& book_;
     std::string entity_;
-    int L, S;
+    int level_, S;
     std::int16_t mask_;
-    int product_;
+    int product_, L = 0;
     CScreens::Screen& screen_;
     const CBook::Entries* entries_ = &kNone;
     std::vector<Stand> stands_;
@@ -520,12 +517,13 @@ std::string CScreens::Compare(Screen due, std::vector<Row> seen) {
         if (row.token == kAllSecurities && !Near(*row.open, *row.mtm + net)) return row.Told() + " has another open value";
         row.group = row.account = "";
     }
-    std::erase_if(seen, [&](const Row& row) { return due.legs.contains(row.token); });
+    // An order that came and went without a trace may have left a row of nothing.
+    std::erase_if(seen, [&](const Row& row) { return due.legs.contains(row.token) || row.position == Position{}; });
     std::erase_if(due.rows, [&](const Row& row) {
         const bool another = due.anyOf && (seen.empty() || row.account != seen[0].account || row.group != seen[0].group);
         const auto owner = owners_.find(row.entity);
         const bool filtered = due.filter != "ALL" && (owner == owners_.end() || owner->second.second != due.filter);
-        return another || filtered || due.legs.contains(row.token);
+        return another || filtered || due.legs.contains(row.token) || row.position == Position{};
     });
     const auto byKey = [](const Row& a, const Row& b) { return a.Key() < b.Key(); };
     std::sort(seen.begin(), seen.end(), byKey), std::sort(due.rows.begin(), due.rows.end(), byKey);
