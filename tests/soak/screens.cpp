@@ -142,6 +142,7 @@ class CView {
     void EntityScrips(const Question& q) {
         screen_.ofOwner = true, screen_.filter = q.account;
         std::map<Scrip, std::pair<Position, Position>> nets;  // its own, and of the clients that it keeps apart
+        std::set<Scrip> merged;                               // at the price that the latter saw last
         for (const Entry& e : *entries_) {
             if (!OfPeriod(e.event)) continue;
             if (e.event.product == product::kMarginPlus) screen_.legs.insert(e.event.token);
@@ -150,12 +151,14 @@ class CView {
             if (!wanted || !OnMask(e.event) || e.event.product == product::kMarginPlus) continue;
             auto& [own, apart] = nets[scrip];
             if (e.flat) own.Add(e.event.Change());
-            if (KeptApart(e)) apart.Add(e.event.Change());
+            if (KeptApart(e)) apart.Add(e.event.Change()), merged.insert(scrip);
         }
         for (auto& [scrip, net] : nets) {
             Position sum = net.first;
             if (L == 0 || L == 7) sum.Add(net.second);
-            if (Traded(sum)) PutScrip({}, scrip, sum);
+            if (!Traded(sum)) continue;
+            Row& row = PutScrip({}, scrip, sum);
+            if (merged.contains(scrip)) row.mtm = row.open = {};
         }
     }
 
@@ -242,12 +245,13 @@ class CView {
         screen_.rows.push_back({entity_, codes.first, codes.second, mask_, token, position, {}, {}});
         return screen_.rows.back();
     }
-    void PutScrip(const Codes& codes, const Scrip& scrip, const Position& p) {
+    Row& PutScrip(const Codes& codes, const Scrip& scrip, const Position& p) {
         Row& row = Put(codes, scrip.token, p);
-        if (scrip.family != 0 || !book_.IsMarked(entity_)) return;
-        if (!book_.HasTraded(entity_, scrip.exchangeMask, scrip.token)) return;
+        const bool traded = book_.HasTraded(entity_, scrip.exchangeMask, scrip.token);
+        if (scrip.family != 0 || !traded || !book_.IsMarked(entity_)) return row;
         const Worth worth(p, Price(scrip));
         row.mtm = worth.mtm, row.open = worth.open;
+        return row;
     }
 
     [[nodiscard]] const Stand* First(const Codes& codes) const {
