@@ -34,9 +34,9 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.oddCalls = dice.OneIn(2);
     style.levels = dice.OneIn(2);
     style.orderBased = dice.OneIn(5);
+    afterStop_ = style;
     if (kind_ == DayKind::kStopped) {
-        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
-            false;
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = false;
     }
     MakeInstruments();
     MakeHolders();
@@ -92,7 +92,6 @@ void CHouse::MakeHolders() {
         holder.client = Code('C', i), holder.dealer = Code('D', i % dealers), holder.group = Code('G', i % groups);
         holder.clientType = dice_.Among(2, 2, 2, 1, 3, 4, 5);
         if (style.levels) holder.clientType = dice_.Among(2, 2, 1, 1, 6, 3, 5), holder.groupType = dice_.Among(0, 6);
-        if (!style.clientLevel && (holder.clientType == 3 || holder.clientType == 5)) holder.clientType = 2;
         holder.nri = holder.clientType == 2 && dice_.OneIn(4);
         if (families > 0 && dice_.OneIn(2)) holder.family = Code('F', i % families);
         add(holder.client, holder.clientType);

@@ -29,7 +29,7 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
-    bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
+    bool clientLevel = true;   ///< clients of types 3 and 5 on MCX, where their orders reach every level
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
     bool levels = false;       ///< groups, dealers and families at any place, holders of any type
     bool orderBased = false;   ///< positions are held by client from orders on
@@ -49,7 +49,7 @@ struct Instrument {
     std::int32_t token, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
 };
 
-/// Days that stop have orders alone whose rows a start takes.
+/// Days that stop have orders alone whose rows a start takes, until they have stopped.
 enum class DayKind : std::uint8_t { kWhole, kStopped };
 
 class CHouse {
@@ -61,6 +61,8 @@ class CHouse {
     std::vector<Instrument> instruments;
     std::vector<std::string> entities;
 
+    /// What comes from now on isn't there at the stop.
+    void Stopped() { style = afterStop_; }
     /// From the clock to the first touchlines.
     [[nodiscard]] Script Opening();
     /// A whole file of new parameters of one market.
@@ -79,6 +81,7 @@ class CHouse {
 
     CDice& dice_;
     DayKind kind_;
+    DayStyle afterStop_;
     std::map<std::int16_t, Json> charges_;  ///< of each market's underlying
     std::vector<std::pair<int, int>> places_;  ///< level and second level of each entity
 };

@@ -198,6 +198,7 @@ RestartDay Restart(std::uint32_t seed, int callsBefore, int callsAfter) {
         std::size_t fromScreens = 0;
         for (const Json& line : Kept(before, simulation.State(), simulation.Book(), fromScreens)) say({{"kept", line}});
         say({{"fromScreens", fromScreens}});
+        house.Stopped();
         for (int i = 0; i < callsAfter; ++i) {
             const Json line = calls.Next();
             play(line);

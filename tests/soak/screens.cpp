@@ -144,13 +144,13 @@ class CView {
         std::map<Scrip, std::pair<Position, Position>> nets;  // its own, and of the clients that it keeps apart
         std::set<Scrip> merged;                               // at the price that the latter saw last
         for (const Entry& e : *entries_) {
-            if (!OfPeriod(e.event)) continue;
-            if (e.event.product == product::kMarginPlus) screen_.legs.insert(e.event.token);
+            const bool legs = e.event.product == product::kMarginPlus, here = OfPeriod(e.event);
+            if (legs && here) screen_.legs.insert(e.event.token);
             const Scrip scrip{e.event.Family(), e.event.exchangeMask, e.event.token};
             const bool wanted = q.token == kAllSecurities ? IsWalkedNet(scrip) : q.token == scrip.token && IsLookedUp(scrip);
-            if (!wanted || !OnMask(e.event) || e.event.product == product::kMarginPlus) continue;
+            if (!wanted || !OnMask(e.event)) continue;
             auto& [own, apart] = nets[scrip];
-            if (e.flat) own.Add(e.event.Change());
+            if (e.flat && here && !legs) own.Add(e.event.Change());
             if (KeptApart(e)) apart.Add(e.event.Change()), merged.insert(scrip);
         }
         for (auto& [scrip, net] : nets) {
