@@ -82,7 +82,7 @@ class CHouse {
     CDice& dice_;
     DayKind kind_;
     DayStyle afterStop_;
-    std::map<std::int16_t, Json> charges_;  ///< of each market's underlying
+    std::map<std::int16_t, Json> charges_;     ///< of each market's underlying
     std::vector<std::pair<int, int>> places_;  ///< level and second level of each entity
 };
 

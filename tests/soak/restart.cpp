@@ -18,8 +18,12 @@ namespace {
 using namespace surv;
 
 constexpr std::int16_t kNcdexBit = 0x100;
-constexpr const char* kOpening[] = {"@clock", "MTMTimeIntervalAndTickCount", "SetOrderBasedPosition",
-                                    "InitializeProductMasterInfo", "InitializeAllAdditionalMarginInfo", "ProcessRPFInfo"};
+constexpr const char* kOpening[] = {"@clock",
+                                    "MTMTimeIntervalAndTickCount",
+                                    "SetOrderBasedPosition",
+                                    "InitializeProductMasterInfo",
+                                    "InitializeAllAdditionalMarginInfo",
+                                    "ProcessRPFInfo"};
 
 /// A limit row as it was handed out. The start forms the margins of the rows of all securities on the expiry side:
 /// those of equity are added to what the row says, so it must say nothing.
@@ -40,15 +44,17 @@ std::map<Holding, BKExposureTag> ShownPositions(const CBook& book) {
         std::set<std::pair<std::string, std::string>> accounts;
         for (const Entry& e : entries) accounts.insert({e.group, e.account});
         for (auto [group, account] : accounts) {
-            for (std::int16_t mask = 2; mask < 2 * kNcdexBit; mask = static_cast<std::int16_t>(mask & 1 ? 2 * (mask - 1) : mask + 1)) {
+            for (std::int16_t mask = 2; mask < 2 * kNcdexBit;
+                 mask = static_cast<std::int16_t>(mask & 1 ? 2 * (mask - 1) : mask + 1)) {
                 std::string code = entity;
                 survhost::PositionRows rows;
-                ::GetNetPositionInfoFromDll(kPositionsOfAccount, code.data(), group.data(), account.data(), kAllSecurities,
-                                            mask, rows.Get(), 0, 0);
+                ::GetNetPositionInfoFromDll(kPositionsOfAccount, code.data(), group.data(), account.data(),
+                                            kAllSecurities, mask, rows.Get(), 0, 0);
                 for (CPtrList::Position at = rows.Get()->GetHeadPosition(); at;) {
                     const auto& row = *static_cast<const BKExposureTag*>(rows.Get()->GetNext(at));
                     if (Text(row.accountCode) != account) continue;  // a sum over accounts comes of itself
-                    shown[{entity, group, account, int{row.marketSegment}, std::int32_t{row.token}, (mask & 1) != 0}] = row;
+                    shown[{entity, group, account, int{row.marketSegment}, std::int32_t{row.token}, (mask & 1) != 0}] =
+                        row;
                 }
             }
         }
@@ -63,14 +69,16 @@ Json KeptPositions(const Snapshot& state, const CBook& book, std::size_t& fromSc
     Json rows = Json::array();
     std::set<Holding> seen;
     for (const BKExposureTag& dumped : state.positions) {
-        Holding holding{Text(dumped.levelCode), Text(dumped.groupCode), Text(dumped.accountCode),
+        Holding holding{Text(dumped.levelCode),    Text(dumped.groupCode),     Text(dumped.accountCode),
                         int{dumped.marketSegment}, std::int32_t{dumped.token}, false};
         std::get<bool>(holding) = !seen.insert(holding).second;
         const auto screen = shown.find(holding);
         BKExposureTag row = screen == shown.end() ? dumped : screen->second;
         if (screen == shown.end()) {
-            row.limitMask = PeriodicityOf(row.marketSegment, std::get<bool>(holding) ? Period::kExpiry : Period::kDaily);
-            const auto price = book.LastPrices().find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
+            row.limitMask =
+                PeriodicityOf(row.marketSegment, std::get<bool>(holding) ? Period::kExpiry : Period::kDaily);
+            const auto price =
+                book.LastPrices().find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
             row.lastPrice = price == book.LastPrices().end() ? 0 : price->second;
         } else {
             ++fromScreens;

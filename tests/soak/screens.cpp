@@ -76,7 +76,12 @@ class CView {
  public:
     CView(const CBook& book, const std::string& entity, CScreens::Place place, std::int16_t mask, int product,
           CScreens::Screen& screen)
-        : book_(book), entity_(entity), level_(place.first), S(place.second), mask_(mask), product_(product),
+        : book_(book),
+          entity_(entity),
+          level_(place.first),
+          S(place.second),
+          mask_(mask),
+          product_(product),
           screen_(screen) {
         const auto found = book.EntriesByEntity().find(entity);
         if (found != book.EntriesByEntity().end()) entries_ = &found->second;
@@ -147,7 +152,8 @@ class CView {
             const bool legs = e.event.product == product::kMarginPlus, here = OfPeriod(e.event);
             if (legs && here) screen_.legs.insert(e.event.token);
             const Scrip scrip{e.event.Family(), e.event.exchangeMask, e.event.token};
-            const bool wanted = q.token == kAllSecurities ? IsWalkedNet(scrip) : q.token == scrip.token && IsLookedUp(scrip);
+            const bool wanted =
+                q.token == kAllSecurities ? IsWalkedNet(scrip) : q.token == scrip.token && IsLookedUp(scrip);
             if (!wanted || !OnMask(e.event)) continue;
             auto& [own, apart] = nets[scrip];
             if (e.flat && here && !legs) own.Add(e.event.Change());
@@ -236,7 +242,8 @@ class CView {
         }
         const bool sums = book_.HoldsByClient() && !sum.codes.second.empty();
         const bool hidden = (level == 7 && (mode == 2 || everyOrder)) || (entity_ == "-" && mode == 3);
-        const bool recorded = book_.HoldsByClient() && !sums && !hidden && (Period() == 1 || GroupOf(e.event.product) == 0);
+        const bool recorded =
+            book_.HoldsByClient() && !sums && !hidden && (Period() == 1 || GroupOf(e.event.product) == 0);
         if (own) stands_.push_back({{e.group, e.account}, e.types, &e.event, recorded});
         if (sums) stands_.push_back(sum);
     }
@@ -444,7 +451,8 @@ CScreens::Screen CScreens::Expect(const Question& asked) const {
         for (const auto& [entity, place] : places_) {
             if (!(families ? kFamilies : kHouse).contains(place.first + 10 * place.second)) continue;
             const bool reached = book_.HasTraded(entity, LimitMaskToExchangeMask(q.mask), q.token);
-            if (!q.byToken || (reached && !(families && product == product::kDelivery))) viewOf(entity, product).Total();
+            if (!q.byToken || (reached && !(families && product == product::kDelivery)))
+                viewOf(entity, product).Total();
         }
         return screen;
     }
@@ -459,9 +467,7 @@ CScreens::Screen CScreens::Expect(const Question& asked) const {
                 plain.HolderTotals(q.token, false);
             }
             break;
-        case 5:
-            view.EntityScrips(q);
-            break;
+        case 5: view.EntityScrips(q); break;
         case 6:
         case 12:
             if (!q.byToken) {
@@ -516,15 +522,18 @@ std::string CScreens::Compare(Screen due, std::vector<Row> seen) {
     for (Row& row : seen) {
         if (!due.ofOwner) break;
         const Codes codes{row.group, row.account};
-        if (owners_.try_emplace(row.entity, codes).first->second != codes) return row.Told() + " isn't its first holder";
+        if (owners_.try_emplace(row.entity, codes).first->second != codes)
+            return row.Told() + " isn't its first holder";
         const double net = row.position.tradedBuy.value - row.position.tradedSell.value;
-        if (row.token == kAllSecurities && !Near(*row.open, *row.mtm + net)) return row.Told() + " has another open value";
+        if (row.token == kAllSecurities && !Near(*row.open, *row.mtm + net))
+            return row.Told() + " has another open value";
         row.group = row.account = "";
     }
     // An order that came and went without a trace may have left a row of nothing.
     std::erase_if(seen, [&](const Row& row) { return due.legs.contains(row.token) || row.position == Position{}; });
     std::erase_if(due.rows, [&](const Row& row) {
-        const bool another = due.anyOf && (seen.empty() || row.account != seen[0].account || row.group != seen[0].group);
+        const bool another =
+            due.anyOf && (seen.empty() || row.account != seen[0].account || row.group != seen[0].group);
         const auto owner = owners_.find(row.entity);
         const bool filtered = due.filter != "ALL" && (owner == owners_.end() || owner->second.second != due.filter);
         return another || filtered || due.legs.contains(row.token) || row.position == Position{};
@@ -550,9 +559,9 @@ std::string CScreens::Ask(const Question& q) {
     std::string wrong = unsure && result == due.result ? std::string() : Compare(due, seen);
     if (result != due.result) wrong = "the answer is " + std::to_string(result);
     if (wrong.empty()) return {};
-    return wrong + "; kind " + std::to_string(q.kind) + " of " + q.category + ", account \"" + q.account + "\", group \"" +
-           q.group + "\", token " + std::to_string(q.token) + (q.byToken ? " by token" : "") + ", mask " +
-           std::to_string(q.mask) + ", product " + std::to_string(q.product);
+    return wrong + "; kind " + std::to_string(q.kind) + " of " + q.category + ", account \"" + q.account +
+           "\", group \"" + q.group + "\", token " + std::to_string(q.token) + (q.byToken ? " by token" : "") +
+           ", mask " + std::to_string(q.mask) + ", product " + std::to_string(q.product);
 }
 
 Question CScreens::Any(CDice& dice, const std::string& entity, int kind) const {
@@ -628,7 +637,7 @@ void CScreens::Take(const Json& line, const Json& answer) {
     if (call == "AddUpdateClientPreferencesInfo") {
         const Json& record = line["preference"];
         options_[{record.value("preferenceCode", ""), record.value("exchange", 0)}] = {record.value("fundFlags", 0),
-                                                                                      record.value("marginFlags", 0)};
+                                                                                       record.value("marginFlags", 0)};
     }
 }
 
@@ -654,8 +663,8 @@ std::string CScreens::MarketExposure(const Json& line, const Json& answer, const
     }
     for (const Json& row : answer.value("limits", Json::array())) seen.insert(row.dump());
     if (due == seen && answer.value("result", -1) == 0) return {};
-    return "market exposure of " + code + ", mask " + std::to_string(mask) + ": " + (seen.empty() ? "nothing" : *seen.begin()) +
-           " not " + (due.empty() ? "nothing" : *due.begin());
+    return "market exposure of " + code + ", mask " + std::to_string(mask) + ": " +
+           (seen.empty() ? "nothing" : *seen.begin()) + " not " + (due.empty() ? "nothing" : *due.begin());
 }
 
 /// Every holding is told under its entity and its ISIN.

@@ -55,10 +55,10 @@ class CScreens {
     struct Screen {
         short result = 0;
         std::vector<Row> rows;
-        bool ofOwner = false;       ///< rows have the codes of the entity's first holder
-        bool anyOf = false;         ///< some of the rows: one account stands for all
+        bool ofOwner = false;         ///< rows have the codes of the entity's first holder
+        bool anyOf = false;           ///< some of the rows: one account stands for all
         std::set<std::int32_t> legs;  ///< scrips of two-leg orders, whose positions the twin doesn't form
-        std::string filter = "ALL";  ///< the first holder's account
+        std::string filter = "ALL";   ///< the first holder's account
     };
 
  private:

@@ -110,7 +110,8 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     if (std::string wrong = screens_.AskSome(line); !wrong.empty()) return {"screens", wrong};
     seen_["rows shown"] = screens_.Shown();
     if (Is(line, "GetMarketExposure")) {
-        if (std::string wrong = screens_.MarketExposure(line, answer_, before); !wrong.empty()) return {"screens", wrong};
+        if (std::string wrong = screens_.MarketExposure(line, answer_, before); !wrong.empty())
+            return {"screens", wrong};
     }
     if (book_.LevelsAgree()) {
         if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
