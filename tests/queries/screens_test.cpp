@@ -2,93 +2,110 @@
 
 #include <gtest/gtest.h>
 
-#include "queries/kept_house.h"
+#include "queries/net_position.h"
+#include "support/scenario.h"
 #include "surveillance/surveillance.h"
 
 namespace surv::test {
 namespace {
 
-constexpr int kEveryMask = 0x10000;
+/// Entities of level 2 and the dealer D1, with position rows from the start on.
+class CShown {
+ public:
+    explicit CShown(const std::vector<BKExposureTag>& rows, const std::function<void(Library&)>& prepare = {}) {
+        for (const char* code : {"C1", "EIGHTCOD", "D1"}) {
+            auto* limit = new BKSurveillanceLimitDefTag(EmptyLimit(code, 3));
+            const bool dealer = std::string_view(code) == "D1";
+            limit->entityLevel = dealer ? 0 : 2, limit->subLevel = dealer ? 7 : 0;
+            limits_.AddTail(limit);
+        }
+        for (const BKExposureTag& row : rows) positions_.AddTail(new BKExposureTag(row));
+        scenario_ = std::make_unique<CScenario>(Library::StartSettings{.positionMode = 2},
+                                                LoadLists{.limits = &limits_, .exposures = &positions_}, prepare);
+    }
+    /// The result and the rows; the codes as the call leaves them.
+    std::pair<short, int> Ask(int kind, std::string_view category, std::string& group, std::string& account,
+                              std::int32_t token = kAllSecurities, std::int16_t mask = 3, bool byToken = false) const {
+        CPtrList rows;
+        const HolderCodes codes{{group.data(), 6}, {account.data(), 32}};
+        const short result = scenario_->library.manager->GetNetPositionInfoFromDll(
+            {kind, category, codes, token, mask, byToken, 0}, rows);
+        const int count = rows.GetCount();
+        FreeRows<BKExposureTag>(rows);
+        return {result, count};
+    }
+    CSurveillanceManager* operator->() const { return scenario_->library.manager.get(); }
+
+ private:
+    CPtrList limits_, positions_;
+    std::unique_ptr<CScenario> scenario_;
+};
 
 TEST(NetPositions, AreShownForTheSixteenMasksAndTheKnownKindsAlone) {
-    CKeptHouse house(2, 0, {{"C1", 2, 0}});
+    std::vector<BKExposureTag> rows;
     for (std::int16_t segment = 1; segment <= 8; ++segment) {
-        const std::int16_t mask = PeriodicityOf(segment, Period::kExpiry);
-        for (const int period : {0, 1}) {
-            Kept kept;
-            kept.mask = static_cast<std::int16_t>(mask - period), kept.account = "A1", kept.token = 100 * segment;
-            kept.buy = true, kept.quantity = 5;
-            house.Enter(kept);
+        for (const Period period : {Period::kDaily, Period::kExpiry}) {
+            rows.push_back(PositionRow("C1", PeriodicityOf(segment, period), 5, "A1", 100 * segment));
         }
     }
+    const CShown house(rows);
+    std::string group, account;
     int shown = 0;
-    for (int mask = 0; mask < kEveryMask; ++mask) {
-        Asked asked;
-        asked.category = "C1", asked.mask = static_cast<std::int16_t>(mask);
-        shown += static_cast<int>(house.Ask(asked).rows.size());
+    for (int mask = 0; mask < 0x10000; ++mask) {
+        shown += house.Ask(0, "C1", group, account, kAllSecurities, static_cast<std::int16_t>(mask)).second;
     }
     EXPECT_EQ(shown, 16);
     for (const int kind : {-2147483647 - 1, -1, 2, 3, 13, 2147483647}) {
-        Asked asked;
-        asked.kind = kind, asked.category = "NOSUCH";
-        EXPECT_EQ(house.Ask(asked), Shown{}) << kind;
+        EXPECT_EQ(house.Ask(kind, "NOSUCH", group, account), (std::pair<short, int>{0, 0})) << kind;
     }
 }
 
 TEST(NetPositions, TakeCodesOfAnyLength) {
-    CKeptHouse house(2, 0, {{"EIGHTCOD", 2, 0}, {"D1", 0, 7}});
-    for (const char* account : {"A1", "FIFTEENCHARACTS", "FIFTEE+"}) {
-        for (const std::size_t category : {0U, 1U}) {
-            Kept kept;
-            kept.category = category, kept.group = "G1", kept.account = account, kept.mask = 3, kept.token = 7;
-            kept.buy = true, kept.quantity = 5;
-            house.Enter(kept);
-        }
-    }
+    const CShown house({PositionRow("C1", 3, 5, "A1", 7), PositionRow("C1", 3, 5, "FIFTEENCHARACTS", 7),
+                        PositionRow("D1", 3, 5, "FIFTEE+", 7)});
     const std::string wide(4000, 'X');
     const struct {
         std::string category, group, account;
-        short result;
-        std::size_t rows;
-        std::size_t rowsOfAnUntrimmedGroup = rows;  ///< kinds 6 and 11
+        std::pair<short, int> answer;
+        int rowsOfAnUntrimmedGroup = answer.second;  ///< kinds 6 and 11
     } cases[] = {
-        {"EIGHTCOD", "G1", "A1", 0, 1},
-        {"EIGHTCODX", "G1", "A1", -1, 0},
-        {"EIGHTCOD", "  G1  ", "  A1   ", 0, 1, 0},
-        {"EIGHTCOD", "G1", "FIFTEENCHARACTS", 0, 1},
-        {"EIGHTCOD", "G1", "FIFTEENCHARACTSX", 0, 0},
-        {"EIGHTCOD", "G1", wide, 0, 0},
-        {"EIGHTCOD", wide, "A1", 0, 0},
-        {"EIGHTCOD", "", "", 0, 0},
-        {"D1", "G1", "FIFTEENCHARACTSX", 0, 0},
-        {wide, "G1", "A1", -1, 0},
-        {"", "G1", "A1", -1, 0},
+        {"C1", "G1", "A1", {0, 1}},
+        {"EIGHTCOD", "G1", "A1", {0, 0}},
+        {"EIGHTCODX", "G1", "A1", {-1, 0}},
+        {"C1", "  G1  ", "  A1   ", {0, 1}, 0},
+        {"C1", "G1", "FIFTEENCHARACTS", {0, 1}},
+        {"C1", "G1", "FIFTEENCHARACTSX", {0, 0}},
+        {"C1", "G1", wide, {0, 0}},
+        {"C1", wide, "A1", {0, 0}},
+        {"C1", "", "", {0, 0}},
+        {"D1", "G1", "FIFTEENCHARACT", {0, 1}},
+        {"D1", "G1", "FIFTEENCHARACTSX", {0, 0}},
+        {wide, "G1", "A1", {-1, 0}},
+        {"", "G1", "A1", {-1, 0}},
     };
     for (const auto& c : cases) {
         for (const int kind : {4, 6, 7, 11}) {
             SCOPED_TRACE(c.category.substr(0, 9) + "|" + c.group.substr(0, 9) + "|" + c.account.substr(0, 20));
-            Asked asked;
-            asked.kind = kind, asked.category = c.category, asked.group = c.group, asked.account = c.account;
-            asked.token = 7;
+            std::string group = c.group, account = c.account;
             const bool trimsTheGroup = kind == 4 || kind == 7;
-            EXPECT_EQ(house.Ask(asked).rows.size(), trimsTheGroup ? c.rows : c.rowsOfAnUntrimmedGroup) << kind;
-            EXPECT_EQ(house.Ask(asked).result, c.result) << kind;
+            if (kind == 11 && c.category == "D1") continue;  // asks for the plain code alone
+            EXPECT_EQ(house.Ask(kind, c.category, group, account, 7),
+                      (std::pair{c.answer.first, trimsTheGroup ? c.answer.second : c.rowsOfAnUntrimmedGroup}))
+                << kind;
         }
     }
 }
 
 TEST(NetPositions, WriteOnlyWhatFitsIntoTheCallersBuffers) {
-    CKeptHouse house(2, 0, {{"C1", 2, 0}});
-    for (const char* group : {"LONGG", "L2"}) {
-        Kept kept;
-        kept.group = group, kept.account = "A1", kept.mask = 3, kept.token = 7, kept.buy = true, kept.quantity = 5;
-        house.Enter(kept);
-    }
+    BKExposureTag rows[] = {PositionRow("C1", 3, 5, "A1", 7), PositionRow("C1", 3, 5, "A1", 7)};
+    WriteField(rows[0].groupCode, "LONGG");
+    WriteField(rows[1].groupCode, "L2");
+    const CShown house({rows[0], rows[1]});
     const struct {
         const char *name, *group, *account, *groupAfter, *accountAfter;
         int kind;
         bool byToken;
-        std::size_t rows;
+        int rows;
     } cases[] = {
         {"trimmed", " L2 ", " A1 ", "L2", "A1", 4, false, 1},
         {"the last holder's group", "ABCDE", "ALL", "L2", "ALL", 4, true, 2},
@@ -97,15 +114,10 @@ TEST(NetPositions, WriteOnlyWhatFitsIntoTheCallersBuffers) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        std::vector<char> group(c.group, c.group + std::strlen(c.group) + 1);
-        std::vector<char> account(c.account, c.account + std::strlen(c.account) + 1);
-        CPtrList rows;
-        house.scenario.library.manager->GetNetPositionInfoFromDll(
-            {c.kind, "C1", {{group.data(), 6}, {account.data(), 32}}, 7, 3, c.byToken, 0}, rows);
-        EXPECT_EQ(rows.GetCount(), static_cast<int>(c.rows));
-        EXPECT_STREQ(group.data(), c.groupAfter);
-        EXPECT_STREQ(account.data(), c.accountAfter);
-        FreeRows<BKExposureTag>(rows);
+        std::string group = c.group, account = c.account;
+        EXPECT_EQ(house.Ask(c.kind, "C1", group, account, 7, 3, c.byToken).second, c.rows);
+        EXPECT_STREQ(group.c_str(), c.groupAfter);
+        EXPECT_STREQ(account.c_str(), c.accountAfter);
     }
 }
 
@@ -113,7 +125,7 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     const struct {
         const char* name;
         std::int16_t mask;
-        std::int64_t bought, sold;
+        int bought, sold;
         bool open, delivered;
         const char* account;
         short present;
@@ -130,17 +142,13 @@ TEST(PositionPresent, IsWhatIsOpenAndNotAlwaysDelivered) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        CKeptHouse house(2, /*orderBased=*/1, {{"C1", 2, 0}});
-        if (c.delivered) house.scenario.library.context.products.compulsoryDeliverySeries.Insert(SeriesKey{1, ""});
-        for (const bool buy : {true, false}) {
-            Kept kept;
-            kept.mask = c.mask, kept.group = "G1", kept.account = "A1", kept.token = 7, kept.buy = buy;
-            kept.open = c.open, kept.quantity = buy ? c.bought : c.sold;
-            if (kept.quantity != 0) house.Enter(kept);
-        }
-        const CSurveillanceManager& manager = *house.scenario.library.manager;
-        EXPECT_EQ(manager.GetClientPositionPresentFromDLL("C1", "G1", c.account), c.present);
-        EXPECT_EQ(manager.GetClientPositionPresentFromDLL("C2", "G1", c.account), -1);
+        BKExposureTag row = PositionRow("C1", c.mask, c.bought, "A1", 7);
+        row.tradedBuyQty = c.open ? 0 : c.bought, row.tradedSellQty = c.sold;
+        const CShown house({row}, [&c](Library& library) {
+            if (c.delivered) library.context.products.compulsoryDeliverySeries.Insert(SeriesKey{1, ""});
+        });
+        EXPECT_EQ(house->GetClientPositionPresentFromDLL("C1", "G1", c.account), c.present);
+        EXPECT_EQ(house->GetClientPositionPresentFromDLL("C2", "G1", c.account), -1);
     }
 }
 

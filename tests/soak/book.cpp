@@ -188,6 +188,7 @@ void CBook::Take(const Json& line, const Json& answer) {
     if (call == "CheckSurveillance" || call == "UpdateSurveillance") return Order(line, answer);
     if (call == "AddSurvLimits" || call == "RemoveSurvLimits") return RowCall(line, answer);
     if (call == "InitializeMCXLOTWeightOnOrOff") lotWeights_ = Get<int>(line, "value") == 1;
+    if (call == "SetOrderBasedPosition") orderBased_ = Get<int>(line, "value") == 1;
     if (call == "ComputeMTMOnOrOff")
         everyClassMarked_ |= Get<int>(line, "mode") == 7 && Get<int>(answer, "result") == 0;
     if (call == "MTMTimeIntervalAndTickCount") everyTickMarks_ = Get<int>(line, "seconds") == 0;
@@ -303,8 +304,7 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
     levels.push_back({'D', Get(request, "dealerCode", ""), dealerType, 2});
     levels.push_back({'G', group, Get<int>(request, "groupType"), 1});
     levels.push_back({'-', "-", -1, 0});
-    const bool holdsByClient = positionMode_ == 2 || positionMode_ == 3;
-    if (own && !check && holdsByClient) levels.push_back({'*', std::string(kOwnAccount), 0, 0});
+    if (own && !check && HoldsByClient()) levels.push_back({'*', std::string(kOwnAccount), 0, 0});
     if (Get<int>(request, "dealerOnly") != 0) {
         std::erase_if(levels, [](const Level& level) { return level.kind != 'D'; });
         levelsAgree_ = false;
@@ -319,29 +319,33 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
     if (!passed && !walked) return;  // refused ahead of all levels
     const bool apart = event.IsDelivery() || event.product == product::kMtf;
     const int ownType = clientType == 255 ? (dealerType == 4 || dealerType == 5 ? dealerType : -1) : clientType;
+    LevelTypes types{ownType, ownType == 6 ? -1 : Get<int>(request, "groupType"), subClientType};
+    if (own) types = {};
 
     for (const Level& level : levels) {
         if (!entities_.contains(level.code)) {  // an optional one
             levelsAgree_ = false;
             continue;
         }
-        const bool asked = level.kind == '-' || (flags >> level.checkBit & 1) != 0;
-        if (!passed) {
-            if (level.code == failed) break;  // the walk ended here
-            const bool takes = !asked && (!narrow || level.type == 3 || level.type == 5 || level.type == 8);
-            if (!takes) continue;
-            levelsAgree_ = false;
-            fundsDoubted_.insert(level.code);  // the rows have taken it in, the holding not
-        }
         const bool moves = !narrow || level.kind == 'F' || level.kind == 'C';
         const bool house = level.kind == 'G' || level.kind == '-';
         const bool ownRules =
             level.kind == (dealerType == 4 || dealerType == 5 ? 'D' : 'C') && ofClient == (level.kind == 'C');
+        const bool judges = level.kind != 'D' || !apart || ownRules;  // else it only takes deliveries and funding in
+        const bool asked = level.kind == '-' || (judges && (flags >> level.checkBit & 1) != 0);
+        const bool takes = !asked && (!narrow || level.type == 3 || level.type == 5 || level.type == 8);
+        if (!passed) {
+            if (level.code == failed) break;  // the walk ended here
+            if (!takes) continue;
+            levelsAgree_ = false;
+            fundsDoubted_.insert(level.code);  // the rows have taken it in, the holding not
+        }
         const bool passedBy = check && house && apart;  // the walk doesn't come here; the commit moves no row
-        Entry entry{ownType < 0 || ownType == 6 ? "" : group, Get(request, "account", ""), event};
+        Entry entry{ownType < 0 || ownType == 6 ? "" : group, Get(request, "account", ""), types, event};
         if (own) entry.account = kOwnAccount, entry.group.clear();
         if (level.kind == 'S') entry.group = client;
         entry.flat = passed && moves;
+        entry.told = !check || (takes && !passedBy);
         entry.rows = moves && event.product != product::kMarginPlus && !(apart && (ownRules || passedBy));
         if (event.IsConversion()) doubted_.insert(level.code);
         if (!passed || (entry.flat != entry.rows && (!apart || passedBy))) exposuresDoubted_.insert(level.code);

@@ -54,12 +54,19 @@ struct Event {
     [[nodiscard]] Position Change() const;
 };
 
+/// What the holder of an account is, by the request.
+struct LevelTypes {
+    int client = -1, group = -1, subClient = -1;
+};
+
 /// An event at one entity: the account that it is in there, and what of the entity it moves.
 struct Entry {
     std::string group, account;
+    LevelTypes types;
     Event event;
     bool flat = false;  ///< the entity's own position
     bool rows = false;  ///< its limit rows, by the general rules
+    bool told = false;  ///< the entity was not asked
 };
 
 class CBook {
@@ -72,6 +79,19 @@ class CBook {
     /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
     using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
     [[nodiscard]] const Market& LastPrices() const { return market_; }
+    using Entries = std::vector<Entry>;
+    [[nodiscard]] const std::map<std::string, Entries>& EntriesByEntity() const { return entries_; }
+    [[nodiscard]] std::int16_t PositionMode() const { return positionMode_; }
+    /// Positions are held by client, too.
+    [[nodiscard]] bool HoldsByClient() const { return positionMode_ == 2 || positionMode_ == 3 || orderBased_; }
+    [[nodiscard]] bool IsOrderBased() const { return orderBased_; }
+    [[nodiscard]] bool HasTraded(const std::string& entity, int exchangeMask, std::int32_t token) const {
+        return traded_.contains({entity, exchangeMask, token});
+    }
+    /// Every price reaches what the entity holds.
+    [[nodiscard]] bool IsMarked(const std::string& entity) const {
+        return everyClassMarked_ && everyTickMarks_ && !mtmDoubted_.contains(entity);
+    }
     /// Figures of rows that were asked so far: those in doubt are not.
     [[nodiscard]] std::size_t Compared() const { return compared_; }
     /// Of them, those of rows of a scrip or of a scrip group.
@@ -97,7 +117,6 @@ class CBook {
         Position position;
         Event about;  ///< the latest event there
     };
-    using Entries = std::vector<Entry>;
     using Flat = std::map<Place, Held>;
     using Row = BKSurveillanceLimitDefTag;
 
@@ -135,7 +154,7 @@ class CBook {
     Market market_;
     std::map<std::pair<std::string, int>, int> profits_;  ///< marginFlags by entity and exchange
     std::int16_t positionMode_ = 0;
-    bool families_ = false, lotWeights_ = false;
+    bool families_ = false, lotWeights_ = false, orderBased_ = false;
     std::map<std::int32_t, double> priceFactors_;  ///< of NCDEX scrips
     bool levelsAgree_ = true, everyClassMarked_ = false, everyTickMarks_ = false;
 };

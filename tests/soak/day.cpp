@@ -89,13 +89,21 @@ Json CDay::TradeRecord(const Order& order, int quantity, int price) const {
 
 CDay::Order CDay::NewOrder() {
     Order order;
+    // A client of type 3 or 5 takes its order in, whatever its family says of it.
+    const auto narrow = [this](const Holder& h) {
+        return (h.clientType == 3 || h.clientType == 5) && !house_.style.clientLevel;
+    };
     do {
         order.holder = dice_.IndexOf(house_.holders);
-    } while (house_.holders[order.holder].nri && !house_.style.products);
+    } while ((house_.holders[order.holder].nri && !house_.style.products) ||
+             (narrow(house_.holders[order.holder]) && !house_.holders[order.holder].family.empty()));
     const Holder& holder = house_.holders[order.holder];
+    const auto trades = [&](const Instrument& i) {
+        return holder.nri == (i.token % 100 == 99) && !(narrow(holder) && i.exchangeMask == kMaskMcx);
+    };
     do {
         order.instrument = dice_.IndexOf(house_.instruments);
-    } while (holder.nri != (house_.instruments[order.instrument].token % 100 == 99));
+    } while (!trades(house_.instruments[order.instrument]));
     const Instrument& i = house_.instruments[order.instrument];
     order.buySell = dice_.Among(kBuy, kBuy, kSell);
     order.remaining = dice_.Among(1, 5, 50, 100, 100, 150, 200);

@@ -35,9 +35,12 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.oddCalls = dice.OneIn(2);
     style.dealerOnly = dice.OneIn(4);
     style.lotWeights = dice.OneIn(3);
+    style.levels = dice.OneIn(2);
+    style.orderBased = dice.OneIn(5);
+    afterStop_ = style;
     if (kind_ == DayKind::kStopped) {
-        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
-            style.dealerOnly = false;
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.dealerOnly =
+            false;
     }
     if (kind_ == DayKind::kUnlimited) style.limits = style.openLevels = style.conversions = style.riskFiles = false;
     MakeInstruments();
@@ -54,7 +57,7 @@ void CHouse::MakeInstruments() {
     constexpr std::int32_t kBoundary = 311460;  // seconds to expiry at which a contract is neither near nor far
     const std::int32_t near = kTradingDayBase + dice_.Among(2 * kDay, kBoundary, kBoundary + 1, 20 * kDay);
     const std::int32_t far = kTradingDayBase + 50 * kDay;
-    for (const std::int32_t token : {101, 102, 199}) instruments.push_back({surv::kMaskNseCash, token});
+    for (const std::int32_t token : {101, 1'000'002, 199}) instruments.push_back({surv::kMaskNseCash, token});
     for (const std::int32_t token : {201, 299}) instruments.push_back({surv::kMaskBseCash, token});
     for (const std::int16_t exchange : {surv::kMaskNseDerivatives, surv::kMaskBseDerivatives}) {
         const std::int32_t first = exchange * 100;
@@ -85,26 +88,36 @@ Json CHouse::FactorsOf(std::int16_t exchangeMask) {
 }
 
 void CHouse::MakeHolders() {
-    const auto add = [this](const std::string& code, std::int16_t level) {
+    using Place = std::pair<int, int>;
+    const auto add = [this](const std::string& code, int level, int second = -1) {
         entities.push_back(code);
-        entityLevels_.push_back(level);
+        places_.emplace_back(level, second);
+    };
+    const auto addAnywhere = [&](const std::string& code, Place usual, auto... others) {
+        const auto [level, second] = style.levels ? dice_.Among(usual, others...) : usual;
+        add(code, level, second);
     };
     const int groups = dice_.Pick(1, 2), dealers = dice_.Pick(1, 3), families = dice_.Pick(0, 2);
-    add("-", 7);
+    add("-", 7, 7);
     add("*****", 0);
-    for (int i = 0; i < groups; ++i) add(Code('G', i), 0);
-    for (int i = 0; i <= dealers; ++i) add(Code('D', i), 1);
-    for (int i = 0; i < families; ++i) add(Code('F', i), 8);
+    for (int i = 0; i < groups; ++i) {
+        addAnywhere(Code('G', i), {0, 7}, Place{6, 6}, Place{0, 6}, Place{1, 6}, Place{130, 7}, Place{131, 7},
+                    Place{130, 6}, Place{131, 6}, Place{4, 7}, Place{6, 0}, Place{7, 7}, Place{7, 0});
+    }
+    for (int i = 0; i <= dealers; ++i) {
+        addAnywhere(Code('D', i), {1, -1}, Place{1, 7}, Place{1, 6}, Place{0, 7}, Place{6, 6}, Place{7, 7});
+    }
+    for (int i = 0; i < families; ++i) addAnywhere(Code('F', i), {8, -1}, Place{8, 6}, Place{8, 7});
     for (int i = dice_.Pick(2, 6); i > 0; --i) {
         Holder holder;
         holder.client = Code('C', i), holder.dealer = Code('D', i % dealers), holder.group = Code('G', i % groups);
         holder.clientType = dice_.Among(2, 2, 2, 1, 3, 4, 5);
-        if (!style.clientLevel && (holder.clientType == 3 || holder.clientType == 5)) holder.clientType = 2;
+        if (style.levels) holder.clientType = dice_.Among(2, 2, 1, 1, 6, 3, 5), holder.groupType = dice_.Among(0, 6);
         holder.nri = holder.clientType == 2 && dice_.OneIn(4);
         if (families > 0 && dice_.OneIn(2)) holder.family = Code('F', i % families);
-        add(holder.client, static_cast<std::int16_t>(holder.clientType));
+        add(holder.client, holder.clientType);
         if (holder.clientType == 2 && dice_.OneIn(3)) {
-            holder.subClient = Code('S', i), holder.subClientType = 12;
+            holder.subClient = Code('S', i), holder.subClientType = style.levels ? dice_.Among(12, 1) : 12;
             add(holder.subClient, 12);
         }
         holders.push_back(holder);
@@ -138,9 +151,10 @@ void SetSomeLimit(CDice& dice, Json& row) {
 Json CHouse::BareRow(const std::string& entity, int mask, std::int32_t token) const {
     Json row{{"entityCode", entity}, {"token", token}, {"limitMask", mask}};
     for (std::size_t i = 0; i < entities.size(); ++i) {
-        if (entities[i] == entity && entityLevels_[i] != 0) row["entityLevel"] = entityLevels_[i];
+        if (entities[i] != entity) continue;
+        if (places_[i].first != 0) row["entityLevel"] = places_[i].first;
+        row["subLevel"] = places_[i].second;
     }
-    row["subLevel"] = entity == "-" || entity[0] == 'G' ? 7 : -1;
     return row;
 }
 
@@ -270,6 +284,7 @@ Script CHouse::Opening() {
     Script calls{{{"call", "@clock"}, {"now", kNow}},
                  {{"call", "MTMTimeIntervalAndTickCount"}, {"seconds", 0}, {"ticks", 1}}};
     if (style.lotWeights) calls.push_back({{"call", "InitializeMCXLOTWeightOnOrOff"}, {"value", 1}});
+    if (style.orderBased) calls.push_back({{"call", "SetOrderBasedPosition"}, {"value", 1}});
     Json baskets = Json::array(), rates = Json::array();
     for (const Instrument& i : instruments) {
         if (surv::IsCashExchange(i.exchangeMask)) {

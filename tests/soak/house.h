@@ -29,11 +29,13 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
-    bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels
+    bool clientLevel = true;   ///< clients of types 3 and 5 on MCX, where their orders reach every level
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
     bool limits = true;        ///< rows that may refuse, and calls that are no orders
     bool dealerOnly = false;   ///< some events are told to the dealer's level alone
     bool lotWeights = false;   ///< MCX counts in lots, NCDEX prices have factors
+    bool levels = false;       ///< groups, dealers and families at any place, holders of any type
+    bool orderBased = false;   ///< positions are held by client from orders on
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
 };
 
@@ -52,7 +54,8 @@ struct Instrument {
     Json factors = Json::object();  ///< of price and quantity, as a request names them
 };
 
-/// Days that stop have orders alone whose rows a start takes; those without limits have orders alone.
+/// Days that stop have orders alone whose rows a start takes, until they have stopped; those without limits have orders
+/// alone.
 enum class DayKind : std::uint8_t { kWhole, kStopped, kUnlimited };
 
 class CHouse {
@@ -64,6 +67,8 @@ class CHouse {
     std::vector<Instrument> instruments;
     std::vector<std::string> entities;
 
+    /// What comes from now on isn't there at the stop.
+    void Stopped() { style = afterStop_; }
     /// From the clock to the first touchlines.
     [[nodiscard]] Script Opening();
     /// A whole file of new parameters of one market.
@@ -83,8 +88,9 @@ class CHouse {
 
     CDice& dice_;
     DayKind kind_;
-    std::map<std::int16_t, Json> charges_;  ///< of each market's underlying
-    std::vector<std::int16_t> entityLevels_;
+    DayStyle afterStop_;
+    std::map<std::int16_t, Json> charges_;     ///< of each market's underlying
+    std::vector<std::pair<int, int>> places_;  ///< level and second level of each entity
 };
 
 /// A limit of one kind at a value that orders meet exactly, entered into a row.

@@ -51,6 +51,8 @@ int Run(const Options& options) {
         if (options.restart || (options.minutes > 0 && day % 8 == 7)) {
             const soak::RestartDay stopped = soak::Restart(first + day, options.calls / 2, options.calls / 2);
             seen["orders after a stop"] += stopped.orders;
+            seen["refusals after a stop"] += stopped.refusals;
+            seen["rows of screens at a stop"] += stopped.rowsOfScreens;
             if (!stopped.fault.Found()) continue;
             const std::string file = options.folder + "/restart-" + std::to_string(first + day) + ".jsonl";
             soak::WriteScript(file, stopped.fresh, stopped.fault.what);

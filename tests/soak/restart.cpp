@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 #include <stdexcept>
+#include <tuple>
 
 #include "call_table.h"
 #include "child.h"
@@ -15,8 +17,10 @@ namespace {
 
 using namespace surv;
 
+constexpr std::int16_t kNcdexBit = 0x100;
 constexpr const char* kOpening[] = {"@clock",
                                     "MTMTimeIntervalAndTickCount",
+                                    "SetOrderBasedPosition",
                                     "InitializeProductMasterInfo",
                                     "InitializeAllAdditionalMarginInfo",
                                     "InitializeMCXLOTWeightOnOrOff",
@@ -30,28 +34,69 @@ Json KeptLimit(BKSurveillanceLimitDefTag row) {
     return survhost::DecodeRecord(row);
 }
 
-/// Position rows say no mask when orders made them; the day's come first of each account. Their last price is that of
-/// the latest order, so the host's own takes its place.
-Json KeptPositions(const Snapshot& state, const CBook::Market& market) {
+/// An account's position in one scrip and period.
+using Holding = std::tuple<std::string, std::string, std::string, int, std::int32_t, bool>;
+
+/// The rows that the screens show of each account, mask by mask.
+std::map<Holding, BKExposureTag> ShownPositions(const CBook& book) {
+    constexpr int kPositionsOfAccount = 6;
+    std::map<Holding, BKExposureTag> shown;
+    for (const auto& [entity, entries] : book.EntriesByEntity()) {
+        std::set<std::pair<std::string, std::string>> accounts;
+        for (const Entry& e : entries) accounts.insert({e.group, e.account});
+        for (auto [group, account] : accounts) {
+            for (std::int16_t mask = 2; mask < 2 * kNcdexBit;
+                 mask = static_cast<std::int16_t>(mask & 1 ? 2 * (mask - 1) : mask + 1)) {
+                std::string code = entity;
+                survhost::PositionRows rows;
+                ::GetNetPositionInfoFromDll(kPositionsOfAccount, code.data(), group.data(), account.data(),
+                                            kAllSecurities, mask, rows.Get(), 0, 0);
+                for (CPtrList::Position at = rows.Get()->GetHeadPosition(); at;) {
+                    const auto& row = *static_cast<const BKExposureTag*>(rows.Get()->GetNext(at));
+                    if (Text(row.accountCode) != account) continue;  // a sum over accounts comes of itself
+                    shown[{entity, group, account, int{row.marketSegment}, std::int32_t{row.token}, (mask & 1) != 0}] =
+                        row;
+                }
+            }
+        }
+    }
+    return shown;
+}
+
+/// The rows of the screens, and of what they don't show those of the dump, which say no mask: the day's come first of
+/// each account. Open orders and corrected trades are the host's own to know, and so is the last price.
+Json KeptPositions(const Snapshot& state, const CBook& book, std::size_t& fromScreens) {
+    const std::map<Holding, BKExposureTag> shown = ShownPositions(book);
     Json rows = Json::array();
-    std::set<std::string> seen;
-    for (BKExposureTag row : state.positions) {
-        const std::string account = Text(row.accountCode);
-        const std::string holder = Text(row.levelCode) + "|" + Text(row.groupCode) + "|" + account + "|" +
-                                   std::to_string(row.marketSegment) + "|" + std::to_string(row.token);
-        const bool daily = seen.insert(holder).second;
-        row.limitMask = PeriodicityOf(row.marketSegment, daily ? Period::kDaily : Period::kExpiry);
-        const auto price = market.find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
-        row.lastPrice = price == market.end() ? 0 : price->second;
-        if (row.marketSegment == static_cast<int>(Segment::kNcdexFutures))  // a row tells the price by its factor
-            row.lastPrice = static_cast<std::int32_t>(row.lastPrice * (row.priceMultiplier / 10000.0));
+    std::set<Holding> seen;
+    for (const BKExposureTag& dumped : state.positions) {
+        Holding holding{Text(dumped.levelCode),    Text(dumped.groupCode),     Text(dumped.accountCode),
+                        int{dumped.marketSegment}, std::int32_t{dumped.token}, false};
+        std::get<bool>(holding) = !seen.insert(holding).second;
+        const auto screen = shown.find(holding);
+        BKExposureTag row = screen == shown.end() ? dumped : screen->second;
+        if (screen == shown.end()) {
+            row.limitMask =
+                PeriodicityOf(row.marketSegment, std::get<bool>(holding) ? Period::kExpiry : Period::kDaily);
+            const auto price =
+                book.LastPrices().find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
+            row.lastPrice = price == book.LastPrices().end() ? 0 : price->second;
+            if (row.marketSegment == static_cast<int>(Segment::kNcdexFutures))  // a row tells the price by its factor
+                row.lastPrice = static_cast<std::int32_t>(row.lastPrice * (row.priceMultiplier / 10000.0));
+        } else {
+            ++fromScreens;
+        }
+        row.orderBuyQty = dumped.orderBuyQty, row.orderBuyValue = dumped.orderBuyValue;
+        row.orderSellQty = dumped.orderSellQty, row.orderSellValue = dumped.orderSellValue;
+        row.tradedBuyQty = dumped.tradedBuyQty, row.tradedBuyValue = dumped.tradedBuyValue;
+        row.tradedSellQty = dumped.tradedSellQty, row.tradedSellValue = dumped.tradedSellValue;
         rows.push_back(survhost::DecodeRecord(row));
     }
     return rows;
 }
 
 /// The calls with which a host starts again: what it loads every day, as it stands now, and the rows that it kept.
-Script Kept(const Script& day, const Snapshot& state, const CBook::Market& market) {
+Script Kept(const Script& day, const Snapshot& state, const CBook& book, std::size_t& fromScreens) {
     Script calls;
     Json start, preferences = Json::array();
     for (const Json& line : day) {
@@ -75,12 +120,12 @@ Script Kept(const Script& day, const Snapshot& state, const CBook::Market& marke
         }
     }
     start["limitList"] = std::move(limits);
-    start["exposureList"] = KeptPositions(state, market);
+    start["exposureList"] = KeptPositions(state, book, fromScreens);
     start["dpList"] = std::move(holdings);
     start["sarList"] = std::move(receipts);
     calls.push_back(std::move(start));
     calls.push_back({{"call", "ComputeMTMOnOrOff"}, {"mode", 7}});
-    for (const auto& [scrip, price] : market) {
+    for (const auto& [scrip, price] : book.LastPrices()) {
         if (price != 0) calls.push_back(Touchline(scrip.first, scrip.second, price));
     }
     return calls;
@@ -161,7 +206,10 @@ RestartDay Restart(std::uint32_t seed, int callsBefore, int callsAfter) {
             play(before.back());
             calls.Answered(simulation.Answer());
         }
-        for (const Json& line : Kept(before, simulation.State(), simulation.Book().LastPrices())) say({{"kept", line}});
+        std::size_t fromScreens = 0;
+        for (const Json& line : Kept(before, simulation.State(), simulation.Book(), fromScreens)) say({{"kept", line}});
+        say({{"fromScreens", fromScreens}});
+        house.Stopped();
         for (int i = 0; i < callsAfter; ++i) {
             const Json line = calls.Next();
             play(line);
@@ -188,6 +236,7 @@ RestartDay Restart(std::uint32_t seed, int callsBefore, int callsAfter) {
     for (const Json& said : withoutStop.said) {
         if (said.contains("kept")) day.fresh.push_back(said["kept"]);
         if (said.contains("line")) day.fresh.push_back(said["line"]), told.push_back(said["told"]);
+        if (said.contains("fromScreens")) day.rowsOfScreens = said["fromScreens"];
         if (said.contains("ended")) ended = said["ended"], positionMode = said["mode"];
     }
     const std::size_t opening = day.fresh.size() - told.size();
@@ -208,6 +257,8 @@ RestartDay Restart(std::uint32_t seed, int callsBefore, int callsAfter) {
     for (std::size_t i = opening; i < day.fresh.size(); ++i) {
         const std::string call = day.fresh[i]["call"];
         day.orders += call == "CheckSurveillance" || call == "UpdateSurveillance" ? 1 : 0;
+        const Json& answer = told[i - opening];
+        day.refusals += answer.value("status", 0) == status::kRefused ? 1 : 0;
     }
     return day;
 }

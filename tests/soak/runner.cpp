@@ -49,6 +49,7 @@ Day Simulate(std::uint32_t seed, int calls, Planted planted) {
             if (!holds(day.Next())) return;
             day.Answered(simulation.Answer());
         }
+        if (const Fault fault = simulation.End(); fault.Found()) return say(AsJson(fault));
         say({{"seen", simulation.Seen()}});
     }));
 }
@@ -61,6 +62,7 @@ Fault Play(const Script& script, Planted planted) {
                        const Fault fault = simulation.Play(line);
                        if (fault.Found()) return say(AsJson(fault));
                    }
+                   if (const Fault fault = simulation.End(); fault.Found()) say(AsJson(fault));
                } catch (const survhost::ScriptError&) {
                    return;  // what is left of a day that is cut short may be no script
                }

@@ -68,11 +68,19 @@ Fault CSimulation::Play(const Json& line) {
     answer_ = survhost::RunCall(session_, line);
     if (answer_.is_null()) answer_ = Json::object();
     book_.Take(line, answer_);
+    screens_.Take(line, answer_);
     state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
     Fault fault = Check(line, before);
     NoteEntry(line, before);
     fault.call = calls_;
     return fault;
+}
+
+Fault CSimulation::End() {
+    if (!session_.Started()) return {};
+    std::string wrong = screens_.AskAll(state_);
+    seen_["rows shown"] = screens_.Shown();
+    return wrong.empty() ? Fault{} : Fault{"screens", wrong, calls_};
 }
 
 Fault CSimulation::Check(const Json& line, const Snapshot& before) {
@@ -108,6 +116,12 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     }
     seen_["figures compared"] = book_.Compared();
     seen_["figures of scrips compared"] = book_.ComparedOfScrips();
+    if (std::string wrong = screens_.AskSome(line); !wrong.empty()) return {"screens", wrong};
+    seen_["rows shown"] = screens_.Shown();
+    if (Is(line, "GetMarketExposure")) {
+        if (std::string wrong = screens_.MarketExposure(line, answer_, before); !wrong.empty())
+            return {"screens", wrong};
+    }
     if (book_.LevelsAgree()) {
         if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
     }

@@ -7,6 +7,7 @@
 
 #include "book.h"
 #include "house.h"
+#include "screens.h"
 #include "snapshot.h"
 
 namespace soak {
@@ -32,6 +33,8 @@ class CSimulation {
 
     /// Makes the call and asks every check.
     Fault Play(const Json& line);
+    /// What is asked once, when the day is over.
+    Fault End();
     [[nodiscard]] const Json& Answer() const { return answer_; }
     [[nodiscard]] const Snapshot& State() const { return state_; }
     [[nodiscard]] const CBook& Book() const { return book_; }
@@ -48,6 +51,7 @@ class CSimulation {
     Planted planted_;
     survhost::Session session_;
     CBook book_;
+    CScreens screens_{book_};
     Snapshot state_;
     Json entered_;  ///< the order of the last call, if it was a new one and is in
     Snapshot beforeOrder_;

@@ -55,6 +55,7 @@ Snapshot Snapshot::Take(const survhost::Session& session) {
     for (BKExposureTag& row : Copies<BKExposureTag>(positions)) {
         const std::string label = Text(row.contract.optionType);
         if (label == "DD" || label == "MP" || label == "MD") {
+            row.mtmValue = row.openPositionValue = 0;  // formed anew whenever a screen shows them
             snapshot.netted.push_back(row);
         } else {
             (TakesSumsMark(row) ? snapshot.sums : snapshot.positions).push_back(row);

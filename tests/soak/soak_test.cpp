@@ -40,16 +40,19 @@ TEST(Soak, EverythingHoldsAfterEveryCall) {
     }
     EXPECT_GT(seen["figures compared"], 300'000 * kDays);
     EXPECT_GT(seen["figures of scrips compared"], 100'000 * kDays);
+    EXPECT_GT(seen["rows shown"], 150 * kDays);
 }
 
 TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
-    std::size_t orders = 0;
+    std::size_t orders = 0, refusals = 0, rowsOfScreens = 0;
     for (std::uint32_t seed = 1; seed <= kRestartDays; ++seed) {
         const RestartDay day = Restart(seed, kCalls / 2, kCalls / 2);
         ASSERT_FALSE(day.fault.Found()) << "seed " << seed << ", call " << day.fault.call << ": " << day.fault.what;
-        orders += day.orders;
+        orders += day.orders, refusals += day.refusals, rowsOfScreens += day.rowsOfScreens;
     }
     EXPECT_GT(orders, 60 * kRestartDays);
+    EXPECT_GT(refusals, 15 * kRestartDays);
+    EXPECT_GT(rowsOfScreens, 15 * kRestartDays);
 }
 
 TEST(Soak, ADayIsTheSameAgainAndInAnyOrderOfItsHolders) {
