@@ -265,6 +265,7 @@ void CBook::Order(const Json& line, const Json& answer) {
         for (double* price : {&event.price, &event.prevPrice}) *price = std::floor(*price * factor + 0.5);
         priceFactors_.try_emplace(event.token, factor);
     }
+    lots_.try_emplace({event.exchangeMask, event.token}, event.lot);
     Json whole = request;
     whole["proClient"] = line.contains("orderInfo") ? Get<int>(Part(line, "orderInfo"), "proClient", 0)
                                                     : Get<int>(*primary, "proClient");
@@ -697,11 +698,16 @@ struct Profit {
 
 }  // namespace
 
-double CBook::LastPriceOf(const Event& about) const {
-    const auto price = market_.find({about.exchangeMask, about.token});
+double CBook::LastPriceOf(std::int16_t exchangeMask, std::int32_t token) const {
+    const auto price = market_.find({exchangeMask, token});
     if (price == market_.end()) return 0;
-    const bool scaled = about.exchangeMask == kMaskNcdex;
-    return scaled ? std::floor(price->second * priceFactors_.at(about.token)) : price->second;
+    const bool scaled = exchangeMask == kMaskNcdex;
+    return scaled ? std::floor(price->second * priceFactors_.at(token)) : price->second;
+}
+
+double CBook::LastWorthOf(std::int16_t exchangeMask, std::int32_t token) const {
+    const auto lot = lots_.find({exchangeMask, token});
+    return lot == lots_.end() ? 0 : lot->second * LastPriceOf(exchangeMask, token);
 }
 
 std::string CBook::Mtm(const Snapshot& state) const {
@@ -720,7 +726,8 @@ std::string CBook::Mtm(const Snapshot& state) const {
                                if (place.period != (row->limitMask & kExpiryBit) || place.family != 0) continue;
                                if (!Covers(row->limitMask, held.about, place.period) || held.about.strikePrice > 0)
                                    continue;
-                               const Profit profit(held.position, LastPriceOf(held.about), held.about.lot);
+                               const Profit profit(held.position, LastPriceOf(held.about.exchangeMask, place.token),
+                                                    held.about.lot);
                                const auto found = profits_.find({entity, held.about.exchangeMask});
                                flagsKnown = flagsKnown && found != profits_.end();
                                const int flags = flagsKnown ? found->second : 0;

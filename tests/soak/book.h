@@ -79,6 +79,10 @@ class CBook {
     /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
     using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
     [[nodiscard]] const Market& LastPrices() const { return market_; }
+    /// As orders of the scrip count: in paise by its factor.
+    [[nodiscard]] double LastPriceOf(std::int16_t exchangeMask, std::int32_t token) const;
+    /// Of one of the quantity, which may count more than one.
+    [[nodiscard]] double LastWorthOf(std::int16_t exchangeMask, std::int32_t token) const;
     using Entries = std::vector<Entry>;
     [[nodiscard]] const std::map<std::string, Entries>& EntriesByEntity() const { return entries_; }
     [[nodiscard]] std::int16_t PositionMode() const { return positionMode_; }
@@ -133,7 +137,6 @@ class CBook {
     /// The same with rows of scrips and of scrip groups, of those that were there from the start.
     std::string AskRowsOfScrips(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
     std::string AskOf(const Snapshot& state, const std::set<std::string>& doubted, bool scrips, const Ask& ask) const;
-    [[nodiscard]] double LastPriceOf(const Event& about) const;
     [[nodiscard]] double LotOf(const Json& request, const Event& event) const;
 
     /// Empty, or the first figure of the row that isn't as it should be.
@@ -156,6 +159,7 @@ class CBook {
     std::int16_t positionMode_ = 0;
     bool families_ = false, lotWeights_ = false, orderBased_ = false;
     std::map<std::int32_t, double> priceFactors_;  ///< of NCDEX scrips
+    std::map<std::pair<std::int16_t, std::int32_t>, double> lots_;
     bool levelsAgree_ = true, everyClassMarked_ = false, everyTickMarks_ = false;
 };
 

@@ -78,11 +78,8 @@ Json KeptPositions(const Snapshot& state, const CBook& book, std::size_t& fromSc
         if (screen == shown.end()) {
             row.limitMask =
                 PeriodicityOf(row.marketSegment, std::get<bool>(holding) ? Period::kExpiry : Period::kDaily);
-            const auto price =
-                book.LastPrices().find({SegmentToExchangeMask(row.marketSegment), std::int32_t{row.token}});
-            row.lastPrice = price == book.LastPrices().end() ? 0 : price->second;
-            if (row.marketSegment == static_cast<int>(Segment::kNcdexFutures))  // a row tells the price by its factor
-                row.lastPrice = static_cast<std::int32_t>(row.lastPrice * (row.priceMultiplier / 10000.0));
+            row.lastPrice = static_cast<std::int32_t>(
+                book.LastPriceOf(SegmentToExchangeMask(row.marketSegment), row.token));  // a row tells it by its factor
         } else {
             ++fromScreens;
         }

@@ -220,10 +220,7 @@ class CView {
     [[nodiscard]] int FamilyByClient(const Event& e) const {
         return e.product == product::kMarginPlus && Period() == 1 ? kSecondLeg : e.Family();
     }
-    [[nodiscard]] double Price(const Scrip& scrip) const {
-        const auto price = book_.LastPrices().find({scrip.exchangeMask, scrip.token});
-        return price == book_.LastPrices().end() ? 0 : price->second;
-    }
+    [[nodiscard]] double Price(const Scrip& scrip) const { return book_.LastWorthOf(scrip.exchangeMask, scrip.token); }
 
     /// A level that sums over the accounts of a holder has it under a shorter code with a '+' besides.
     void TakeStands(const Entry& e) {
