@@ -89,7 +89,8 @@ Json CDay::TradeRecord(const Order& order, int quantity, int price) const {
 
 CDay::Order CDay::NewOrder() {
     Order order;
-    // A client of type 3 or 5 takes its order in, whatever its family says of it.
+    // A client of type 3 or 5 takes its order in, whatever its family says of it; and its margin may stand in rows that
+    // leave it out when they are summed, or the other way about.
     const auto narrow = [this](const Holder& h) {
         return (h.clientType == 3 || h.clientType == 5) && !house_.style.clientLevel;
     };
@@ -99,7 +100,9 @@ CDay::Order CDay::NewOrder() {
              (narrow(house_.holders[order.holder]) && !house_.holders[order.holder].family.empty()));
     const Holder& holder = house_.holders[order.holder];
     const auto trades = [&](const Instrument& i) {
-        return holder.nri == (i.token % 100 == 99) && !(narrow(holder) && i.exchangeMask == kMaskMcx);
+        const bool clear = i.exchangeMask == kMaskMcx ? !house_.style.HoldsByClient()
+                                                      : IsCashExchange(i.exchangeMask) || house_.style.HoldsByClient();
+        return holder.nri == (i.token % 100 == 99) && (clear || !narrow(holder));
     };
     do {
         order.instrument = dice_.IndexOf(house_.instruments);

@@ -29,7 +29,7 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
-    bool clientLevel = true;   ///< clients of types 3 and 5 on MCX, where their orders reach every level
+    bool clientLevel = true;   ///< clients of types 3 and 5 wherever they like
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
     bool limits = true;        ///< rows that may refuse, and calls that are no orders
     bool dealerOnly = false;   ///< some events are told to the dealer's level alone
@@ -37,6 +37,8 @@ struct DayStyle {
     bool levels = false;       ///< groups, dealers and families at any place, holders of any type
     bool orderBased = false;   ///< positions are held by client from orders on
     bool oddCalls = false;     ///< unknown codes, entities that aren't there, numbers at their ends
+
+    [[nodiscard]] bool HoldsByClient() const { return positionMode == 2 || positionMode == 3 || orderBased; }
 };
 
 /// Who sends orders: a client with or without sub client, a dealer for itself, the house.
