@@ -34,7 +34,7 @@ struct Position {
 /// What an order, trade or correction takes out of every position that it reaches, and what it puts in.
 struct Event {
     std::int16_t exchangeMask = 0;
-    std::int32_t token = 0, strikePrice = 0;
+    std::int32_t token = 0, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
     int product = 0;
     bool buy = true, nri = false;
     bool trade = false, correction = false;
@@ -57,6 +57,14 @@ struct Entry {
     Event event;
     bool flat = false;  ///< the entity's own position
     bool rows = false;  ///< its limit rows, by the general rules
+    bool productRows = false;  ///< the rows by the rules of the product
+    bool judged = false;       ///< a check weighed it here, which moves no traded margin
+};
+
+/// An entry, and whose it is.
+struct Arrival {
+    std::string entity;
+    Entry entry;
 };
 
 class CBook {
@@ -69,6 +77,8 @@ class CBook {
     /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
     using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
     [[nodiscard]] const Market& LastPrices() const { return market_; }
+    /// What the last call entered, entity by entity.
+    [[nodiscard]] const std::vector<Arrival>& Arrivals() const { return arrivals_; }
     /// Figures of rows that were asked so far: those in doubt are not.
     [[nodiscard]] std::size_t Compared() const { return compared_; }
     /// No refused order has stayed at some of its levels.
@@ -81,6 +91,13 @@ class CBook {
     [[nodiscard]] std::string Holdings(const Snapshot& state) const;
     [[nodiscard]] std::string Mtm(const Snapshot& state) const;
 
+    using Entries = std::vector<Entry>;
+    using Row = BKSurveillanceLimitDefTag;
+    /// Asks each entity's rows of all securities, unless they are in doubt.
+    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted,
+                        const std::function<std::string(const std::string& entity, const Entries& entries,
+                                                        const std::vector<const Row*>& rows)>& ask) const;
+
  private:
     struct Place {
         int period;  // 0 the day, 1 until expiry
@@ -92,25 +109,19 @@ class CBook {
         Position position;
         Event about;  ///< the latest event there
     };
-    using Entries = std::vector<Entry>;
     using Flat = std::map<Place, Held>;
-    using Row = BKSurveillanceLimitDefTag;
 
     void Start(const Json& line);
     void Order(const Json& line, const Json& answer);
     void Enter(const Json& request, const Event& event, bool check, const Json& answer);
     void Tick(const Json& touchline);
     [[nodiscard]] static Flat FlatOf(const Entries& entries);
-    /// Asks each entity's rows of all securities, unless they are in doubt.
-    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted,
-                        const std::function<std::string(const std::string& entity, const Entries& entries,
-                                                        const std::vector<const Row*>& rows)>& ask) const;
-
     /// Empty, or the first figure of the row that isn't as it should be.
     template <class Dues>
     std::string FirstWrong(const Row& row, const Dues& dues) const;
 
     std::map<std::string, Entries> entries_;  ///< by entity
+    std::vector<Arrival> arrivals_;
     mutable std::size_t compared_ = 0;
     mutable std::set<std::string> lifted_;  ///< a refusal at their rows may have been lifted
     std::set<std::string> entities_;

@@ -69,6 +69,7 @@ Fault CSimulation::Play(const Json& line) {
     if (answer_.is_null()) answer_ = Json::object();
     book_.Take(line, answer_);
     state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
+    margins_.Take(line, book_, state_);
     Fault fault = Check(line, before);
     NoteEntry(line, before);
     fault.call = calls_;
@@ -98,7 +99,9 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     for (const auto& [name, ask] : kBook) {
         if (std::string wrong = (book_.*ask)(state_); !wrong.empty()) return {name, wrong};
     }
+    if (std::string wrong = margins_.Rows(book_, state_); !wrong.empty()) return {"margins", wrong};
     seen_["figures compared"] = book_.Compared();
+    seen_["margins compared"] = margins_.Compared();
     if (book_.LevelsAgree()) {
         if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
     }

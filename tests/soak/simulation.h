@@ -7,6 +7,7 @@
 
 #include "book.h"
 #include "house.h"
+#include "margins.h"
 #include "snapshot.h"
 
 namespace soak {
@@ -47,6 +48,7 @@ class CSimulation {
     Planted planted_;
     survhost::Session session_;
     CBook book_;
+    CMargins margins_;
     Snapshot state_;
     Json entered_;  ///< the order of the last call, if it was a new one and is in
     Snapshot beforeOrder_;
