@@ -11,6 +11,8 @@ namespace {
 
 using namespace surv;
 
+const std::string kHouse = "*****";      ///< its own account, whose preference is that of everybody
+constexpr std::int16_t kNoExchange = -1;  ///< of a preference that is of none
 constexpr std::array<std::int16_t, 4> kDerivatives{kMaskNseDerivatives, kMaskBseDerivatives, kMaskMcx, kMaskNcdex};
 
 /// Rows that hold several markets, in the order in which they are published.
@@ -54,6 +56,7 @@ bool IsNear(const Event& about) {
 void CMargins::Take(const Json& line, const CBook& book, const Snapshot& state) {
     const std::string call = Get(line, "call", "");
     TakeRows(state);
+    dayKnown_ |= call == "@clock";
     if (call == "InitializeSurvManager") positionMode_ = Get<std::int16_t>(line, "positionMode");
     if (call == "InitializeAllAdditionalMarginInfo") {
         for (const Json& r : Part(line, "map")) {
@@ -93,9 +96,14 @@ void CMargins::NoteAsked(const Json& request, std::int16_t exchange) {
     entities_["-"].asked.insert(exchange);
 }
 
+/// Who has any preference has that of everybody where it has none of its own.
 OwnMargin CMargins::OwnOf(const std::string& code, std::int16_t exchange) const {
-    const auto found = own_.find({code, exchange});
-    return found == own_.end() ? OwnMargin{} : found->second;
+    const auto first = own_.lower_bound({code, kNoExchange});
+    if (first == own_.end() || first->first.first != code) return {};
+    for (const std::string& from : {code, kHouse}) {
+        if (const auto found = own_.find({from, exchange}); found != own_.end()) return found->second;
+    }
+    return {};
 }
 
 /// A changed one margins what its entity holds anew; BSE's derivatives wait for their orders.
@@ -133,7 +141,7 @@ void CMargins::Prefer(const Json& record) {
         });
         const bool held = std::any_of(entity.flat.begin(), entity.flat.end(),
                                       [](const auto& each) { return std::get<2>(each.first).first == kMaskMcx; });
-        Publish(code, exchange, held);
+        if (held || entity.asked.contains(exchange)) Publish(code, exchange, held);
     } else if (exchange == kMaskNseDerivatives || exchange == kMaskNcdex) {
         bool held = false;
         Renew(code, exchange, [&](const Contract& c) {
@@ -141,7 +149,7 @@ void CMargins::Prefer(const Json& record) {
             held |= live;
             return live;
         });
-        if (held) Publish(code, exchange, true);
+        if (held || entity.asked.contains(exchange)) Publish(code, exchange, held);
     }
 }
 
@@ -166,6 +174,7 @@ void CMargins::RiskMessage(const Json& line) {
         std::copy_n(losses.begin(), std::min(losses.size(), risk.losses.size()), risk.losses.begin());
         file.risks[{segment, Get<std::int32_t>(r, "token")}] = risk;
     } else if (code == kEnd) {
+        for (const auto& [underlying, charges] : staged_.charges) dayKnown_ &= underlying.first == segment;
         for (const auto& [underlying, charges] : staged_.charges) live_.charges[underlying] = charges;
         for (const auto& [contract, risk] : staged_.risks) live_.risks[contract] = risk;
         Replace(std::exchange(staged_, {}));
@@ -182,7 +191,7 @@ void CMargins::Replace(const File& file) {
             Renew(code, exchange, [&, &code = code, &entity = entity](const Contract& c) {
                 const Scrip scrip{exchange, c.about.token};
                 // The house's own account is told of what it has traded.
-                const bool reached = file.risks.contains(scrip) && (code != "*****" || entity.traded.contains(scrip));
+                const bool reached = file.risks.contains(scrip) && (code != kHouse || entity.traded.contains(scrip));
                 held |= reached;
                 return reached;
             });
@@ -416,6 +425,7 @@ void CMargins::MoveEquity(const Arrival& arrival) {
 // ---------------------------------------------------------------------------------------------------------------
 
 std::string CMargins::Rows(const CBook& book, const Snapshot& state) {
+    if (!dayKnown_) return {};
     const auto wrong = [this](RowDue& row, const Four& seen, const Four& due) {
         for (std::size_t i = 0; i < seen.size(); ++i) {
             row.size = std::max(row.size, std::abs(due[i]));

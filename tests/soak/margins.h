@@ -70,6 +70,7 @@ class CMargins {
     File live_, staged_;
     std::int16_t positionMode_ = 0;
     std::size_t compared_ = 0;
+    bool dayKnown_ = false;  ///< nearness of an expiry hangs on it
 };
 
 }  // namespace soak
