@@ -73,9 +73,10 @@ Meaning MeaningOf(const Json& line, int code, bool check, bool legs, std::int16_
             if (code == 5445) m.Enters(correction, "newQuantity", "tradePrice");
             break;
         case 31000: {
+            // One in any other state moves nothing, and stays for the account to look at its contract anew.
             constexpr std::array kRestored{0x40, 1, 2, 8, 0x100, 0x80, 0x800};
             const int state = Get<int>(stored, "orderStatus");
-            m.known = std::find(kRestored.begin(), kRestored.end(), state) != kRestored.end();
+            if (std::find(kRestored.begin(), kRestored.end(), state) == kRestored.end()) break;
             m.Enters(stored, state == 0x100 ? "quantityFilled" : "quantity", "price");
             break;
         }
@@ -361,9 +362,6 @@ std::string CBook::Positions(const Snapshot& state) const {
     return {};
 }
 
-namespace {
-
-/// The walk over the masks of an entity goes to their end only where there are as many of the day as until expiry.
 std::set<std::string> Uneven(const Snapshot& state) {
     std::map<std::string, std::array<std::set<int>, 2>> masks;
     for (const BKSurveillanceLimitDefTag& row : state.rows) {
@@ -375,8 +373,6 @@ std::set<std::string> Uneven(const Snapshot& state) {
     }
     return uneven;
 }
-
-}  // namespace
 
 std::string CBook::AskRows(
     const Snapshot& state, const std::set<std::string>& doubted,

@@ -67,6 +67,9 @@ struct Arrival {
     Entry entry;
 };
 
+/// The walk over the masks of an entity goes to their end only where there are as many of the day as until expiry.
+[[nodiscard]] std::set<std::string> Uneven(const Snapshot& state);
+
 class CBook {
  public:
     /// Enters a call by what was answered.

@@ -11,6 +11,10 @@ constexpr std::int32_t kDay = 86400;
 
 /// As many daily masks as expiry ones, so that no list of stores ends early.
 const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+const std::vector<int> kWithoutNseEquity{0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+/// With rows of each market beside those of several.
+const std::vector<int> kEveryMask{2,    3,    0x10, 0x11, 0x12, 0x13, 0xC,   0xD,   0xE,   0xF,   0x60,
+                                  0x61, 0x7E, 0x7F, 0x80, 0x81, 0x100, 0x101, 0x180, 0x181, 0x1FE, 0x1FF};
 const std::vector<int> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
 
 std::string Code(char letter, int number) {
@@ -43,7 +47,10 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
 }
 
 const std::vector<int>& CHouse::MasksOf(const std::string& entity) const {
-    return entity[0] == 'C' || entity[0] == 'S' ? kNarrowMasks : kWideMasks;
+    if (entity[0] == 'C' || entity[0] == 'S') return kNarrowMasks;
+    if (entity == "D00" || entity == "G00") return kEveryMask;
+    // A start forms what no row shows from positions, where the day has it from events.
+    return kind_ == DayKind::kWhole && entity.back() == '1' ? kWithoutNseEquity : kWideMasks;
 }
 
 /// The last scrip of each cash exchange is the NRI clients' own: they count buys and sells together, others against

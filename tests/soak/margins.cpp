@@ -53,7 +53,7 @@ bool IsNear(const Event& about) {
 // ---------------------------------------------------------------------------------------------------------------
 // What calls bring
 
-void CMargins::Take(const Json& line, const CBook& book, const Snapshot& state) {
+void CMargins::Take(const Json& line, const Json& answer, const CBook& book, const Snapshot& state) {
     const std::string call = Get(line, "call", "");
     TakeRows(state);
     dayKnown_ |= call == "@clock";
@@ -68,6 +68,7 @@ void CMargins::Take(const Json& line, const CBook& book, const Snapshot& state) 
     }
     if (call == "ProcessRPFInfo") RiskMessage(line);
     if (call == "AddUpdateClientPreferencesInfo") Prefer(Part(line, "preference"));
+    if (call == "AddSurvLimits" && Get<int>(answer, "result", -1) == 0) AddRow(Part(line, "limit"));
     if (call != "CheckSurveillance" && call != "UpdateSurveillance") return;
     const Json& request = Part(line, "request");
     for (const char* name : {"order", "orderInfo", "trade", "tradeCorrection"}) {
@@ -77,7 +78,12 @@ void CMargins::Take(const Json& line, const CBook& book, const Snapshot& state) 
         scripRates_.try_emplace({exchange, Get<std::int32_t>(request, "token")},
                                 ScripRate{Get<int>(request, "marginBasis"), Get<double>(request, "marginRate")});
     }
-    for (const Arrival& arrival : book.Arrivals()) Move(arrival, Get<int>(request, "clientType"));
+    const std::set<std::string> uneven = book.Arrivals().empty() ? std::set<std::string>{} : Uneven(state);
+    for (const Arrival& arrival : book.Arrivals()) {
+        Move(arrival, Get<int>(request, "clientType"));
+        if (!uneven.contains(arrival.entity)) continue;
+        for (auto& [mask, row] : entities_[arrival.entity].rows) row.known = false;
+    }
 }
 
 void CMargins::TakeRows(const Snapshot& state) {
@@ -130,26 +136,43 @@ void CMargins::Prefer(const Json& record) {
             return all;
         };
         const Margins a = margins(before), b = margins(now);
+        for (std::size_t i = 0; i < a.size(); ++i) entity.told[exchange][i] += b[i] - a[i];
         for (auto& [mask, row] : entity.rows) {
             const bool covers = (mask & SegmentToBit(SegmentOfContract(exchange, 0))) != 0 && (mask & kExpiryBit) != 0;
             for (std::size_t i = 0; i < a.size() && covers; ++i) row.due[i] += b[i] - a[i];
         }
     }
+    bool held = false;
     if (exchange == kMaskMcx) {
         Renew(code, exchange, [&](const Contract& c) {
             return entity.flat.contains({1, 0, {exchange, c.about.token}});
         });
-        const bool held = std::any_of(entity.flat.begin(), entity.flat.end(),
-                                      [](const auto& each) { return std::get<2>(each.first).first == kMaskMcx; });
-        if (held || entity.asked.contains(exchange)) Publish(code, exchange, held);
+        held = std::any_of(entity.flat.begin(), entity.flat.end(),
+                           [](const auto& each) { return std::get<2>(each.first).first == kMaskMcx; });
     } else if (exchange == kMaskNseDerivatives || exchange == kMaskNcdex) {
-        bool held = false;
         Renew(code, exchange, [&](const Contract& c) {
             const bool live = live_.risks.contains({exchange, c.about.token});
             held |= live;
             return live;
         });
-        if (held || entity.asked.contains(exchange)) Publish(code, exchange, held);
+    } else {
+        return;
+    }
+    Publish(code, exchange, held);
+}
+
+/// A new row of derivatives has the entity's rows published, that of MCX its own row alone.
+void CMargins::AddRow(const Json& row) {
+    const int mask = Get<int>(row, "limitMask");
+    const std::string code = Get(row, "entityCode", "");
+    const bool securities = mask == RowOf(kMaskNseDerivatives) || mask == RowOf(kMaskBseDerivatives);
+    for (const std::int16_t exchange : {kMaskBseDerivatives, kMaskNseDerivatives, kMaskMcx}) {
+        if (exchange == kMaskMcx ? mask != RowOf(kMaskMcx) : !securities) continue;
+        bool held = false;
+        for (const auto& [key, account] : entities_[code].accounts) {
+            for (const auto& [where, underlying] : account.underlyings) held |= std::get<0>(where) == exchange;
+        }
+        Publish(code, exchange, held, exchange == kMaskMcx);
     }
 }
 
@@ -195,7 +218,7 @@ void CMargins::Replace(const File& file) {
                 held |= reached;
                 return reached;
             });
-            if (held || entity.asked.contains(exchange)) Publish(code, exchange, held);
+            Publish(code, exchange, held);
         }
     }
 }
@@ -239,6 +262,8 @@ bool CMargins::Counts(const std::string& code, const Account& account) const {
 
 Reading CMargins::Sum(const std::string& code, std::int16_t exchange) const {
     Reading sum{};
+    if (const auto told = entities_.at(code).told.find(exchange); told != entities_.at(code).told.end())
+        std::copy(told->second.begin(), told->second.end(), sum.begin());
     const OwnMargin own = OwnOf(code, exchange);
     for (const auto& [key, account] : entities_.at(code).accounts) {
         if (!Counts(code, account)) continue;
@@ -250,13 +275,14 @@ Reading CMargins::Sum(const std::string& code, std::int16_t exchange) const {
 
 /// The rows of an exchange show what its accounts come to; what they hold of other markets comes from those markets'
 /// own rows, premiums and all, or where there is none from the accounts, without premiums.
-void CMargins::Publish(const std::string& code, std::int16_t exchange, bool sure) {
+void CMargins::Publish(const std::string& code, std::int16_t exchange, bool sure, bool ownAlone) {
     Entity& entity = entities_.at(code);
+    if (!sure && !entity.asked.contains(exchange)) return;
     const Reading fresh = Sum(code, exchange);
     const int own = RowOf(exchange);
     std::vector<int> masks{own};
     for (const int mask : kRollUps) {
-        if ((mask & own & kSegmentBits) != 0) masks.push_back(mask);
+        if ((mask & own & kSegmentBits) != 0 && !ownAlone) masks.push_back(mask);
     }
     const RowDue* const ownRow = entity.rows.contains(own) ? &entity.rows.at(own) : nullptr;
     for (const int mask : masks) {
@@ -269,7 +295,7 @@ void CMargins::Publish(const std::string& code, std::int16_t exchange, bool sure
             if (mask == own || market.exchange == exchange || !market.In(mask)) continue;
             const auto other = entity.rows.find(market.mask);
             const bool shown = other != entity.rows.end();
-            known = known && (shown ? other->second.known : !IsCashExchange(market.exchange));
+            known = known && (!shown || other->second.known);
             const Reading sum = shown ? Reading{} : Sum(code, market.exchange);
             for (std::size_t i = 0; i < due.size(); ++i) {
                 const bool without = i == kExposureMargin && market.exchange == kMaskBseDerivatives;
@@ -393,14 +419,14 @@ void CMargins::MoveEquity(const Arrival& arrival) {
     const Scrip scrip{event.exchangeMask, event.token};
     const OwnMargin own = OwnOf(arrival.entity, event.exchangeMask);
     const int bit = event.SegmentBit();
+    const bool ofDelivery = entry.productRows && event.Family() == kDelivery;
     for (const int period : {0, 1}) {
         if (period == 0 && !event.HasDaily()) continue;
         Position& held = entity.flat[{period, event.Family(), scrip}];
         Position moved = held;
         moved.Add(event.Change());
         const auto margins = [&](const Position& position) {
-            if (entry.productRows)
-                return event.Family() == kDelivery ? NetBuys(position) : FundingMargins(position, own);
+            if (entry.productRows) return ofDelivery ? NetBuys(position) : FundingMargins(position, own);
             Margins all = CashMargins(position, scripRates_[scrip], own, event.nri);
             for (double& margin : all) margin = own.Raised(margin);
             return all;
@@ -412,11 +438,15 @@ void CMargins::MoveEquity(const Arrival& arrival) {
             if (event.product == product::kMarginPlus) row.known = row.known && !(covers && IsSettlement(mask));
             if (!(entry.rows || entry.productRows) || !covers) continue;
             if (!IsSettlement(mask) && (entry.productRows || !IsEquityOfTheDay(mask))) continue;
-            const bool ofDelivery = entry.productRows && event.Family() == kDelivery;
             const bool tradedStays = entry.judged && !event.correction && !ofDelivery;
             for (std::size_t i = 0; i < a.size(); ++i) {
                 if (i != kTradedSide || !tradedStays) row.due[i] += b[i] - a[i];
             }
+        }
+        const bool taken = !entry.judged && (entry.rows || entry.productRows);
+        if (taken && period == 1 && (event.product == product::kMargin || ofDelivery)) {
+            const Margins c = ofDelivery ? Worth(held, event.nri) : a, d = ofDelivery ? Worth(moved, event.nri) : b;
+            for (std::size_t i = 0; i < a.size(); ++i) entity.told[event.exchangeMask][i] += d[i] - c[i];
         }
         if (entry.flat && event.product != product::kMarginPlus) held = moved;
     }

@@ -10,7 +10,7 @@ namespace soak {
 class CMargins {
  public:
     /// What a call brought, and what the book made of it; `state` is as the call has left it.
-    void Take(const Json& line, const CBook& book, const Snapshot& state);
+    void Take(const Json& line, const Json& answer, const CBook& book, const Snapshot& state);
     /// Empty, or the first margin of a row that isn't as it should be.
     [[nodiscard]] std::string Rows(const CBook& book, const Snapshot& state);
     [[nodiscard]] std::size_t Compared() const { return compared_; }
@@ -34,6 +34,7 @@ class CMargins {
         std::map<std::string, Account> accounts;
         std::map<int, RowDue> rows;  ///< of all securities, by mask
         std::map<std::tuple<int, int, Scrip>, Position> flat;  ///< of equity, by period and family
+        std::map<std::int16_t, Margins> told;  ///< of equity by exchange: what came as events, for want of a row
         std::set<Scrip> traded;
         std::set<std::int16_t> asked;  ///< exchanges that some order named
     };
@@ -45,6 +46,7 @@ class CMargins {
 
     void TakeRows(const Snapshot& state);
     void Prefer(const Json& record);
+    void AddRow(const Json& row);
     void RiskMessage(const Json& line);
     void Replace(const File& file);
     void NoteAsked(const Json& request, std::int16_t exchange);
@@ -61,7 +63,8 @@ class CMargins {
     [[nodiscard]] bool Counts(const std::string& code, const Account& account) const;
     [[nodiscard]] Reading Sum(const std::string& code, std::int16_t exchange) const;
     [[nodiscard]] OwnMargin OwnOf(const std::string& code, std::int16_t exchange) const;
-    void Publish(const std::string& code, std::int16_t exchange, bool sure);
+    /// Unless it is sure, an entity that was asked for something of the exchange may have been left out.
+    void Publish(const std::string& code, std::int16_t exchange, bool sure, bool ownAlone = false);
 
     std::map<std::string, Entity> entities_;
     std::map<std::pair<std::string, std::int16_t>, OwnMargin> own_;  ///< by entity and exchange

@@ -214,10 +214,16 @@ Margins FundingMargins(const Position& position, const OwnMargin& own) {
 }
 
 Margins NetBuys(const Position& position) {
+    Margins margins = Worth(position, false);
+    for (double& margin : margins) margin = std::max(margin, 0.0);
+    return margins;
+}
+
+Margins Worth(const Position& position, bool nri) {
+    std::array<double, kViews> values{};
     const std::array<View, kViews> views = ViewsOf(position);
-    double worst = 0;
-    for (const View& view : views) worst = std::max(worst, view.Value());
-    return {std::max(views[0].Value(), 0.0) / 100, std::max(views[kTradedView].Value(), 0.0) / 100, worst / 100};
+    for (std::size_t v = 0; v < kViews; ++v) values[v] = (nri ? views[v].buyValue : views[v].Value()) / 100;
+    return {values[0], values[kTradedView], *std::max_element(values.begin(), values.end())};
 }
 
 }  // namespace soak

@@ -99,5 +99,7 @@ struct ScripRate {
 [[nodiscard]] Margins FundingMargins(const Position& position, const OwnMargin& own);
 /// Of a delivery: what is bought beyond what is sold.
 [[nodiscard]] Margins NetBuys(const Position& position);
+/// The same where no row shows it: sales count against buys, those of an NRI not at all.
+[[nodiscard]] Margins Worth(const Position& position, bool nri);
 
 }  // namespace soak

@@ -69,7 +69,7 @@ Fault CSimulation::Play(const Json& line) {
     if (answer_.is_null()) answer_ = Json::object();
     book_.Take(line, answer_);
     state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
-    margins_.Take(line, book_, state_);
+    margins_.Take(line, answer_, book_, state_);
     Fault fault = Check(line, before);
     NoteEntry(line, before);
     fault.call = calls_;

@@ -34,6 +34,7 @@ TEST(Soak, EverythingHoldsAfterEveryCall) {
         EXPECT_GT(seen[what], 2 * kDays) << what;
     }
     EXPECT_GT(seen["figures compared"], 300'000 * kDays);
+    EXPECT_GT(seen["margins compared"], 100'000 * kDays);
 }
 
 TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
