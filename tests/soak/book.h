@@ -55,8 +55,8 @@ struct Event {
 struct Entry {
     std::string group, account;
     Event event;
-    bool flat = false;  ///< the entity's own position
-    bool rows = false;  ///< its limit rows, by the general rules
+    bool flat = false;         ///< the entity's own position
+    bool rows = false;         ///< its limit rows, by the general rules
     bool productRows = false;  ///< the rows by the rules of the product
     bool judged = false;       ///< a check weighed it here, which moves no traded margin
 };

@@ -13,7 +13,7 @@ constexpr std::int32_t kDay = 86400;
 const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
 const std::vector<int> kWithoutNseEquity{0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
 /// With rows of each market beside those of several.
-const std::vector<int> kEveryMask{2,    3,    0x10, 0x11, 0x12, 0x13, 0xC,   0xD,   0xE,   0xF,   0x60,
+const std::vector<int> kEveryMask{2,    3,    0x10, 0x11, 0x12, 0x13,  0xC,   0xD,   0xE,   0xF,   0x60,
                                   0x61, 0x7E, 0x7F, 0x80, 0x81, 0x100, 0x101, 0x180, 0x181, 0x1FE, 0x1FF};
 const std::vector<int> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
 
@@ -40,6 +40,7 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
         style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
             false;
     }
+    style.premiums = kind_ == DayKind::kWhole;
     if (kind_ == DayKind::kWhole) style.preferences = dice.OneIn(2), style.heldBack = dice.OneIn(2);
     profits_ = dice.Among(0, 0, 2, 10);
     MakeInstruments();
@@ -149,7 +150,7 @@ Json CHouse::LimitRow(const std::string& entity, int mask) {
         row["limitOptions"] = dice_.Among(0, 1, 0x30);
     }
     constexpr int kPremiumInMargin = 4;
-    if (dice_.OneIn(4)) row["limitOptions"] = row.value("limitOptions", 0) | kPremiumInMargin;
+    if (style.premiums && dice_.OneIn(4)) row["limitOptions"] = row.value("limitOptions", 0) | kPremiumInMargin;
     if (dice_.OneIn(entity[0] == 'C' ? 6 : 14)) SetSomeLimit(dice_, row);
     return row;
 }
@@ -199,8 +200,7 @@ Script CHouse::Preferences() {
     for (const std::string& entity : entities) {
         if (entity[0] == 'F') continue;
         for (const int exchange : {1, 2, 4, 8, 0x10, 0x40, -1}) {
-            calls.push_back(
-                {{"call", "AddUpdateClientPreferencesInfo"}, {"preference", Preference(entity, exchange)}});
+            calls.push_back({{"call", "AddUpdateClientPreferencesInfo"}, {"preference", Preference(entity, exchange)}});
         }
     }
     return calls;
@@ -215,7 +215,7 @@ Json CHouse::Preference(const std::string& entity, int exchange) {
         return record;
     }
     record["marginAddOnFactor"] = dice_.Among(0, 0, 50'000, 100'000), record["prefExtraMarginRate"] = 250'000;
-    record["marginFlags"] = profits_ | (dice_.OneIn(4) ? kPremiumCounts : 0);
+    record["marginFlags"] = profits_ | (style.premiums && dice_.OneIn(4) ? kPremiumCounts : 0);
     record["prefMarginMode"] = dice_.Among(0, 0, 1, 2), record["prefMarginRate"] = dice_.Among(0, 73'456, 146'912);
     return record;
 }

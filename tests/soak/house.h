@@ -29,6 +29,7 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
+    bool premiums = true;      ///< of options count as margin in some rows
     bool preferences = false;  ///< other preferences of margins then
     bool heldBack = false;     ///< files name some contracts later, or never; some come past the file
     bool clientLevel = true;   ///< clients of types 3 and 5, whose orders reach few levels

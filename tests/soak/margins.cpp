@@ -11,7 +11,7 @@ namespace {
 
 using namespace surv;
 
-const std::string kHouse = "*****";      ///< its own account, whose preference is that of everybody
+const std::string kHouse = "*****";       ///< its own account, whose preference is that of everybody
 constexpr std::int16_t kNoExchange = -1;  ///< of a preference that is of none
 constexpr std::array<std::int16_t, 4> kDerivatives{kMaskNseDerivatives, kMaskBseDerivatives, kMaskMcx, kMaskNcdex};
 
@@ -23,9 +23,8 @@ struct Market {
     int mask;
     [[nodiscard]] bool In(int rowMask) const { return (rowMask & mask & kSegmentBits) != 0; }
 };
-constexpr std::array kMarkets{Market{kMaskNseDerivatives, 0xD}, Market{kMaskNseCash, 3},
-                              Market{kMaskBseCash, 0x11},       Market{kMaskBseDerivatives, 0x61},
-                              Market{kMaskMcx, 0x81},           Market{kMaskNcdex, 0x101}};
+constexpr std::array kMarkets{Market{kMaskNseDerivatives, 0xD},  Market{kMaskNseCash, 3}, Market{kMaskBseCash, 0x11},
+                              Market{kMaskBseDerivatives, 0x61}, Market{kMaskMcx, 0x81},  Market{kMaskNcdex, 0x101}};
 int RowOf(std::int16_t exchange) {
     return std::find_if(kMarkets.begin(), kMarkets.end(), [=](const Market& m) { return m.exchange == exchange; })
         ->mask;
@@ -40,7 +39,7 @@ bool HoldsDerivatives(int mask) {
 }
 /// Rows in which the premium of an option may count as margin.
 bool MayTakePremium(int mask) { return HoldsDerivatives(mask) && (mask & 0x6C) != 0; }
-constexpr int kPremiumInMargin = 4;  ///< limitOptions
+constexpr int kPremiumInMargin = 4;   ///< limitOptions
 constexpr int kPremiumCounts = 0x20;  ///< marginFlags
 
 bool IsNear(const Event& about) {
@@ -187,7 +186,7 @@ void CMargins::RiskMessage(const Json& line) {
     if (code == kCharges) {
         const Json& r = Part(line, "underlying");
         file.charges[{segment, Get<std::int32_t>(r, "underlyingToken")}] = {Get<float>(r, "calendarSpreadCharge"),
-                                                                           Get<float>(r, "shortOptionMinimumCharge")};
+                                                                            Get<float>(r, "shortOptionMinimumCharge")};
     } else if (code == kContract) {
         const Json& r = Part(line, "contract");
         const Scrip underlying{segment, Get<std::int32_t>(r, "underlyingToken")};
@@ -399,8 +398,8 @@ void CMargins::MoveContract(const Arrival& arrival, int clientType) {
     const int bit = event.SegmentBit();
     for (auto& [mask, row] : entity.rows) {
         if ((mask & kExpiryBit) == 0 || (mask & bit) == 0) continue;
-        const bool premium = event.strikePrice > 0 && MayTakePremium(mask) &&
-                             ((row.options & kPremiumInMargin) != 0 || own.premium);
+        const bool premium =
+            event.strikePrice > 0 && MayTakePremium(mask) && ((row.options & kPremiumInMargin) != 0 || own.premium);
         for (const std::size_t i : {kOrderSide, kTradedSide, kWorst}) {
             if (!HoldsDerivatives(mask) || (i == kTradedSide && entry.judged && !event.correction)) continue;
             row.due[i] += own.Raised(after[i] - before[i]);

@@ -17,7 +17,7 @@ class CMargins {
 
  private:
     using Scrip = std::pair<std::int16_t, std::int32_t>;  ///< exchange mask and token, of a contract or an underlying
-    using Four = std::array<double, 4>;  ///< order side, traded side, worst case, exposure margin
+    using Four = std::array<double, 4>;                   ///< order side, traded side, worst case, exposure margin
     struct Account {
         int clientType = 0;
         std::map<std::tuple<std::int16_t, bool, std::int32_t>, Underlying> underlyings;  ///< by exchange and nearness
@@ -32,7 +32,7 @@ class CMargins {
     };
     struct Entity {
         std::map<std::string, Account> accounts;
-        std::map<int, RowDue> rows;  ///< of all securities, by mask
+        std::map<int, RowDue> rows;                            ///< of all securities, by mask
         std::map<std::tuple<int, int, Scrip>, Position> flat;  ///< of equity, by period and family
         std::map<std::int16_t, Margins> told;  ///< of equity by exchange: what came as events, for want of a row
         std::set<Scrip> traded;

@@ -81,8 +81,7 @@ Views FiguresOf(const Event& about, const Position& position, const Risk* risk, 
             if ((mcx || exchange == kMaskNcdex) && own.mode == 0)
                 f[kExposure] += CommodityExposure(view, exchange, rates);
         }
-        for (std::size_t i = 0; i < r.losses.size(); ++i)
-            f[kLosses + i] = static_cast<float>(view.Net() * r.losses[i]);
+        for (std::size_t i = 0; i < r.losses.size(); ++i) f[kLosses + i] = static_cast<float>(view.Net() * r.losses[i]);
     }
     return views;
 }
@@ -103,8 +102,8 @@ struct Sums {
     [[nodiscard]] double Netted(double share) const {
         const double bought = longPosition, sold = -shortPosition;
         if (bought == 0 && sold == 0) return all[kExposure];
-        const double benefit = bought < sold ? longMargin + bought / sold * shortMargin
-                                             : shortMargin + sold / bought * longMargin;
+        const double benefit =
+            bought < sold ? longMargin + bought / sold * shortMargin : shortMargin + sold / bought * longMargin;
         return all[kExposure] - share * benefit;
     }
     [[nodiscard]] double WorstLoss() const { return *std::max_element(all.begin() + kLosses, all.end()); }

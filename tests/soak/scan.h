@@ -66,7 +66,15 @@ using Views = std::array<Figures, kViews>;
 [[nodiscard]] Views FiguresOf(const Event& about, const Position& position, const Risk* risk, const Rates& rates,
                               const OwnMargin& own);
 
-enum Read : std::size_t { kOrderSide, kTradedSide, kWorst, kExposureMargin, kPremiumOrder, kPremiumTraded, kPremiumWorst };
+enum Read : std::size_t {
+    kOrderSide,
+    kTradedSide,
+    kWorst,
+    kExposureMargin,
+    kPremiumOrder,
+    kPremiumTraded,
+    kPremiumWorst
+};
 using Reading = std::array<double, 7>;
 
 /// A contract of an account: what it holds, and its figures when they were last formed.
