@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "read.h"
 #include "surveillance/codes.h"
 
 namespace soak {
@@ -13,20 +14,6 @@ using namespace surv;
 
 constexpr std::string_view kOwnAccount = "*****";
 constexpr int kDelivery = 5, kMtf = 20;  ///< families
-
-template <class Value>
-Value Get(const Json& record, const char* name, Value otherwise = {}) {
-    const auto found = record.find(name);
-    return found == record.end() ? otherwise : found->get<Value>();
-}
-std::string Get(const Json& record, const char* name, const char* otherwise) {
-    return Get<std::string>(record, name, otherwise);
-}
-const Json& Part(const Json& line, const char* name) {
-    static const Json kNone = Json::object();
-    const auto found = line.find(name);
-    return found == line.end() ? kNone : *found;
-}
 
 /// What the codes mean: the parts of the request that leave a position and enter it.
 struct Meaning {
@@ -92,9 +79,10 @@ Meaning MeaningOf(const Json& line, int code, bool check, bool legs, std::int16_
                      "tradePrice");
             break;
         case 31000: {
+            // One in any other state moves nothing, and stays for the account to look at its contract anew.
             constexpr std::array kRestored{0x40, 1, 2, 8, 0x100, 0x80, 0x800};
             const int state = Get<int>(stored, "orderStatus");
-            m.known = std::find(kRestored.begin(), kRestored.end(), state) != kRestored.end();
+            if (std::find(kRestored.begin(), kRestored.end(), state) == kRestored.end()) break;
             m.Enters(stored, state == 0x100 ? "quantityFilled" : "quantity", "price");
             break;
         }
@@ -184,6 +172,7 @@ std::string CBook::FirstWrong(const Row& row, const Dues& dues) const {
 
 void CBook::Take(const Json& line, const Json& answer) {
     const std::string call = Get(line, "call", "");
+    arrivals_.clear();
     if (call == "InitializeSurvManager") return Start(line);
     if (call == "CheckSurveillance" || call == "UpdateSurveillance") return Order(line, answer);
     if (call == "AddSurvLimits" || call == "RemoveSurvLimits") return RowCall(line, answer);
@@ -248,6 +237,8 @@ void CBook::Order(const Json& line, const Json& answer) {
     event.exchangeMask = Get<std::int16_t>(*primary, "exchangeMask");
     event.token = Get<std::int32_t>(request, "token");
     event.strikePrice = Get<std::int32_t>(*primary, "strikePrice");
+    event.expiryDate = Get<std::int32_t>(*primary, "expiryDate");
+    event.underlyingToken = Get<std::int32_t>(request, "underlyingToken");
     event.product = line.contains("tradeCorrection") ? 0 : Get<int>(*primary, "productType");
     event.nri = Get(*primary, "clientCategory", "") == "N" ||
                 (line.contains("trade") && Get(Part(line, "orderInfo"), "clientCategory", "") == "N");
@@ -348,6 +339,8 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
         entry.flat = passed && moves;
         entry.told = !check || (takes && !passedBy);
         entry.rows = moves && event.product != product::kMarginPlus && !(apart && (ownRules || passedBy));
+        entry.productRows = moves && apart && ownRules;
+        entry.judged = check && asked && !(apart && level.kind == 'D' && !ownRules);
         if (event.IsConversion()) doubted_.insert(level.code);
         if (!passed || (entry.flat != entry.rows && (!apart || passedBy))) exposuresDoubted_.insert(level.code);
         if (entry.flat != entry.rows) grossDoubted_.insert(level.code);
@@ -355,6 +348,7 @@ void CBook::Enter(const Json& request, const Event& event, bool check, const Jso
         const std::tuple held{level.code, event.exchangeMask, event.token};
         if (event.trade) traded_.insert(held);
         if (event.correction && !traded_.contains(held)) mtmDoubted_.insert(level.code);
+        arrivals_.push_back({level.code, entry});
         entries_[level.code].push_back(std::move(entry));
     }
 }
@@ -421,9 +415,7 @@ std::string CBook::Positions(const Snapshot& state) const {
     return {};
 }
 
-namespace {
 
-/// The walk over the masks of an entity goes to their end only where there are as many of the day as until expiry.
 std::set<std::string> Uneven(const Snapshot& state) {
     std::map<std::string, std::array<std::set<int>, 2>> masks;
     for (const BKSurveillanceLimitDefTag& row : state.rows) {
@@ -435,8 +427,6 @@ std::set<std::string> Uneven(const Snapshot& state) {
     }
     return uneven;
 }
-
-}  // namespace
 
 std::string CBook::AskRows(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const {
     return AskOf(state, doubted, false, ask);

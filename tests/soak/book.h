@@ -34,7 +34,7 @@ struct Position {
 /// What an order, trade or correction takes out of every position that it reaches, and what it puts in.
 struct Event {
     std::int16_t exchangeMask = 0;
-    std::int32_t token = 0, strikePrice = 0, scripGroup = 0;
+    std::int32_t token = 0, strikePrice = 0, expiryDate = 0, underlyingToken = 0, scripGroup = 0;
     int product = 0;
     bool buy = true, nri = false;
     bool trade = false, correction = false;
@@ -64,10 +64,21 @@ struct Entry {
     std::string group, account;
     LevelTypes types;
     Event event;
-    bool flat = false;  ///< the entity's own position
-    bool rows = false;  ///< its limit rows, by the general rules
-    bool told = false;  ///< the entity was not asked
+    bool flat = false;         ///< the entity's own position
+    bool rows = false;         ///< its limit rows, by the general rules
+    bool told = false;         ///< the entity was not asked
+    bool productRows = false;  ///< the rows by the rules of the product
+    bool judged = false;       ///< a check weighed it here, which moves no traded margin
 };
+
+/// An entry, and whose it is.
+struct Arrival {
+    std::string entity;
+    Entry entry;
+};
+
+/// The walk over the masks of an entity goes to their end only where there are as many of the day as until expiry.
+[[nodiscard]] std::set<std::string> Uneven(const Snapshot& state);
 
 class CBook {
  public:
@@ -96,6 +107,8 @@ class CBook {
     [[nodiscard]] bool IsMarked(const std::string& entity) const {
         return everyClassMarked_ && everyTickMarks_ && !mtmDoubted_.contains(entity);
     }
+    /// What the last call entered, entity by entity.
+    [[nodiscard]] const std::vector<Arrival>& Arrivals() const { return arrivals_; }
     /// Figures of rows that were asked so far: those in doubt are not.
     [[nodiscard]] std::size_t Compared() const { return compared_; }
     /// Of them, those of rows of a scrip or of a scrip group.
@@ -110,6 +123,12 @@ class CBook {
     [[nodiscard]] std::string Holdings(const Snapshot& state) const;
     [[nodiscard]] std::string Mtm(const Snapshot& state) const;
 
+    using Row = BKSurveillanceLimitDefTag;
+    using Ask = std::function<std::string(const std::string& entity, const Entries& entries,
+                                          const std::vector<const Row*>& rows)>;
+    /// Asks each entity's rows of all securities, unless they are in doubt.
+    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
+
  private:
     struct Place {
         int period;  // 0 the day, 1 until expiry
@@ -122,7 +141,6 @@ class CBook {
         Event about;  ///< the latest event there
     };
     using Flat = std::map<Place, Held>;
-    using Row = BKSurveillanceLimitDefTag;
 
     void Start(const Json& line);
     void Order(const Json& line, const Json& answer);
@@ -130,11 +148,7 @@ class CBook {
     void RowCall(const Json& line, const Json& answer);
     void Tick(const Json& touchline);
     [[nodiscard]] static Flat FlatOf(const Entries& entries);
-    using Ask = std::function<std::string(const std::string& entity, const Entries& entries,
-                                          const std::vector<const Row*>& rows)>;
-    /// Asks each entity's rows of all securities, unless they are in doubt.
-    std::string AskRows(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
-    /// The same with rows of scrips and of scrip groups, of those that were there from the start.
+    /// The same as AskRows with rows of scrips and of scrip groups, of those that were there from the start.
     std::string AskRowsOfScrips(const Snapshot& state, const std::set<std::string>& doubted, const Ask& ask) const;
     std::string AskOf(const Snapshot& state, const std::set<std::string>& doubted, bool scrips, const Ask& ask) const;
     [[nodiscard]] double LotOf(const Json& request, const Event& event) const;
@@ -144,6 +158,7 @@ class CBook {
     std::string FirstWrong(const Row& row, const Dues& dues) const;
 
     std::map<std::string, Entries> entries_;  ///< by entity
+    std::vector<Arrival> arrivals_;
     mutable std::size_t compared_ = 0, comparedOfScrips_ = 0;
     mutable std::set<std::string> lifted_;  ///< a refusal at their rows may have been lifted
     std::set<std::string> entities_;

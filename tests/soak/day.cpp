@@ -27,6 +27,8 @@ Json CDay::Request(const char* call, int code, const Order& order) {
     head["levelCheckFlags"] = kAllLevels, head["levelMarginFlags"] = 0x1F;
     if (i.underlyingToken != 0) head["underlyingToken"] = i.underlyingToken;
     if (i.scripGroup != 0) head["scripGroupNumber"] = i.scripGroup;
+    if (i.marginBasis != 0) head["marginBasis"] = i.marginBasis;
+    if (i.marginRate != 0) head["marginRate"] = i.marginRate;
     head.update(i.factors);
     return {{"call", call}, {"request", std::move(head)}};
 }
@@ -273,6 +275,13 @@ Json CDay::SetLimit() {
     return {{"call", "UpdateSurvLimits"}, {"limit", std::move(row)}};
 }
 
+Json CDay::Prefer() {
+    const std::string& entity = dice_.PickOf(house_.entities);
+    if (entity[0] == 'F') return SetLimit();
+    const int exchange = dice_.PickOf(house_.instruments).exchangeMask;
+    return {{"call", "AddUpdateClientPreferencesInfo"}, {"preference", house_.Preference(entity, exchange)}};
+}
+
 Json CDay::AddOrRemoveRow() {
     const Instrument& i = dice_.PickOf(house_.instruments);
     const std::string& entity = dice_.PickOf(house_.entities);
@@ -361,15 +370,16 @@ Json CDay::Next() {
     entering_.reset();
     changing_.reset();
     if (due_.empty() && house_.style.riskFiles && dice_.OneIn(80)) {
-        for (Json& call : house_.RiskFile(dice_.Among(kMaskNseDerivatives, kMaskBseDerivatives, kMaskNcdex))) {
-            due_.push_back(std::move(call));
-        }
+        const bool staged = !house_.style.heldBack || dice_.OneIn(2);
+        const auto exchange = dice_.Among(kMaskNseDerivatives, kMaskBseDerivatives, kMaskNcdex);
+        for (Json& call : house_.RiskFile(exchange, staged)) due_.push_back(std::move(call));
     }
     if (!due_.empty()) {
         Json call = std::move(due_.front());
         due_.pop_front();
         return call;
     }
+    if (house_.style.preferences && dice_.OneIn(25)) return Prefer();
     const int chance = dice_.Pick(0, house_.style.limits ? 99 : 73);
     if (chance < 34) return Enter();
     if (chance < 40) return Probe();

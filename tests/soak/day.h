@@ -49,6 +49,7 @@ class CDay {
     Json Convert();
     Json Tick();
     Json SetLimit();
+    Json Prefer();
     Json AddOrRemoveRow();
     Json MoveFund();
     Json Upload();

@@ -12,14 +12,18 @@ constexpr std::int32_t kScripGroup = -101;
 
 /// As many daily masks as expiry ones, so that no list of stores ends early.
 const std::vector<int> kWideMasks{2, 3, 0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+const std::vector<int> kWithoutNseEquity{0x10, 0x11, 0x12, 0x13, 0xE, 0xF, 0x7E, 0x7F, 0x180, 0x181, 0x1FE, 0x1FF};
+/// With rows of each market beside those of several.
+const std::vector<int> kEveryMask{2,    3,    0x10, 0x11, 0x12, 0x13,  0xC,   0xD,   0xE,   0xF,   0x60,
+                                  0x61, 0x7E, 0x7F, 0x80, 0x81, 0x100, 0x101, 0x180, 0x181, 0x1FE, 0x1FF};
 const std::vector<int> kNarrowMasks{2, 3, 0x10, 0x11, 0xC, 0xD, 0x60, 0x61, 0x80, 0x81, 0x100, 0x101};
 
 std::string Code(char letter, int number) {
     return std::string{letter}.append(number < 10 ? "0" : "").append(std::to_string(number));
 }
 
-Json RiskMessage(int code, std::int16_t segment) {
-    return {{"call", "ProcessRPFInfo"}, {"messageCode", code}, {"segment", segment}, {"toStaging", 1}};
+Json RiskMessage(int code, std::int16_t segment, bool staged) {
+    return {{"call", "ProcessRPFInfo"}, {"messageCode", code}, {"segment", segment}, {"toStaging", staged ? 1 : 0}};
 }
 
 }  // namespace
@@ -42,13 +46,19 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
         style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.dealerOnly =
             false;
     }
+    style.premiums = kind_ == DayKind::kWhole;
+    if (kind_ == DayKind::kWhole) style.preferences = dice.OneIn(2), style.heldBack = dice.OneIn(2);
     if (kind_ == DayKind::kUnlimited) style.limits = style.openLevels = style.conversions = style.riskFiles = false;
+    profits_ = dice.Among(0, 0, 2, 10);
     MakeInstruments();
     MakeHolders();
 }
 
 const std::vector<int>& CHouse::MasksOf(const std::string& entity) const {
-    return entity[0] == 'C' || entity[0] == 'S' ? kNarrowMasks : kWideMasks;
+    if (entity[0] == 'C' || entity[0] == 'S') return kNarrowMasks;
+    if (entity == "D00" || entity == "G00") return kEveryMask;
+    // A start forms what no row shows from positions, where the day has it from events.
+    return kind_ == DayKind::kWhole && entity.back() == '1' ? kWithoutNseEquity : kWideMasks;
 }
 
 /// The last scrip of each cash exchange is the NRI clients' own: they count buys and sells together, others against
@@ -57,17 +67,25 @@ void CHouse::MakeInstruments() {
     constexpr std::int32_t kBoundary = 311460;  // seconds to expiry at which a contract is neither near nor far
     const std::int32_t near = kTradingDayBase + dice_.Among(2 * kDay, kBoundary, kBoundary + 1, 20 * kDay);
     const std::int32_t far = kTradingDayBase + 50 * kDay;
-    for (const std::int32_t token : {101, 1'000'002, 199}) instruments.push_back({surv::kMaskNseCash, token});
-    for (const std::int32_t token : {201, 299}) instruments.push_back({surv::kMaskBseCash, token});
+    const auto equity = [this](std::int16_t exchange, std::int32_t token) {
+        instruments.push_back({exchange, token});
+        instruments.back().marginBasis = dice_.Pick(0, 3), instruments.back().marginRate = dice_.Among(0, 875, 1750);
+    };
+    for (const std::int32_t token : {101, 1'000'002, 199}) equity(surv::kMaskNseCash, token);
+    for (const std::int32_t token : {201, 299}) equity(surv::kMaskBseCash, token);
     for (const std::int16_t exchange : {surv::kMaskNseDerivatives, surv::kMaskBseDerivatives}) {
         const std::int32_t first = exchange * 100;
         instruments.push_back({exchange, first + 1, -1, near, first});
         instruments.push_back({exchange, first + 2, -1, far, first});
         instruments.push_back({exchange, first + 3, 24000, far + 30 * kDay, first});
         instruments.push_back({exchange, first + 4, 26000, near, first});
+        instruments.push_back({exchange, first + 5, -1, far + 30 * kDay, first});
     }
     for (const std::int16_t exchange : {surv::kMaskMcx, surv::kMaskNcdex}) {
-        for (const std::int32_t token : {1, 2}) instruments.push_back({exchange, exchange * 100 + token, -1, near, 90});
+        for (const std::int32_t token : {1, 2, 3}) {
+            const std::int32_t expiry = token == 1 ? near : far + dice_.Pick(0, 1) * token * kDay;
+            instruments.push_back({exchange, exchange * 100 + token, -1, expiry, 90});
+        }
     }
     for (Instrument& i : instruments) {
         if (dice_.OneIn(3)) i.scripGroup = dice_.Among(kScripGroup, kScripGroup + 1);
@@ -166,6 +184,8 @@ Json CHouse::LimitRow(const std::string& entity, int mask) {
         row["netExposureLimit"] = 1e8;
         row["limitOptions"] = dice_.Among(0, 1, 0x30);
     }
+    constexpr int kPremiumInMargin = 4;
+    if (style.premiums && dice_.OneIn(4)) row["limitOptions"] = row.value("limitOptions", 0) | kPremiumInMargin;
     if (dice_.OneIn(entity[0] == 'C' ? 6 : 14)) SetSomeLimit(dice_, row);
     return row;
 }
@@ -217,25 +237,27 @@ Json CHouse::Start() {
 /// event.
 Script CHouse::Preferences() {
     Script calls;
-    const int profits = dice_.Among(0, 0, 2, 10);
     for (const std::string& entity : entities) {
         if (entity[0] == 'F') continue;
-        const int addOn = dice_.Among(0, 0, 50'000, 100'000);
         for (const int exchange : {1, 2, 4, 8, 0x10, 0x40, -1}) {
-            Json record{{"preferenceCode", entity},
-                        {"exchange", exchange},
-                        {"token", surv::kAllSecurities},
-                        {"allowedProducts", 15}};
-            if (exchange == -1) {
-                record["fundFlags"] = 8;
-            } else {
-                record["marginAddOnFactor"] = addOn, record["prefExtraMarginRate"] = 250'000;
-                record["marginFlags"] = profits;
-            }
-            calls.push_back({{"call", "AddUpdateClientPreferencesInfo"}, {"preference", std::move(record)}});
+            calls.push_back({{"call", "AddUpdateClientPreferencesInfo"}, {"preference", Preference(entity, exchange)}});
         }
     }
     return calls;
+}
+
+Json CHouse::Preference(const std::string& entity, int exchange) {
+    constexpr int kPremiumCounts = 0x20;
+    Json record{
+        {"preferenceCode", entity}, {"exchange", exchange}, {"token", surv::kAllSecurities}, {"allowedProducts", 15}};
+    if (exchange == -1) {
+        record["fundFlags"] = 8;
+        return record;
+    }
+    record["marginAddOnFactor"] = dice_.Among(0, 0, 50'000, 100'000), record["prefExtraMarginRate"] = 250'000;
+    record["marginFlags"] = profits_ | (style.premiums && dice_.OneIn(4) ? kPremiumCounts : 0);
+    record["prefMarginMode"] = dice_.Among(0, 0, 1, 2), record["prefMarginRate"] = dice_.Among(0, 73'456, 146'912);
+    return record;
 }
 
 Json Touchline(std::int16_t exchangeMask, std::int32_t token, int price) {
@@ -245,14 +267,14 @@ Json Touchline(std::int16_t exchangeMask, std::int32_t token, int price) {
     return {{"call", "AddAndComputeMTM"}, {"compute", 1}, {"touchline", std::move(prices)}};
 }
 
-Script CHouse::RiskFile(std::int16_t exchangeMask) {
-    Script calls{RiskMessage(28001, exchangeMask)};
+Script CHouse::RiskFile(std::int16_t exchangeMask, bool staged) {
+    Script calls{RiskMessage(28001, exchangeMask, true)};
     std::int32_t underlying = 0;
     for (const Instrument& i : instruments) {
         if (i.exchangeMask != exchangeMask) continue;
         if (i.underlyingToken != underlying) {
             underlying = i.underlyingToken;
-            Json message = RiskMessage(28006, exchangeMask);
+            Json message = RiskMessage(28006, exchangeMask, staged);
             Json& charges = charges_[exchangeMask];
             // Accounts take new charges with their next order: a day that goes on afresh must not bring any.
             if (charges.empty() || kind_ == DayKind::kWhole) {
@@ -263,10 +285,11 @@ Script CHouse::RiskFile(std::int16_t exchangeMask) {
             message["underlying"] = charges;
             calls.push_back(std::move(message));
         }
+        if (style.heldBack && dice_.OneIn(4)) continue;
         Json losses = Json::array();
-        const int slope = dice_.Pick(1, 6);
-        for (int n = 0; n < 16; ++n) losses.push_back((n - 7) * slope + dice_.Pick(0, 2));
-        Json message = RiskMessage(28009, exchangeMask);
+        const int slope = dice_.Pick(-3, 6);
+        for (int n = 0; n < 16; ++n) losses.push_back((n - 7) * slope + dice_.Pick(0, 30));
+        Json message = RiskMessage(28009, exchangeMask, staged);
         message["contract"] = {{"expiryDate", i.expiryDate},
                                {"strikePrice", i.strikePrice},
                                {"token", i.token},
@@ -276,7 +299,7 @@ Script CHouse::RiskFile(std::int16_t exchangeMask) {
                                {"riskArray", std::move(losses)}};
         calls.push_back(std::move(message));
     }
-    calls.push_back(RiskMessage(28002, exchangeMask));
+    if (staged) calls.push_back(RiskMessage(28002, exchangeMask, true));
     return calls;
 }
 
@@ -294,10 +317,10 @@ Script CHouse::Opening() {
                                {"firstLegBand", 1000},
                                {"secondLegBand", 1000},
                                {"dailyBand", 1000}});
-        } else {
+        } else if (!dice_.OneIn(6)) {
             rates.push_back({{"exchange", i.exchangeMask},
                              {"token", i.token},
-                             {"additionalMarginRate", 50000},
+                             {"additionalMarginRate", i.exchangeMask == surv::kMaskNcdex ? 400 : 50000},
                              {"longMarginRate", 30000},
                              {"shortMarginRate", 40000},
                              {"buyExposureRate", 150},

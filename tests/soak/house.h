@@ -29,6 +29,9 @@ struct DayStyle {
     bool conversions = false;  ///< from product to product
     bool openLevels = false;   ///< some levels only take orders in
     bool riskFiles = false;    ///< new risk parameters in the middle of the day
+    bool premiums = true;      ///< of options count as margin in some rows
+    bool preferences = false;  ///< other preferences of margins then
+    bool heldBack = false;     ///< files name some contracts later, or never; some come past the file
     bool clientLevel = true;   ///< clients of types 3 and 5 wherever they like
     bool seldomCodes = true;   ///< restored and repriced orders, trades that another state corrects
     bool limits = true;        ///< rows that may refuse, and calls that are no orders
@@ -52,6 +55,7 @@ struct Holder {
 struct Instrument {
     std::int16_t exchangeMask;
     std::int32_t token, strikePrice = 0, expiryDate = 0, underlyingToken = 0;
+    int marginBasis = 0, marginRate = 0;  ///< of equity
     std::int32_t scripGroup = 0;
     Json factors = Json::object();  ///< of price and quantity, as a request names them
 };
@@ -73,8 +77,10 @@ class CHouse {
     void Stopped() { style = afterStop_; }
     /// From the clock to the first touchlines.
     [[nodiscard]] Script Opening();
-    /// A whole file of new parameters of one market.
-    [[nodiscard]] Script RiskFile(std::int16_t exchangeMask);
+    /// A whole file of new parameters of one market; what isn't staged counts at once.
+    [[nodiscard]] Script RiskFile(std::int16_t exchangeMask, bool staged = true);
+    /// What an entity has of an exchange instead of the rates of all.
+    [[nodiscard]] Json Preference(const std::string& entity, int exchange);
     /// The masks on which an entity has a row of all securities.
     [[nodiscard]] const std::vector<int>& MasksOf(const std::string& entity) const;
     /// A row of an entity at its place in the house, without limits.
@@ -92,6 +98,7 @@ class CHouse {
     DayKind kind_;
     DayStyle afterStop_;
     std::map<std::int16_t, Json> charges_;     ///< of each market's underlying
+    int profits_ = 0;                          ///< marginFlags of every preference
     std::vector<std::pair<int, int>> places_;  ///< level and second level of each entity
 };
 

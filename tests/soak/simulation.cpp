@@ -70,6 +70,7 @@ Fault CSimulation::Play(const Json& line) {
     book_.Take(line, answer_);
     screens_.Take(line, answer_);
     state_ = session_.Started() ? Snapshot::Take(session_) : Snapshot{};
+    margins_.Take(line, answer_, book_, state_);
     Fault fault = Check(line, before);
     NoteEntry(line, before);
     fault.call = calls_;
@@ -114,6 +115,7 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
     for (const auto& [name, ask] : kBook) {
         if (std::string wrong = (book_.*ask)(state_); !wrong.empty()) return {name, wrong};
     }
+    if (std::string wrong = margins_.Rows(book_, state_); !wrong.empty()) return {"margins", wrong};
     seen_["figures compared"] = book_.Compared();
     seen_["figures of scrips compared"] = book_.ComparedOfScrips();
     if (std::string wrong = screens_.AskSome(line); !wrong.empty()) return {"screens", wrong};
@@ -122,6 +124,7 @@ Fault CSimulation::Check(const Json& line, const Snapshot& before) {
         if (std::string wrong = screens_.MarketExposure(line, answer_, before); !wrong.empty())
             return {"screens", wrong};
     }
+    seen_["margins compared"] = margins_.Compared();
     if (book_.LevelsAgree()) {
         if (std::string wrong = Parents(state_); !wrong.empty()) return {"levels agree", wrong};
     }

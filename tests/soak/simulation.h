@@ -7,6 +7,7 @@
 
 #include "book.h"
 #include "house.h"
+#include "margins.h"
 #include "screens.h"
 #include "snapshot.h"
 
@@ -52,6 +53,7 @@ class CSimulation {
     survhost::Session session_;
     CBook book_;
     CScreens screens_{book_};
+    CMargins margins_;
     Snapshot state_;
     Json entered_;  ///< the order of the last call, if it was a new one and is in
     Snapshot beforeOrder_;

@@ -41,6 +41,7 @@ TEST(Soak, EverythingHoldsAfterEveryCall) {
     EXPECT_GT(seen["figures compared"], 300'000 * kDays);
     EXPECT_GT(seen["figures of scrips compared"], 100'000 * kDays);
     EXPECT_GT(seen["rows shown"], 150 * kDays);
+    EXPECT_GT(seen["margins compared"], 100'000 * kDays);
 }
 
 TEST(Soak, AStoppedDayGoesOnFromTheRowsThatAHostKeeps) {
