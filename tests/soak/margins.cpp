@@ -56,7 +56,7 @@ void CMargins::Take(const Json& line, const Json& answer, const CBook& book, con
     const std::string call = Get(line, "call", "");
     TakeRows(state);
     dayKnown_ |= call == "@clock";
-    if (call == "InitializeSurvManager") positionMode_ = Get<std::int16_t>(line, "positionMode");
+    holdsByClient_ = book.HoldsByClient();
     if (call == "InitializeAllAdditionalMarginInfo") {
         for (const Json& r : Part(line, "map")) {
             rates_[{Get<std::int16_t>(r, "exchange"), Get<std::int32_t>(r, "token")}] = {
@@ -256,7 +256,7 @@ void CMargins::Renew(const std::string& code, std::int16_t exchange,
 bool CMargins::Counts(const std::string& code, const Account& account) const {
     const int level = entities_.at(code).rows.begin()->second.level;
     const bool apart = account.clientType == 3 || account.clientType == 5;
-    return !apart || positionMode_ < 2 || level == 3 || level == 5 || level == 8;
+    return !apart || !holdsByClient_ || level == 3 || level == 5 || level == 8;
 }
 
 Reading CMargins::Sum(const std::string& code, std::int16_t exchange) const {

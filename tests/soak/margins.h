@@ -71,7 +71,7 @@ class CMargins {
     std::map<Scrip, Rates> rates_;
     std::map<Scrip, ScripRate> scripRates_;
     File live_, staged_;
-    std::int16_t positionMode_ = 0;
+    bool holdsByClient_ = false;
     std::size_t compared_ = 0;
     bool dayKnown_ = false;  ///< nearness of an expiry hangs on it
 };
