@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <span>
 
 #include "platform/format.h"
 #include "support/row_bench.h"
@@ -94,15 +93,6 @@ TEST(LimitRules, SizesPendingOrdersTurnoverAndLossAreRefusedBeyondTheirLimit) {
          "Order failed MTM Loss check where the limit is 6999.99, prev. utilized was 7000.00 ", ""},
     };
     for (const RowRefusal& other : others) ExpectRefusal(Used(kSell), other);
-    for (const std::int16_t productType : {product::kDelivery, product::kMarginPlus, product::kMtf}) {
-        RowBench bench = Used(kSell);
-        bench.order.productType = productType, bench.order.deliveryLevel = true;
-        bench.order.isinCode = "INE002A01018", bench.order.dpSetQty = 1000;
-        for (RowRefusal size : std::span(others).first(4)) {
-            size.report = size.text;  // the products have one wording
-            ExpectRefusal(bench, size);
-        }
-    }
 }
 
 /// A rule, and what breaks it alone: a limit out of all reach (no minimum is met, nothing is as low as -10,000,000.00),
