@@ -358,6 +358,18 @@ TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
     }
 }
 
+/// A bought option has no gross exposure of its own; where its row tells whole times, its net value of 25,000 counts.
+TEST(LimitRules, OptionsCountTheirNetValueInWholeTimesOnCombinedRows) {
+    for (const auto& [mask, gross] : {std::pair{0x1FF, 50'000'00}, {9, 0}}) {
+        RowBench bench(static_cast<std::int16_t>(mask));
+        bench.order.marketSegment = bench.scrip.marketSegment = 3;
+        bench.row.limitOptions = kRetainMultiplier;
+        bench.row.netExposureMultiplier = 29999;  // 2 whole ones
+        ASSERT_TRUE(bench.Check().Passed());
+        EXPECT_EQ(bench.row.usedGrossOrder, gross) << mask;
+    }
+}
+
 TEST(LimitRules, AnOrderOfMcxIsWorthItsLots) {
     for (const auto& [weighting, paise] : {std::pair{LotWeighting::kOn, 5789.06}, {LotWeighting::kOff, 3705.0}}) {
         RowBench bench(0x81);

@@ -60,7 +60,7 @@ TEST(Measures, QuantitiesOfEachSelector) {
     EXPECT_EQ(buy, " 60 100 0 30 45 0");
     EXPECT_EQ(Position({50, 0, 50, 0}, {}).GetMaxNetQuantity(), 50) << "a tie is bought";
     tagExposureScripSpecificInfo future = Scrip(2);
-    EXPECT_EQ(Position(kFlatLoss, {}, &future).GetNetExposure(kOrders), 0) << "nothing is held";
+    EXPECT_EQ(Position(kFlatLoss, kFlatLoss, &future).GetMaxNetExposure(), 0) << "nothing is held";
 }
 
 /// Bought at 100 and sold at 120 on average, or the other way round.
