@@ -50,6 +50,7 @@ TEST(Funds, EachRequestIsAnsweredByWhatIsFree) {
         const char* text;  // null: done
         double marginLimit;
     } cases[] = {
+        {"exactly what is free", nullptr, -7'750'000, nullptr, 4'500'000},
         {"a paisa more", nullptr, -7'750'001,
          "Insufficient Fund, Available Fund = 77500.00 , Requested Fund = -77500.01", 25'500'000},
         {"no more than the fund itself", [](LimitRow& r) { r.usedMarginOrder = 0; }, -10'000'001,

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <span>
 
 #include "platform/format.h"
 #include "support/row_bench.h"
@@ -94,15 +93,6 @@ TEST(LimitRules, SizesPendingOrdersTurnoverAndLossAreRefusedBeyondTheirLimit) {
          "Order failed MTM Loss check where the limit is 6999.99, prev. utilized was 7000.00 ", ""},
     };
     for (const RowRefusal& other : others) ExpectRefusal(Used(kSell), other);
-    for (const std::int16_t productType : {product::kDelivery, product::kMarginPlus, product::kMtf}) {
-        RowBench bench = Used(kSell);
-        bench.order.productType = productType, bench.order.deliveryLevel = true;
-        bench.order.isinCode = "INE002A01018", bench.order.dpSetQty = 1000;
-        for (RowRefusal size : std::span(others).first(4)) {
-            size.report = size.text;  // the products have one wording
-            ExpectRefusal(bench, size);
-        }
-    }
 }
 
 /// A rule, and what breaks it alone: a limit out of all reach (no minimum is met, nothing is as low as -10,000,000.00),
@@ -365,6 +355,18 @@ TEST(LimitRules, AFigureThatIsNoNumberAndALimitThatIsNotFiniteRefuse) {
         row.usedPendingOrder = row.usedMaxTurnover = row.usedMtm = row.usedMarginMax = kNotANumber;
         rule.limit.Set(row, kMuch);
         EXPECT_EQ(bench.Check().code, rule.name == std::string_view{"max.value"} ? 0 : rule.code);
+    }
+}
+
+/// A bought option has no gross exposure of its own; where its row tells whole times, its net value of 25,000 counts.
+TEST(LimitRules, OptionsCountTheirNetValueInWholeTimesOnCombinedRows) {
+    for (const auto& [mask, gross] : {std::pair{0x1FF, 50'000'00}, {9, 0}}) {
+        RowBench bench(static_cast<std::int16_t>(mask));
+        bench.order.marketSegment = bench.scrip.marketSegment = 3;
+        bench.row.limitOptions = kRetainMultiplier;
+        bench.row.netExposureMultiplier = 29999;  // 2 whole ones
+        ASSERT_TRUE(bench.Check().Passed());
+        EXPECT_EQ(bench.row.usedGrossOrder, gross) << mask;
     }
 }
 

@@ -70,6 +70,8 @@ TEST(RiskFile, TheEndMessageMovesStagingIntoTheLiveTable) {
     EXPECT_NE(risk.live.FindUnderlying(64, kUnderlying)->FindContract(64, 8), nullptr);
     house.RiskMessage(28009, 2, &moved, sizeof moved, false);
     EXPECT_NE(live->FindContract(2, 8), nullptr) << "straight into the live table";
+    house.RiskFile(kMaskMcx, {underlying}, {ContractRecord({.token = 5})});  // which nothing is margined by
+    EXPECT_NE(risk.live.FindUnderlying(kMaskMcx, kUnderlying)->FindContract(kMaskMcx, 5), nullptr);
 }
 
 }  // namespace

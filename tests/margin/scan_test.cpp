@@ -176,6 +176,7 @@ TEST(Margin, TheAddOnRaisesTheRowsOfItsClient) {
         ASSERT_TRUE(house.Check(order).Passed());
         house.Preference("C1", exchange, [](auto& p) { p.marginAddOnFactor = 500000; });
         house.Preference("C1", exchange, [](auto& p) { p.marginAddOnFactor = 1000000; });
+        house.RiskFile(exchange, {UnderlyingRecord(kUnderlying, 0, 0)}, {ContractRecord(future)});  // the same again
         EXPECT_NEAR(house.Row("C1", static_cast<std::int16_t>(mask)).usedMarginOrder, 2.0 * 145883.40, 0.03);
         EXPECT_NEAR(house.Row("D1", static_cast<std::int16_t>(mask)).usedMarginOrder, 145883.40, 0.02);
     }

@@ -22,7 +22,9 @@ TEST(Check, ACorrectedTradeHasNothingPending) {
     CScenario s;
     s.House(5);
     s.Row("C1", 5).usedPendingOrder = 14'000'00;
-    ASSERT_TRUE(s.Check({.messageCode = 5445, .exchangeMask = kMaskNseDerivatives, .token = 50}).Passed());
+    OrderSpec correction{.messageCode = 5445, .exchangeMask = kMaskNseDerivatives, .token = 50, .hasStored = true};
+    correction.storedQuantity = 40, correction.storedPrice = 25000;
+    ASSERT_TRUE(s.Check(correction).Passed());
     EXPECT_EQ(s.Row("C1", 5).usedPendingOrder, 0);
 }
 
@@ -46,6 +48,11 @@ TEST(MarketPrice, AnOrderAtMarketIsValuedAtTheFirstPriceThereIs) {
             const std::int32_t price = side == kBuy ? c.bought : c.sold;
             EXPECT_EQ(s.Check({.buySell = side, .quantity = 10, .price = 0}).status, price ? 1 : -314);
             EXPECT_EQ(s.Row("C1", 3).usedPendingOrder, 10.0 * price);
+            if (price == 0) continue;
+            OrderSpec change{.messageCode = 2040, .buySell = side, .quantity = 4, .price = 500, .hasStored = true};
+            change.storedQuantity = 10;  // at market as well: it went in at the same price
+            EXPECT_TRUE(s.Check(change).Passed());
+            EXPECT_EQ(s.Row("C1", 3).usedPendingOrder, 4 * 500);
         }
     }
 }

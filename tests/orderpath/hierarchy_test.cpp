@@ -69,6 +69,9 @@ TEST(Hierarchy, EachLevelHasOneFlagForChecksAndOneForMargin) {
         request.levelCheckFlags = request.levelMarginFlags = 0;
         EXPECT_FALSE(HasCheckFlag(level, request) || HasMarginFlag(level, request)) << place;
     }
+    tagSurveillanceInfo every{};
+    every.levelCheckFlags = every.levelMarginFlags = 0xFF;
+    EXPECT_FALSE(HasCheckFlag(Level::kRoot, every) || HasMarginFlag(Level::kRoot, every)) << "the root has none";
 }
 
 }  // namespace

@@ -157,6 +157,20 @@ TEST(Preferences, TheExposureMarginBitFollowsItsLeader) {
     EXPECT_EQ(set(0x40, 1), "1 2 4 8 16 64 ");
     EXPECT_EQ(set(2, 0), "16 64 ");
     EXPECT_EQ(set(0x40, 0), "");
+    CPtrList ofOne;
+    QueryPreferences(stores, 0, "", 8, ofOne);
+    EXPECT_EQ(ofOne.GetCount(), 1);
+}
+
+TEST(LevelPreferences, TheFamilysRecordMarginsItsClientWhateverElseHappens) {
+    CFamilyHouse s({{"F1", 1, 3}, {"C1", 1, 9}, {"C1", 8, 5}});
+    CSurveillanceManager& manager = *s.library.manager;
+    manager.Context().stores.clientFamilyMap.FindOrMake("C1") = "F1";
+    manager.AddClientRiskPreference("C1");
+    const CSurveillanceCategory& client = *manager.FindCategory("C1");
+    EXPECT_EQ(manager.EffectivePreference(client, 1).allowedProducts, 3);
+    EXPECT_EQ(manager.EffectivePreference(client, 8).allowedProducts, 5)
+        << "of an exchange that the family is silent on";
 }
 
 /// An entity with records, but none of the exchange, where everybody's has none either.

@@ -204,6 +204,8 @@ TEST(LevelWalk, ALevelThatIsOnlyUpdatedMovesPositionsByClientInPlace) {
     EXPECT_EQ(Indexed(s, "D1", Period::kExpiry, "G1|C1"), 100);
     ASSERT_TRUE(s.Check({.clientType = 1}).Passed());
     EXPECT_NE(s.HeldBy("-", Period::kExpiry, "G1", "C1    +"), nullptr) << "the root sums under six characters";
+    ASSERT_TRUE(s.Check({.clientType = 6}).Passed());
+    EXPECT_NE(s.HeldBy("-", Period::kExpiry, "", "C1    +"), nullptr) << "a client without a group";
 }
 
 }  // namespace

@@ -46,6 +46,41 @@ std::string Text(const Numbers&... numbers) {
     return text.str();
 }
 
+TEST(Measures, QuantitiesOfEachSelector) {
+    const CSurvPosition p = Mixed();
+    const std::int64_t net[] = {-1, 60, -25, -1, -45, -10, 45, -10, -1};
+    for (int selector = 0; selector < 9; ++selector) EXPECT_EQ(p.GetNetQuantity(selector), net[selector]) << selector;
+    std::string sale, buy;
+    for (const Selector side : {kOrders, kTrades}) sale += Text(p.GetNetSaleQuantity(side), p.GetSellQty(side));
+    for (const Selector side : {kOrders, kTrades}) buy += Text(p.GetNetBuyQuantity(side), p.GetBuyQty(side));
+    for (const Selector cross : {Selector::kWorstLong, Selector::kWorstShort}) {
+        sale += Text(p.GetCrossNetSaleQuantity(cross)), buy += Text(p.GetCrossNetBuyQuantity(cross));
+    }
+    EXPECT_EQ(sale, " 0 40 25 55 0 10");
+    EXPECT_EQ(buy, " 60 100 0 30 45 0");
+    EXPECT_EQ(Position({50, 0, 50, 0}, {}).GetMaxNetQuantity(), 50) << "a tie is bought";
+    tagExposureScripSpecificInfo future = Scrip(2);
+    EXPECT_EQ(Position(kFlatLoss, kFlatLoss, &future).GetMaxNetExposure(), 0) << "nothing is held";
+}
+
+/// Bought at 100 and sold at 120 on average, or the other way round.
+TEST(Measures, WhatIsMatchedIsBookedAndWhatIsOpenIsMarked) {
+    const tagMarginRateBlock thirty{5, 1, 4, 2, 3};  // 4 / 2 * 5 / 1 * 3
+    const std::tuple<int, LotWeighting, Side, int, const char*> cases[]{
+        {2, LotWeighting::kOff, {10, 1000, 4, 480}, 110, " 80 140"},
+        {1, LotWeighting::kOff, {4, 400, 10, 1200}, 125, " 80 50"},
+        {2, LotWeighting::kOff, {10, 1000, 4, 480}, 0, " 80 0"},
+        {7, LotWeighting::kOn, {10, 30000, 4, 14400}, 110, " 2400 4200"},
+    };
+    for (const auto& [segment, weighting, trades, lastPrice, figures] : cases) {
+        tagExposureScripSpecificInfo scrip = Scrip(segment);
+        scrip.marginRates = thirty;
+        CSurvPosition p = Position({}, trades, &scrip);
+        p.data.lastPrice = lastPrice;
+        EXPECT_EQ(Text(p.GetBookedProfit(weighting), p.GetMTM(weighting)), figures);
+    }
+}
+
 TEST(Measures, WhereNothingNetsBuysAndSellsOfCashCountTogether) {
     tagExposureScripSpecificInfo cash = Scrip(1), future = Scrip(2);
     EXPECT_EQ(Mixed(&cash).GetGrossExposure(kOrders, 0, GrossMode::kBuyPlusSell), 3 * (5000 + 2400));
@@ -57,6 +92,7 @@ TEST(Measures, AWrittenOptionIsWorthItsStrikeAndWhatItBrought) {
     tagExposureScripSpecificInfo option = Scrip(3);
     EXPECT_EQ(Mixed(&option).GetNetSaleExposure(kTrades), 25 * 7);
     EXPECT_EQ(Mixed(&option).GetOptionSaleValue(kTrades), 25 * 7 + 2100);
+    EXPECT_EQ(Mixed(&option).GetGrossExposure(kOrders, 25000, GrossMode::kNetted), 2 * 2600) << "bought: whole times";
 }
 
 tagOrderInfoForSurv MarginOrder(std::int16_t prefMode, std::int32_t prefRate) {
