@@ -107,6 +107,8 @@ class CBook {
     [[nodiscard]] bool IsMarked(const std::string& entity) const {
         return everyClassMarked_ && everyTickMarks_ && !mtmDoubted_.contains(entity);
     }
+    /// A row of the entity may have refused what another row then let in.
+    [[nodiscard]] bool MayHaveMissed(const std::string& entity) const { return lifted_.contains(entity); }
     /// What the last call entered, entity by entity.
     [[nodiscard]] const std::vector<Arrival>& Arrivals() const { return arrivals_; }
     /// Figures of rows that were asked so far: those in doubt are not.

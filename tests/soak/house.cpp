@@ -43,8 +43,8 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.orderBased = dice.OneIn(5);
     afterStop_ = style;
     if (kind_ == DayKind::kStopped) {
-        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.dealerOnly =
-            false;
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
+            style.dealerOnly = false;
     }
     style.premiums = kind_ == DayKind::kWhole;
     if (kind_ == DayKind::kWhole) style.preferences = dice.OneIn(2), style.heldBack = dice.OneIn(2);

@@ -83,6 +83,7 @@ Json KeptPositions(const Snapshot& state, const CBook& book, std::size_t& fromSc
         } else {
             ++fromScreens;
         }
+        row.scripRates = dumped.scripRates;
         row.orderBuyQty = dumped.orderBuyQty, row.orderBuyValue = dumped.orderBuyValue;
         row.orderSellQty = dumped.orderSellQty, row.orderSellValue = dumped.orderSellValue;
         row.tradedBuyQty = dumped.tradedBuyQty, row.tradedBuyValue = dumped.tradedBuyValue;

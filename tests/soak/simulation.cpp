@@ -163,8 +163,9 @@ std::string CSimulation::LeftBehind() const {
         if (future && figure == "usedExposureMargin") return false;
         // Touchlines don't reach these products: their positions take the price of the moment with an order.
         if (passesHouse && figure.starts_with("usedMtm")) return false;
-        if (!enteredByCheck_) return true;
         const std::string entity = Text(row.entityCode);
+        if (book_.MayHaveMissed(entity)) return false;
+        if (!enteredByCheck_) return true;
         if (!asked(entity) || legs) return false;  // the legs end at another distance
         return !(passesHouse && (entity == "-" || entity[0] == 'G'));
     };
