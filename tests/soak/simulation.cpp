@@ -115,6 +115,7 @@ void CSimulation::NoteEntry(const Json& line, const Snapshot& before) {
     const int code = line.contains("request") ? line["request"].value("messageCode", 0) : 0;
     const bool check = Is(line, "CheckSurveillance");
     if (code != 0) ordersCame_ = true;
+    if (code == 2286 || code == 2288) corrected_ = true;
     if (Is(line, "ProcessRPFInfo") && ordersCame_) newCharges_ = true;
     const bool in = check ? Accepted(answer_) : answer_.value("result", -1) == 0;
     entered_ = (code == 2000 || code == 2150) && in && line.value("probe", 0) == 0 ? line["order"] : Json();
@@ -137,12 +138,13 @@ std::string CSimulation::LeftBehind(const Json& line) const {
         const BKSurveillanceLimitDefTag &now = state_.rows[i], &then = beforeOrder_.rows[i];
         if (Text(now.entityCode) == "*****") continue;  // no level of a check
         // An expiry of options stands among those that are netted from its first future on, even one that has ended.
-        const bool future = entered_.value("strikePrice", 0) < 0;
+        const bool future = entered_.value("strikePrice", 0)<0, option = entered_.value("strikePrice", 0)> 0;
         const double exposure = future ? now.usedExposureMargin : then.usedExposureMargin;
+        // The premiums of an underlying catch up with a correction by the first order of another contract.
+        const double traded = option && corrected_ ? now.usedMarginTraded : then.usedMarginTraded;
         for (const auto& [is, was] :
-             {std::pair{now.usedMarginOrder, then.usedMarginOrder},
-              std::pair{now.usedMarginTraded, then.usedMarginTraded}, std::pair{now.usedMarginMax, then.usedMarginMax},
-              std::pair{now.usedExposureMargin, exposure}}) {
+             {std::pair{now.usedMarginOrder, then.usedMarginOrder}, std::pair{now.usedMarginTraded, traded},
+              std::pair{now.usedMarginMax, then.usedMarginMax}, std::pair{now.usedExposureMargin, exposure}}) {
             if (std::abs(is - was) <= 1e-6 + 1e-9 * std::abs(was)) continue;
             return survhost::DecodeRecord(now).dump() + " was " + survhost::DecodeRecord(then).dump();
         }
