@@ -234,14 +234,10 @@ void CMargins::Renew(const std::string& code, std::int16_t exchange,
                     if (!concerns(contract) || !Counts(code, account)) continue;
                     const auto charges = live_.charges.find({exchange, token});
                     if (!underlying.charges && charges != live_.charges.end()) underlying.charges = charges->second;
+                    const std::optional<Risk> held = contract.risk;
                     const auto risk = live_.risks.find({exchange, number});
-                    if (risk == live_.risks.end()) {
-                        Refresh(underlying, contract, own);
-                        continue;
-                    }
-                    const bool same = contract.risk == risk->second;
-                    contract.risk = risk->second;
-                    if (same) {
+                    if (risk != live_.risks.end()) contract.risk = risk->second;
+                    if (held == contract.risk) {
                         Refresh(underlying, contract, own);
                     } else {
                         Form(underlying, contract, own, true);

@@ -138,6 +138,8 @@ void CSimulation::NoteEntry(const Json& line, const Snapshot& before) {
     const int code = line.contains("request") ? line["request"].value("messageCode", 0) : 0;
     const bool check = Is(line, "CheckSurveillance");
     if (code != 0) ordersCame_ = true;
+    if (Is(line, "AddUpdateClientPreferencesInfo") && ordersCame_) newPreferences_ = true;
+    if (code == 2286 || code == 2288) corrected_ = true;
     if (Is(line, "ProcessRPFInfo") && ordersCame_) newCharges_ = true;
     const bool in = check ? Accepted(answer_) : answer_.value("result", -1) == 0;
     entered_ = (code == 2000 || code == 2150) && in && line.value("probe", 0) == 0 ? line["order"] : Json();
@@ -150,17 +152,24 @@ bool CSimulation::EndsEntered(const Json& line) const {
         return false;
     // New charges reach an account with its next order, and stay.
     if (newCharges_ && entered_.contains("expiryDate")) return false;
+    // What a changed preference publishes leaves out the MCX orders of clients of types 3 and 5, who move rows.
+    const int clientType = line["request"].value("clientType", 0);
+    const bool apart = (clientType == 3 || clientType == 5) && entered_.value("exchangeMask", 0) == surv::kMaskMcx;
+    if (newPreferences_ && apart) return false;
     return std::find(kEnds.begin(), kEnds.end(), line["request"].value("messageCode", 0)) != kEnds.end();
 }
 
 std::string CSimulation::LeftBehind() const {
     const int product = entered_.value("productType", 0);
-    const bool future = entered_.value("strikePrice", 0) < 0, legs = product == surv::product::kMarginPlus;
+    const int strikePrice = entered_.value("strikePrice", 0);
+    const bool future = strikePrice < 0, option = strikePrice > 0, legs = product == surv::product::kMarginPlus;
     const bool passesHouse = product == surv::product::kDelivery || product == surv::product::kMtf;
     const auto asked = [&](const std::string& entity) { return !enteredByCheck_ || entity != "*****"; };
     const auto counts = [&](const BKSurveillanceLimitDefTag& row, std::string_view figure) {
         // An expiry of options stands among those that are netted from its first future on, even one that has ended.
         if (future && figure == "usedExposureMargin") return false;
+        // The premiums of an underlying catch up with a correction by the first order of another contract.
+        if (option && corrected_ && figure == "usedMarginTraded") return false;
         // Touchlines don't reach these products: their positions take the price of the moment with an order.
         if (passesHouse && figure.starts_with("usedMtm")) return false;
         const std::string entity = Text(row.entityCode);

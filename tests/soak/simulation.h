@@ -58,7 +58,7 @@ class CSimulation {
     Json entered_;  ///< the order of the last call, if it was a new one and is in
     Snapshot beforeOrder_;
     bool enteredByCheck_ = false;
-    bool ordersCame_ = false, newCharges_ = false;
+    bool ordersCame_ = false, newCharges_ = false, newPreferences_ = false, corrected_ = false;
     Json answer_;
     std::size_t calls_ = 0;
     Tally seen_;
