@@ -36,7 +36,8 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.orderBased = dice.OneIn(5);
     afterStop_ = style;
     if (kind_ == DayKind::kStopped) {
-        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = false;
+        style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
+            false;
     }
     MakeInstruments();
     MakeHolders();
