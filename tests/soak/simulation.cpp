@@ -147,6 +147,7 @@ std::string CSimulation::LeftBehind(const Json& line) const {
     for (std::size_t i = 0; i < state_.rows.size() && state_.rows.size() == beforeOrder_.rows.size(); ++i) {
         const BKSurveillanceLimitDefTag &now = state_.rows[i], &then = beforeOrder_.rows[i];
         if (Text(now.entityCode) == "*****") continue;  // no level of a check
+        if (now.netQuantityLimit >= 0) continue;        // a row whose refusal a scrip's own row may have lifted
         // An expiry of options stands among those that are netted from its first future on, even one that has ended.
         const bool future = entered_.value("strikePrice", 0) < 0;
         const double exposure = future ? now.usedExposureMargin : then.usedExposureMargin;
