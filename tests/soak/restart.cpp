@@ -177,7 +177,13 @@ std::string Difference(const Json& now, const Json& then) {
         for (const auto& [name, any] : names.items()) {
             const double is = now[row].value(name, 0.0), was = values.value(name, 0.0);
             if (std::abs(is - was) <= 1e-4 + 1e-9 * std::abs(was)) continue;
-            return row + ": " + name + " is " + std::to_string(is) + ", was " + std::to_string(was);
+            return std::string(row)
+                .append(": ")
+                .append(name)
+                .append(" is ")
+                .append(std::to_string(is))
+                .append(", was ")
+                .append(std::to_string(was));
         }
     }
     return {};

@@ -79,15 +79,15 @@ class CView {
         : book_(book),
           entity_(entity),
           level_(place.first),
-          S(place.second),
+          second_(place.second),
           mask_(mask),
           product_(product),
           screen_(screen) {
         const auto found = book.EntriesByEntity().find(entity);
         if (found != book.EntriesByEntity().end()) entries_ = &found->second;
         exchange_ = LimitMaskToExchangeMask(mask);
-        L = LevelOn(exchange_);
-        sumsByDealer_ = entity == "-" || ((L == 0 || L == 7) && S == 7);
+        at_ = LevelOn(exchange_);
+        sumsByDealer_ = entity == "-" || ((at_ == 0 || at_ == 7) && second_ == 7);
         for (const Entry& e : *entries_) TakeStands(e);
     }
 
@@ -133,7 +133,7 @@ class CView {
             if (const auto codes = ScripsOf({q.group, Trimmed(q.account)})) Scrips(*codes, q.token);
             return;
         }
-        if ((L != 1 || S != 7) && L != 6 && entity_ != "-") {
+        if ((at_ != 1 || second_ != 7) && at_ != 6 && entity_ != "-") {
             for (const Codes& codes : Recorded()) Scrips(codes, q.token);
             return;
         }
@@ -161,7 +161,7 @@ class CView {
         }
         for (auto& [scrip, net] : nets) {
             Position sum = net.first;
-            if (L == 0 || L == 7) sum.Add(net.second);
+            if (at_ == 0 || at_ == 7) sum.Add(net.second);
             if (!Traded(sum)) continue;
             Row& row = PutScrip({}, scrip, sum);
             if (merged.contains(scrip)) row.mtm = row.open = {};
@@ -187,9 +187,9 @@ class CView {
         const Codes plain{Trimmed(q.group), Trimmed(q.account)};
         const Codes six{plain.first, Six(plain.second)}, ten{plain.first, Ten(plain.second)};
         std::vector<Codes> tried{plain};
-        if (entity_ != "-" && (L == 6 || (L == 0 && S == 6))) {
+        if (entity_ != "-" && (at_ == 6 || (at_ == 0 && second_ == 6))) {
             tried.push_back(ten);
-        } else if (entity_ == "-" || L == 7 || (L == 0 && S == 7)) {
+        } else if (entity_ == "-" || at_ == 7 || (at_ == 0 && second_ == 7)) {
             tried.insert(tried.end(), {six, ten});
         }
         const std::vector<Codes> holders = HoldersOf(q.token);
@@ -228,8 +228,8 @@ class CView {
         const int level = LevelOn(e.event.exchangeMask), mode = book_.PositionMode();
         const bool groupless = e.types.group == 6, everyOrder = book_.IsOrderBased();
         const bool byDealer = (entity_ == "-" && (mode == 2 || everyOrder)) ||
-                              (level == 7 && (mode == 3 || everyOrder)) || (level == 0 && S == 7);
-        const bool byGroup = level == 6 || (level == 0 && S == 6);
+                              (level == 7 && (mode == 3 || everyOrder)) || (level == 0 && second_ == 7);
+        const bool byGroup = level == 6 || (level == 0 && second_ == 6);
         Stand sum{{e.group, ""}, e.types, &e.event, true};
         if (byDealer && (groupless || e.types.client == 6 || e.types.client == 1)) {
             sum.codes.second = Six(e.account);
@@ -362,7 +362,7 @@ class CView {
     [[nodiscard]] bool KeptApart(const Entry& e) const {
         if ((e.types.client != 3 && e.types.client != 5) || e.event.exchangeMask == kMaskMcx) return false;
         const int level = LevelOn(e.event.exchangeMask);
-        return book_.HoldsByClient() && (entity_ == "-" || ((level == 0 || level == 7) && S == 7));
+        return book_.HoldsByClient() && (entity_ == "-" || ((level == 0 || level == 7) && second_ == 7));
     }
 
     [[nodiscard]] std::optional<Codes> Totalled(const Codes& plain) const {
@@ -372,20 +372,21 @@ class CView {
         const auto [ct, gt, st] = first->types;
         const bool oneOrSix = ct == 1 || ct == 6;
         if (sumsByDealer_) return oneOrSix ? There(six) : plain;
-        if ((L == 6 && oneOrSix) || ((L == 0 || L == 1) && S == 6)) {
-            if ((L != 6 && L != 0) || S != 6 || (ct != 1 && st != 1)) return plain;
+        if ((at_ == 6 && oneOrSix) || ((at_ == 0 || at_ == 1) && second_ == 6)) {
+            if ((at_ != 6 && at_ != 0) || second_ != 6 || (ct != 1 && st != 1)) return plain;
             if (oneOrSix) return There(ten);
             return PlusAt(plain.second, 10) ? std::optional{plain} : std::nullopt;
         }
         if (!oneOrSix && gt != 6) return plain;
-        const bool shown = (ct == 1 && L == 1) || L == 8 || PlusAt(plain.second, 6) || (L == 6 && (ct == 2 || ct == 3));
+        const bool shown =
+            (ct == 1 && at_ == 1) || at_ == 8 || PlusAt(plain.second, 6) || (at_ == 6 && (ct == 2 || ct == 3));
         return shown ? std::optional{plain} : std::nullopt;
     }
     [[nodiscard]] std::optional<Codes> Own(const Codes& plain) const {
         const Codes six{plain.first, Six(plain.second)}, ten{plain.first, Ten(plain.second)};
-        if ((plain.second == "*****" || entity_ != "-") && !(L == 7 && S == 7)) {
+        if ((plain.second == "*****" || entity_ != "-") && !(at_ == 7 && second_ == 7)) {
             if (First(plain)) return plain;
-            return book_.PositionMode() == 3 && L == 6 ? There(ten) : std::nullopt;
+            return book_.PositionMode() == 3 && at_ == 6 ? There(ten) : std::nullopt;
         }
         return First(six) ? six : There(ten);
     }
@@ -394,27 +395,27 @@ class CView {
         const Stand* first = First(plain);
         const int ct = first ? first->types.client : -1;
         if (first && sumsByDealer_) return ct == 1 || ct == 6 ? There(six) : ct == 8 ? There(ten) : plain;
-        if (first) return ((L == 0 && S == 6) || L == 6) && ct == 1 ? There(ten) : plain;
+        if (first) return ((at_ == 0 && second_ == 6) || at_ == 6) && ct == 1 ? There(ten) : plain;
         if (sumsByDealer_) return First(six) ? six : There(ten);
-        return (L == 0 && S == 6) || L == 6 ? There(ten) : std::nullopt;
+        return (at_ == 0 && second_ == 6) || at_ == 6 ? There(ten) : std::nullopt;
     }
     [[nodiscard]] bool PassedOver(const Codes& codes) const {
         const auto [ct, gt, st] = First(codes)->types;
         const std::string& c = codes.second;
-        if (entity_ != "-" && ((L == 6 && (ct == 1 || ct == 6)) || ((L == 0 || L == 1) && S == 6))) {
-            if (c.size() <= 10) return ((L == 0 && S == 6) || (L == 6 && ct == 1)) && PlusAt(c, 6);
-            return (L == 6 || L == 0) && S == 6 && !PlusAt(c, 10);
+        if (entity_ != "-" && ((at_ == 6 && (ct == 1 || ct == 6)) || ((at_ == 0 || at_ == 1) && second_ == 6))) {
+            if (c.size() <= 10) return ((at_ == 0 && second_ == 6) || (at_ == 6 && ct == 1)) && PlusAt(c, 6);
+            return (at_ == 6 || at_ == 0) && second_ == 6 && !PlusAt(c, 10);
         }
         if (ct != 6 && !(ct == 1 && gt == 6)) return false;
-        return L == 1 && (S == 6 || S == 7) ? PlusAt(c, 6) : !PlusAt(c, 6);
+        return at_ == 1 && (second_ == 6 || second_ == 7) ? PlusAt(c, 6) : !PlusAt(c, 6);
     }
 
     static inline const CBook::Entries kNone;
     const CBook& book_;
     std::string entity_;
-    int level_, S;
+    int level_, second_;
     std::int16_t mask_;
-    int product_, L = 0;
+    int product_, at_ = 0;
     CScreens::Screen& screen_;
     const CBook::Entries* entries_ = &kNone;
     std::vector<Stand> stands_;
@@ -541,7 +542,11 @@ std::string CScreens::Compare(Screen due, std::vector<Row> seen) {
         if (i >= seen.size()) return due.rows[i].Told() + " isn't shown";
         if (i >= due.rows.size()) return seen[i].Told() + " is shown";
         const Row &is = seen[i], &was = due.rows[i];
-        const bool worth = Near(*is.mtm, was.mtm.value_or(*is.mtm)) && Near(*is.open, was.open.value_or(*is.open));
+        // An account and its sum are shown alike, each with its own worth.
+        const bool alone =
+            std::count_if(seen.begin(), seen.end(), [&](auto& row) { return row.Key() == is.Key(); }) == 1;
+        const bool worth =
+            !alone || (Near(*is.mtm, was.mtm.value_or(*is.mtm)) && Near(*is.open, was.open.value_or(*is.open)));
         if (is.Key() != was.Key() || !worth) return is.Told() + " is shown, not " + was.Told();
         ++shown_;
     }
