@@ -207,8 +207,9 @@ Json CHouse::Start() {
         }
         for (const int mask : MasksOf(entity)) {
             if (!dice_.OneIn(4)) continue;
-            for (const std::int32_t token : {dice_.PickOf(instruments).token, kScripGroup + dice_.Pick(0, 1)})
-                limits.push_back(BareRow(entity, mask, token));
+            for (const std::int32_t token : {dice_.PickOf(instruments).token, kScripGroup + dice_.Pick(0, 1)}) {
+                if (token != 101 || mask != 3) limits.push_back(BareRow(entity, mask, token));  // no row stands twice
+            }
         }
         if (entity[0] != 'C' && entity[0] != 'D') continue;
         holdings.push_back({{"categoryCode", entity},

@@ -85,6 +85,7 @@ Fault CSimulation::End() {
 }
 
 Fault CSimulation::Check(const Json& line, const Snapshot& before) {
+    if (Is(line, "InitializeSurvManager") && !session_.Started()) return {"start", answer_.dump()};
     if (!session_.Started()) return {};
     const bool check = Is(line, "CheckSurveillance");
     const bool probe = check && line.value("probe", 0) != 0;
