@@ -415,7 +415,6 @@ std::string CBook::Positions(const Snapshot& state) const {
     return {};
 }
 
-
 std::set<std::string> Uneven(const Snapshot& state) {
     std::map<std::string, std::array<std::set<int>, 2>> masks;
     for (const BKSurveillanceLimitDefTag& row : state.rows) {
@@ -717,7 +716,7 @@ std::string CBook::Mtm(const Snapshot& state) const {
                                if (!Covers(row->limitMask, held.about, place.period) || held.about.strikePrice > 0)
                                    continue;
                                const Profit profit(held.position, LastPriceOf(held.about.exchangeMask, place.token),
-                                                    held.about.lot);
+                                                   held.about.lot);
                                const auto found = profits_.find({entity, held.about.exchangeMask});
                                flagsKnown = flagsKnown && found != profits_.end();
                                const int flags = flagsKnown ? found->second : 0;
