@@ -7,6 +7,7 @@
 
 #include "memory/failing_memory.h"
 #include "mtm/marked_house.h"
+#include "platform/hash_set.h"
 #include "positions/exposure_row.h"
 #include "support/derivatives.h"
 #include "surveillance/host.h"
@@ -395,6 +396,17 @@ TEST(OutOfMemory, ASecondStartFinishesTheFirst) {
     }
     std::filesystem::current_path(before);
     std::filesystem::remove_all(directory);
+}
+
+TEST(OutOfMemory, ASetHasAKeyOrStaysAsItWas) {
+    HashSet<std::int64_t> keys;
+    for (std::int64_t key = 0; key < 20; ++key) {  // nine and more have an index
+        CutShort([&] { return keys.Insert(key); },
+                 [&](bool done) {
+                     ASSERT_EQ(keys.Contains(key), done);
+                     ASSERT_EQ(keys.Size(), static_cast<std::size_t>(key) + (done ? 1 : 0));
+                 });
+    }
 }
 
 }  // namespace
