@@ -262,6 +262,33 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
     EXPECT_EQ(Texts(), Strings{"Surveillance Manager Update Exposure Failed"});
 }
 
+TEST(CInterface, ListsRowsAndMaps) {
+    for (const int kind : {SURV_LIMIT_ROW, SURV_POSITION_ROW, SURV_BREACH_ROW, SURV_HOLDING_ROW}) {
+        CPtrList* list = surv_ListNew();
+        void* row = surv_RowNew(kind);
+        EXPECT_EQ(surv_ListAdd(list, row), 0);
+        SurvPosition at = surv_ListHead(list);
+        EXPECT_EQ(surv_ListNext(list, &at), row);
+        EXPECT_EQ(surv_ListNext(list, &at), nullptr);
+        surv_ListForget(list);
+        surv_RowFree(kind, row);
+        EXPECT_EQ(surv_ListAdd(list, surv_RowNew(kind)), 0);
+        EXPECT_EQ(surv_ListCount(list), 1);
+        surv_ListFreeRows(kind, list);
+        EXPECT_EQ(surv_ListCount(list), 0);
+        surv_ListDelete(list);
+    }
+    EXPECT_EQ(surv_RowNew(99), nullptr);
+    EXPECT_EQ(surv_ListAdd(nullptr, nullptr), -1);
+    EXPECT_EQ(surv_ListCount(nullptr), 0);
+
+    tagAdditionalMarginInfo rates{};
+    CMapStringToOb* map = surv_MapNew();
+    EXPECT_EQ(surv_MapPut(map, "rates", &rates), 0);
+    EXPECT_EQ(surv_MapPut(map, nullptr, &rates), -1);
+    surv_MapDelete(map);
+}
+
 TEST(ClientCode, AccountOfARawRecord) {
     const struct {
         const char* name;

@@ -35,7 +35,11 @@ void Write(int pipe, const Json& line) {
         std::fprintf(stderr, "%s\n", error.what());
         ::_exit(kFailed);
     }
+#ifdef SURVEILLANCE_COVERAGE
+    std::exit(0);  // which writes the counts of lines
+#else
     ::_exit(0);
+#endif
 }
 
 }  // namespace
@@ -43,6 +47,7 @@ void Write(int pipe, const Json& line) {
 ChildEnd InChild(const std::function<void(const Say& say)>& work) {
     int ends[2];
     if (::pipe(ends) != 0) std::abort();
+    std::fflush(nullptr);  // so that no child says again what is said
     const pid_t child = ::fork();
     if (child < 0) std::abort();
     if (child == 0) {
