@@ -94,11 +94,13 @@ TEST(CashMargin, SeriesOfCompulsoryDeliveryAndScripsWithoutARateAreChargedWhole)
     WriteField(both.contract.series, "BE");
     lists.Held(3, 8, 1, 5000).scripRates = {0, 1, 0};
     CScenario house({}, lists.Get(), [](Library& library) {
-        tagCompulsoryDeliverySeries series{};
-        WriteField(series.series, "BE");
-        series.exchange = kMaskNseCash;
+        std::array<tagCompulsoryDeliverySeries, 10> series{};  // more than are looked through one by one
         CPtrList list;
-        list.AddTail(&series);
+        for (tagCompulsoryDeliverySeries& one : series) {
+            WriteField(one.series, list.IsEmpty() ? "BE" : "X" + std::to_string(list.GetCount()));
+            one.exchange = kMaskNseCash;
+            list.AddTail(&one);
+        }
         library.context.products.LoadSeries(list);
     });
     ExpectNear(MarginOf(house.Row("C1", 3)), {1450, 1450, 1450}, "row 3");

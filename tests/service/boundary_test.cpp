@@ -69,7 +69,7 @@ class Boundary : public ::testing::Test {
     static short Start(short positionMode = 0, short detail = 0, CPtrList* limits = nullptr) {
         return InitializeSurvManager(limits, nullptr, 0, detail, 0, 0, positionMode, 0, 0, nullptr, nullptr, nullptr);
     }
-    static short ShortStart() { return InitializeSurvManager(nullptr, nullptr, 0, nullptr, nullptr, nullptr); }
+    static short ShortStart() { return surv_RestartSurvManager(nullptr, nullptr, 0, nullptr, nullptr, nullptr); }
     /// Rows for G, D and the root, that of the root at 99 shares an order.
     void AddHouse() {
         for (const char* entity : {"G", "D", "-"}) {
@@ -124,7 +124,7 @@ TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
         {"RMSFund Allocation !!!. ", [&] { return RMSFundAllocation(nullptr, &row); }},
         {"CheckAndUpdateSecurityInfo Failed !!!. ", [&] { return CheckAndUpdateSecurityInfo(security); }},
         {"SetLastBcastMBOOrMBPTouchline Failed !!!. ",
-         [] { return SetLastBcastMBOOrMBPTouchline(nullptr), short{-1}; }},
+         [] { return surv_SetLastBcastMBOOrMBPTouchline(nullptr), short{-1}; }},
     };
     int number = 0;
     for (const auto& [text, call] : cases) {
@@ -134,13 +134,13 @@ TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
     }
     EXPECT_EQ(live, nullptr) << "no stale row is handed out";
     EXPECT_TRUE(list.IsEmpty());
-    EXPECT_EQ(ComputeMTMOnOrOff(7), -1);
+    EXPECT_EQ(surv_ComputeMTMOnOrOff(7), -1);
     EXPECT_EQ(Texts(), Strings{}) << "the one guarded entry without a text";
     CleanupSurvManager();
     EXPECT_EQ(Texts(), Strings{"Cleanup Failed !!!. Surveillance Manager was not initialized."});
 
     ASSERT_EQ(Start(), 0);
-    EXPECT_EQ(ComputeMTMOnOrOff(7), 0);
+    EXPECT_EQ(surv_ComputeMTMOnOrOff(7), 0);
     EXPECT_EQ(CheckAndUpdateSecurityInfo(security), 0);
     EXPECT_EQ(AddAndComputeMTM(1, nullptr, nullptr, nullptr) | RecomputeMTM(nullptr, nullptr) | RecomputeMTMOnline(),
               0);
@@ -148,22 +148,25 @@ TEST_F(Boundary, BeforeTheStartEachEntryTellsItsText) {
     EXPECT_EQ(Texts(), Strings{});
 }
 
+/// By the C interface, which hands on.
 TEST_F(Boundary, OldFormsAreRefusedAndSettingsTakenWhateverTheState) {
     for (const bool started : {false, true}) {
         SCOPED_TRACE(started);
         EXPECT_EQ(started ? Start() : 0, 0);
-        EXPECT_EQ(CheckSurveillance(static_cast<tagCheckSurveillanceInfo*>(nullptr)), -1);
-        EXPECT_EQ(CheckSurveillance("G", "D", "C", nullptr, &orderError, &status, &list), -1);
-        EXPECT_EQ(UpdateSurveillance(static_cast<tagUpdateSurveillanceInfo*>(nullptr)), -1);
-        EXPECT_EQ(UpdateSurveillance("G", "D", "C", nullptr, nullptr, &error, &list), -1);
+        EXPECT_EQ(surv_CheckSurveillanceByInfo(nullptr), -1);
+        EXPECT_EQ(surv_CheckSurveillanceByCodes("G", "D", "C", nullptr, &orderError, &status, &list), -1);
+        EXPECT_EQ(surv_UpdateSurveillanceByInfo(nullptr), -1);
+        EXPECT_EQ(surv_UpdateSurveillanceByCodes("G", "D", "C", nullptr, nullptr, &error, &list), -1);
         EXPECT_EQ(Texts(), Strings(4, "This function should not be called."));
         EXPECT_EQ(status, 77);
         EXPECT_EQ(orderError.timeStamp + error.timeStamp, 0);
 
-        EXPECT_EQ(UpdateSurvExposure(&list, nullptr, 0) | MTMTimeIntervalAndTickCount(60, 5), 0);
-        EXPECT_EQ(SetMarginPlusMinOrderValue(1) | SetOrderBasedPosition(0) | InitializeMCXLOTWeightOnOrOff(0), 0);
-        EXPECT_EQ(AddUpdateAutoSquareOffTimeSettings(7, 3, 1) | EnableTransactionLogging(1), 0);
-        EXPECT_EQ(GetTransactionLogList(), nullptr);
+        EXPECT_EQ(surv_UpdateSurvExposure(&list, nullptr, 0) | surv_MTMTimeIntervalAndTickCount(60, 5), 0);
+        EXPECT_EQ(
+            surv_SetMarginPlusMinOrderValue(1) | surv_SetOrderBasedPosition(0) | surv_InitializeMCXLOTWeightOnOrOff(0),
+            0);
+        EXPECT_EQ(surv_AddUpdateAutoSquareOffTimeSettings(7, 3, 1) | surv_EnableTransactionLogging(1), 0);
+        EXPECT_EQ(surv_GetTransactionLogList(), nullptr);
         EXPECT_EQ(Texts(), Strings{});
     }
 }
@@ -237,8 +240,8 @@ TEST_F(Boundary, NullPointersEndACallOrAreSkipped) {
             InitializeClientPreferencesInfo(nullptr, nullptr) | AddUpdateClientPreferencesInfo(nullptr) |
             GetClientPreferencesInfo(0, nullptr, -9, nullptr) | GetClientPreferencesInfo(1, nullptr, 4711, &list) |
             GetDPPositionInfoFromDll(1, code, nullptr, &list) | GetDPPositionInfoFromDll(0, nullptr, nullptr, nullptr) |
-            InitializeProductMasterInfo(nullptr) | InitializeProductMasterInfo(&nulls) |
-            InitializeTokenInfo(nullptr, 0, 0, 0, 0) | InitializeTokenInfo(&nulls, 0, 0, 0, 0) |
+            surv_InitializeProductMasterInfo(nullptr) | InitializeProductMasterInfo(&nulls) |
+            surv_InitializeTokenInfo(nullptr, 0, 0, 0, 0) | InitializeTokenInfo(&nulls, 0, 0, 0, 0) |
             (surv_ListCount(nullptr) + !!surv_ListNext(nullptr, nullptr)) | (surv_RowNew(4) != nullptr),
         0);
     EXPECT_EQ(CheckSurveillance(nullptr, &orderError, &status, {}, {}, {}, 0) &

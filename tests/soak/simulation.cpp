@@ -169,8 +169,8 @@ std::string CSimulation::LeftBehind() const {
     const auto counts = [&](const BKSurveillanceLimitDefTag& row, std::string_view figure) {
         // An expiry of options stands among those that are netted from its first future on, even one that has ended.
         if (future && figure == "usedExposureMargin") return false;
-        // The premiums of an underlying catch up with a correction by the first order of another contract.
-        if (option && corrected_ && figure == "usedMarginTraded") return false;
+        // The traded side of an underlying catches up with a correction by the first order of another contract.
+        if (strikePrice != 0 && corrected_ && figure == "usedMarginTraded") return false;
         // Touchlines don't reach these products: their positions take the price of the moment with an order.
         if (passesHouse && figure.starts_with("usedMtm")) return false;
         const std::string entity = Text(row.entityCode);
