@@ -163,7 +163,8 @@ bool CSimulation::EndsEntered(const Json& line) const {
 std::string CSimulation::LeftBehind() const {
     const int product = entered_.value("productType", 0);
     const int strikePrice = entered_.value("strikePrice", 0);
-    const bool future = strikePrice<0, option = strikePrice> 0, legs = product == surv::product::kMarginPlus;
+    const bool future = strikePrice < 0;
+    const bool legs = product == surv::product::kMarginPlus;
     const bool passesHouse = product == surv::product::kDelivery || product == surv::product::kMtf;
     const auto asked = [&](const std::string& entity) { return !enteredByCheck_ || entity != "*****"; };
     const auto counts = [&](const BKSurveillanceLimitDefTag& row, std::string_view figure) {
