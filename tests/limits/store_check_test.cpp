@@ -133,5 +133,27 @@ TEST(StoreCheck, NoStoreIsSkippedForTheSakeOfAnEarlyStop) {
     }
 }
 
+TEST(StoreCheck, ARowThatStandsForTwoOfTheThreeIsAskedOnce) {
+    const std::tuple<const char*, std::int32_t, std::int32_t, std::int32_t> cases[]{
+        {"the scrip is all securities", kAllSecurities, 0, kAllSecurities},
+        {"the scrip is the group", kGroupB, kGroupB, kGroupB},
+    };
+    for (const auto& [name, token, group, row] : cases) {
+        SCOPED_TRACE(name);
+        CScenario s;
+        s.House();
+        OrderSpec order{.token = token, .scripGroupNumber = group};
+        if (row != kAllSecurities) {
+            s.Row("C1", 3).netQuantityLimit = 10;  // which the scrip's row lifts
+            s.Limit("C1", 3, {}, row);
+        }
+        ASSERT_TRUE(s.Check(order).Passed());
+        EXPECT_EQ(s.Row("C1", 3, row).usedMaxGross, 25'000'00);
+        order.levelCheckFlags = 62 & ~(1 << 4);  // the client takes the next one in unasked
+        ASSERT_TRUE(s.Check(order).Passed());
+        EXPECT_EQ(s.Row("C1", 3, row).usedMaxGross, 50'000'00);
+    }
+}
+
 }  // namespace
 }  // namespace surv::test

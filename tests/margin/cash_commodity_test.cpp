@@ -144,6 +144,32 @@ const tagScripMargin* MarginRecord(const CScenario& house, std::int32_t token) {
     return set.FindAccount("G1", "C1")->FindScripByKey({kMaskMcx, PositionFamily::kPlain, token})->scripMargin.get();
 }
 
+/// 100 x 100.00 at 10 percent, bought and sold: 1,000.00 each. Netted, 66 percent of both come back; a contract near its
+/// delivery is netted with none.
+TEST(CommodityMargin, AContractNearItsDeliveryStandsApart) {
+    for (const auto& [days, due] : {std::pair{0, 680.0}, {30000, 2000.0}}) {
+        Lists lists;
+        lists.Limits("C1", {0x81});
+        BKExposureTag& bought = lists.Held(0x81, 101, 100, 10000);
+        BKExposureTag& sold = lists.Held(0x81, 102, 0, 0);
+        sold.orderSellQty = sold.tradedSellQty = 100, sold.orderSellValue = sold.tradedSellValue = 1000000;
+        for (BKExposureTag* row : {&bought, &sold}) {
+            row->underlyingToken = 90, row->contract.strikePrice = -1;
+            row->contract.expiryDate = 2'000'000'000 - row->token;
+        }
+        sold.contract.caLevel = static_cast<std::int16_t>(days);
+        CScenario house({.rpfMarginMode = 1}, lists.Get(), [](Library& library) {
+            tagAdditionalMarginInfo rates{};
+            rates.exchange = kMaskMcx, rates.longMarginRate = rates.shortMarginRate = 100'000;
+            for (const int token : {101, 102}) {
+                rates.token = token;
+                library.context.stores.AddAdditionalMargin(rates);
+            }
+        });
+        ExpectNear(MarginOf(house.Row("C1", 0x81)), {due, due, due}, "row 0x81");
+    }
+}
+
 TEST(CommodityMargin, TheStartChargesCrudeOilAndGoldTheirPublishedMargins) {
     Lists lists;
     lists.Limits("C1", {3, 0x81, 0x181, 0x1FF});
@@ -217,6 +243,22 @@ TEST(CommodityMargin, ALoadedContractTakesALowPercentageAtItsWord) {
         EXPECT_EQ(margin->loadedMargin, (PerView<double>{150, 150, 150, 150}));
         EXPECT_EQ(margin->view[kOrderView].spreadPosition, 10.0);
     }
+}
+
+/// What is margined as premium: the rows of the day alone.
+TEST(OptionPremium, OfALoadedPositionIsThatOfToday) {
+    Lists lists;
+    lists.Limits("C1", {0xD});
+    for (const auto& [mask, bought] : {std::pair<std::int16_t, int>{8, 30}, {9, 70}, {9, 5}}) {
+        BKExposureTag& row = lists.Held(mask, 50, bought, 10000);
+        row.contract.strikePrice = 100, row.contract.expiryDate = 2'000'000'000;
+    }
+    CScenario house({}, lists.Get());
+    const CAccountExposureSet& set = house.library.manager->FindCategory("C1")->Book(Period::kExpiry).accounts;
+    const CScripExposure* option =
+        set.FindAccount("G1", "C1")->FindScripByKey({kMaskNseDerivatives, PositionFamily::kPlain, 50});
+    EXPECT_EQ(option->position.data.tradedBuyQty, 75);
+    EXPECT_EQ(option->dayPosition.data.tradedBuyValue, 300'000);
 }
 
 }  // namespace
