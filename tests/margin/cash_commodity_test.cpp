@@ -245,20 +245,26 @@ TEST(CommodityMargin, ALoadedContractTakesALowPercentageAtItsWord) {
     }
 }
 
-/// What is margined as premium: the rows of the day alone.
+/// 75 options bought, 30 of them today at 100.00: where premiums count, 3,000.00 is margin. Nothing else is, as long
+/// options alone never cost.
 TEST(OptionPremium, OfALoadedPositionIsThatOfToday) {
     Lists lists;
-    lists.Limits("C1", {0xD});
+    auto* limit = new BKSurveillanceLimitDefTag(EmptyLimit("C1", 0xD));
+    limit->limitOptions = kPremiumInMargin;
+    lists.limits.AddTail(limit);
     for (const auto& [mask, bought] : {std::pair<std::int16_t, int>{8, 30}, {9, 70}, {9, 5}}) {
         BKExposureTag& row = lists.Held(mask, 50, bought, 10000);
-        row.contract.strikePrice = 100, row.contract.expiryDate = 2'000'000'000;
+        row.underlyingToken = 90, row.contract.strikePrice = 100, row.contract.expiryDate = 2'000'000'000;
     }
-    CScenario house({}, lists.Get());
-    const CAccountExposureSet& set = house.library.manager->FindCategory("C1")->Book(Period::kExpiry).accounts;
-    const CScripExposure* option =
-        set.FindAccount("G1", "C1")->FindScripByKey({kMaskNseDerivatives, PositionFamily::kPlain, 50});
-    EXPECT_EQ(option->position.data.tradedBuyQty, 75);
-    EXPECT_EQ(option->dayPosition.data.tradedBuyValue, 300'000);
+    CScenario house({.rpfMarginMode = 1}, lists.Get(), [](Library& library) {
+        tagRPFUnderlyingRecord underlying{};
+        underlying.underlyingToken = 90;
+        library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
+        tagRPFContractRecord record{};
+        record.token = 50, record.underlyingToken = 90, record.contractPrice = 100, record.riskArray[0] = 7;
+        library.context.risk.live.StoreContract(record, kMaskNseDerivatives);
+    });
+    ExpectNear(MarginOf(house.Row("C1", 0xD)), {3000, 3000, 3000}, "row 0xD");
 }
 
 }  // namespace
