@@ -262,6 +262,7 @@ TEST(OptionPremium, OfALoadedPositionIsThatOfToday) {
         library.context.risk.live.StoreUnderlying(underlying, kMaskNseDerivatives);
         tagRPFContractRecord record{};
         record.token = 50, record.underlyingToken = 90, record.contractPrice = 100, record.riskArray[0] = 7;
+        record.contract.strikePrice = 100, record.contract.expiryDate = 2'000'000'000;
         library.context.risk.live.StoreContract(record, kMaskNseDerivatives);
     });
     ExpectNear(MarginOf(house.Row("C1", 0xD)), {3000, 3000, 3000}, "row 0xD");
