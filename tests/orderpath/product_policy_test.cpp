@@ -116,6 +116,7 @@ const Case kCases[]{
     // MTF
     {"MTF own account forbidden", kF, DealerMay<7>, Own, "MarginFunding Order Not Allowed for ", "D1"},
     // Delivery and margin on the scrip
+    {"margin closed", 1, ScripAllows<14>, nullptr, "Margin Order Not Allowed for the scrip - SCRIP for "},
     {"margin open, own account", 1, ScripAllows<1>, Own, kAccepted},
     // After-market
     {"no overall record", 9, ClientMay<15>, nullptr, "AMO Order Preference Not Set for "},
