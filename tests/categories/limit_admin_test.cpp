@@ -164,9 +164,15 @@ TEST(LimitAdmin, AWideRowTakesItsScopeAndStartsWithoutTurnover) {
     const Figures all{0, 2'350'000, 2'900'000}, withoutOptions{0, 2'250'000, 2'500'000};
     const Figures withTurnover{5'000'000, 2'250'000, 2'500'000};
     // figures: turnover of orders, of trades; grossing: the aggregate account is left out
-    const std::tuple<std::int16_t, const Figures&> cases[]{
-        {0x13, withTurnover}, {0x81, withTurnover}, {0xD, all}, {0xF, all}, {0x7F, all}, {0x1FF, all},
-        {0x61, withoutOptions}, {0x101, withoutOptions}, {0x181, withoutOptions}};
+    const std::tuple<std::int16_t, const Figures&> cases[]{{0x13, withTurnover},
+                                                           {0x81, withTurnover},
+                                                           {0xD, all},
+                                                           {0xF, all},
+                                                           {0x7F, all},
+                                                           {0x1FF, all},
+                                                           {0x61, withoutOptions},
+                                                           {0x101, withoutOptions},
+                                                           {0x181, withoutOptions}};
     for (const auto& [mask, figures] : cases) {
         const LimitRow row = s.Added(mask, kAllSecurities, 0);
         EXPECT_EQ((Figures{row.usedTurnoverOrder, row.usedTurnoverTraded, row.grossUsedGrossOrder}), figures) << mask;

@@ -144,8 +144,8 @@ const tagScripMargin* MarginRecord(const CScenario& house, std::int32_t token) {
     return set.FindAccount("G1", "C1")->FindScripByKey({kMaskMcx, PositionFamily::kPlain, token})->scripMargin.get();
 }
 
-/// 100 x 100.00 at 10 percent, bought and sold: 1,000.00 each. Netted, 66 percent of both come back; a contract near its
-/// delivery is netted with none.
+/// 100 x 100.00 at 10 percent, bought and sold: 1,000.00 each. Netted, 66 percent of both come back; a contract near
+/// its delivery is netted with none.
 TEST(CommodityMargin, AContractNearItsDeliveryStandsApart) {
     for (const auto& [days, due] : {std::pair{0, 680.0}, {30000, 2000.0}}) {
         Lists lists;
