@@ -43,6 +43,7 @@ CHouse::CHouse(CDice& dice, DayKind kind) : dice_(dice), kind_(kind) {
     style.orderBased = dice.OneIn(5);
     afterStop_ = style;
     if (kind_ == DayKind::kStopped) {
+        afterStop_.conversions = false;
         style.products = style.conversions = style.openLevels = style.oddCalls = style.clientLevel = style.seldomCodes =
             style.dealerOnly = false;
     }
