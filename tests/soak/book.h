@@ -84,8 +84,6 @@ class CBook {
  public:
     /// Enters a call by what was answered.
     void Take(const Json& line, const Json& answer);
-    /// A limit row whose figures a call may have set to something else.
-    void DoubtRows(const std::string& entity) { doubted_.insert(entity); }
 
     /// The last price of each scrip that has traded, by exchange mask and token; 0 before its first touchline.
     using Market = std::map<std::pair<std::int16_t, std::int32_t>, std::int32_t>;
